@@ -1,0 +1,17 @@
+# The target `ffmpeg`: from FFMPEG_ROOT (a folder with bin, lib and include) or, without it, the system's.
+set(FFMPEG_ROOT "" CACHE PATH "A folder with FFmpeg's shared libraries; empty: found with pkg-config")
+
+add_library(ffmpeg INTERFACE)
+if(FFMPEG_ROOT)
+  target_include_directories(ffmpeg SYSTEM INTERFACE ${FFMPEG_ROOT}/include)
+  foreach(library avcodec avformat avutil swscale swresample)
+    find_library(FFMPEG_${library} ${library} PATHS ${FFMPEG_ROOT}/lib NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH REQUIRED)
+    target_link_libraries(ffmpeg INTERFACE ${FFMPEG_${library}})
+  endforeach()
+  file(GLOB FFMPEG_DLLS ${FFMPEG_ROOT}/bin/*.dll)
+else()
+  find_package(PkgConfig REQUIRED)
+  pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET
+    libavcodec libavformat libavutil libswscale libswresample)
+  target_link_libraries(ffmpeg INTERFACE PkgConfig::FFMPEG)
+endif()

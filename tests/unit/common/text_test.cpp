@@ -1,0 +1,62 @@
+#include "common/text.h"
+
+#include <gmock/gmock.h>
+
+#include "support/captured_log.h"
+
+namespace brisolte {
+namespace {
+
+using ::testing::IsEmpty;
+using ::testing::StartsWith;
+using testing::CapturedLog;
+
+TEST(HResultText, WritesTheCodeUnpaddedInLowerCase) {
+  EXPECT_THAT(HResultText(static_cast<std::int32_t>(0x80004005)), StartsWith("HRESULT: 0x80004005"));
+  EXPECT_THAT(HResultText(static_cast<std::int32_t>(0x8007ABCD)), StartsWith("HRESULT: 0x8007abcd"));
+  EXPECT_THAT(HResultText(1), StartsWith("HRESULT: 0x1"));
+}
+
+TEST(Path, KeepsAnyScriptFromUtf8AndBack) {
+  const std::string text = "dir/\xC3\xBC\xE6\xBC\xA2\xF0\x9F\x8E\xA5";
+  EXPECT_EQ(PathToUtf8(PathFromUtf8(text)), text);
+}
+
+TEST(Path, EndsAtTheFirstNul) {
+  EXPECT_EQ(PathToUtf8(PathFromUtf8(std::string("ab\0cd", 5))), "ab");
+}
+
+#ifdef _WIN32
+
+TEST(HResultText, AppendsTheSystemsMessageAsItStands) {
+  EXPECT_THAT(HResultText(static_cast<std::int32_t>(0x80070005)), ::testing::MatchesRegex("HRESULT: 0x80070005 - .+\r\n"));
+  EXPECT_THAT(HResultText(0), StartsWith("HRESULT: 0x0 - "));
+}
+
+TEST(HResultText, EndsAfterTheCodeWithoutASystemMessage) {
+  EXPECT_EQ(HResultText(static_cast<std::int32_t>(0xA1234567)), "HRESULT: 0xa1234567");
+}
+
+TEST(ToWide, ConvertsUtf8) {
+  EXPECT_EQ(ToWide("a\xC3\xBC\xF0\x9F\x8E\xA5"), L"a\u00FC\xD83C\xDFA5");
+}
+
+TEST(ToWide, ReadsWhatIsNotUtf8InTheAnsiCodePage) {
+  const CapturedLog log;
+  EXPECT_EQ(ToWide("a\xFC" "b").size(), 3U);
+  EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST(Conversion, OfNothingIsNothingAndLogsNothing) {
+  const CapturedLog log;
+  EXPECT_EQ(ToWide(""), L"");
+  EXPECT_EQ(ToUtf8(L""), "");
+  EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST(ToUtf8, ConvertsUtf16) { EXPECT_EQ(ToUtf8(L"a\u00FC\xD83C\xDFA5"), "a\xC3\xBC\xF0\x9F\x8E\xA5"); }
+
+#endif
+
+}  // namespace
+}  // namespace brisolte

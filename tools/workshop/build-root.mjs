@@ -1,0 +1,47 @@
+// The Debian 13 system in which everything is built and run, and the two host programs that make and enter it.
+
+import { readFileSync } from 'node:fs';
+import { cached } from './cache.mjs';
+import { hasProgram, runLogged } from './processes.mjs';
+import { step, WorkshopError } from './report.mjs';
+
+const SUITE = 'trixie';
+const PACKAGES = readFileSync(new URL('recipes/build-root.packages', import.meta.url), 'utf8')
+  .split('\n')
+  .filter((line) => line && !line.startsWith('#'));
+const HOST_PROGRAMS = { mmdebstrap: 'mmdebstrap', bwrap: 'bubblewrap', flock: 'util-linux' };
+
+/** The folder of the build root; made when it is missing. */
+export async function buildRoot() {
+  await hostPrograms();
+  return cached('build-root', 'Build root: Debian 13 with Wine and the compilers', { SUITE, PACKAGES }, makeRoot);
+}
+
+async function makeRoot(folder, note, log) {
+  // Without a mode mmdebstrap chooses by who calls it: root unpacks directly, anyone else through a user namespace.
+  const noDocs = ['man', 'doc', 'info', 'locale'].map((dir) => `--dpkgopt=path-exclude=/usr/share/${dir}/*`);
+  await runLogged(
+    ['mmdebstrap', '--variant=apt', ...noDocs, `--include=${PACKAGES.join(',')}`, SUITE, folder],
+    { log, note },
+  );
+}
+
+async function hostPrograms() {
+  const missing = Object.keys(HOST_PROGRAMS).filter((program) => !hasProgram(program));
+  if (missing.length === 0) {
+    return;
+  }
+  const packages = missing.map((program) => HOST_PROGRAMS[program]);
+  if (process.getuid() !== 0 || !hasProgram('apt-get')) {
+    throw new WorkshopError(
+      `${missing.join(' and ')} missing. Install them, on Debian with: apt-get install ${packages.join(' ')}`,
+    );
+  }
+  await step(`Host packages: ${packages.join(' ')}`, async (note) => {
+    const env = { ...process.env, DEBIAN_FRONTEND: 'noninteractive' };
+    const options = { log: '/tmp/brisolte-host-packages.log', note, env };
+    const apt = ['apt-get', '-o', 'DPkg::Lock::Timeout=300', '-y', '-q'];
+    await runLogged([...apt, 'update'], options);
+    await runLogged([...apt, 'install', '--no-install-recommends', ...packages], options);
+  });
+}

@@ -1,0 +1,48 @@
+// FFmpeg for Windows, from Debian's source tarballs: the libraries the product ships, and the programs of its tests.
+
+import { mkdirSync, readFileSync, rmSync } from 'node:fs';
+import { dirname, relative } from 'node:path';
+import { fileURLToPath } from 'node:url';
+import { buildRoot } from './build-root.mjs';
+import { cached, cacheDir } from './cache.mjs';
+import { runLogged } from './processes.mjs';
+import { sandboxed } from './sandbox.mjs';
+
+const PACKAGES = ['ffmpeg', 'lame', 'libvpx', 'x264', 'x265'];
+const recipe = (name) => fileURLToPath(new URL(`recipes/${name}`, import.meta.url));
+
+/** FFmpeg's shared libraries: `bin` with the DLLs, `lib` and `include`. */
+export async function ffmpegLibraries() {
+  const sources = await ffmpegSources();
+  const libraries = await byRecipe('codec-libraries', 'x264, x265, libvpx and LAME for Windows', [sources]);
+  return byRecipe('ffmpeg', 'FFmpeg libraries for Windows', [`${sources}/ffmpeg`, libraries]);
+}
+
+/** The folder of `ffmpeg.exe` and `ffprobe.exe`, which read recordings back in tests. */
+export const ffmpegTools = async () =>
+  `${await byRecipe('ffmpeg-tools', 'FFmpeg programs for the tests', [`${await ffmpegSources()}/ffmpeg`])}/bin`;
+
+const ffmpegSources = () =>
+  byRecipe('fetch-sources', `Source tarballs: ${PACKAGES.join(', ')}`, [], (folder) => [folder, ...PACKAGES]);
+
+/** The entry that the recipe of this name fills; a recipe takes the folders it needs, then the folder to fill. */
+async function byRecipe(name, title, needs, words = (folder) => [...needs, folder]) {
+  const root = await buildRoot();
+  const script = recipe(`${name}.sh`);
+  const inputs = { madeFrom: [root, ...needs].map(inCache), words: words('').filter((word) => !needs.includes(word)), script: readFileSync(script, 'utf8') };
+  return cached(name, title, inputs, async (folder, note, log) => {
+    // The sandbox's /tmp is memory; these builds are too large for it.
+    const scratch = `${folder}.scratch`;
+    rmSync(scratch, { recursive: true, force: true });
+    mkdirSync(scratch, { recursive: true });
+    const command = sandboxed(root, [script, ...words(folder)], {
+      writable: [folder, scratch],
+      readable: [dirname(script), ...needs],
+      env: { TMPDIR: scratch },
+    });
+    await runLogged(command, { log, note });
+    rmSync(scratch, { recursive: true, force: true });
+  });
+}
+
+const inCache = (path) => relative(cacheDir, path);

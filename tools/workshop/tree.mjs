@@ -1,0 +1,39 @@
+// Building this tree inside the build root.
+
+import { mkdirSync } from 'node:fs';
+import { join } from 'node:path';
+import { fileURLToPath } from 'node:url';
+import { buildRoot } from './build-root.mjs';
+import { cacheDir } from './cache.mjs';
+import { ffmpegLibraries } from './ffmpeg.mjs';
+import { runThrough } from './processes.mjs';
+import { sandboxed } from './sandbox.mjs';
+import { WorkshopError } from './report.mjs';
+
+/** The folder of this clone. */
+export const treeDir = fileURLToPath(new URL('../..', import.meta.url)).replace(/\/$/, '');
+
+/** The build folder of a preset. */
+export const buildDir = (preset) => join(treeDir, 'build', preset);
+
+/** Runs a command in the build root with this tree writable; gives its exit code. */
+export async function runInRoot(command, { env = {}, readable = [], cwd = treeDir } = {}) {
+  const ccache = join(cacheDir, 'ccache');
+  mkdirSync(ccache, { recursive: true });
+  const settings = { CCACHE_DIR: ccache, CCACHE_BASEDIR: treeDir, CCACHE_COMPILERCHECK: 'content', ...env };
+  return runThrough(sandboxed(await buildRoot(), command, { writable: [treeDir, ccache], readable, env: settings, cwd }));
+}
+
+/** Configures and builds a preset. @throws {WorkshopError} when it does not build */
+export async function buildTree(preset, targets = []) {
+  const ffmpeg = preset === 'windows' ? await ffmpegLibraries() : undefined;
+  const options = ffmpeg ? { env: { BRISOLTE_FFMPEG: ffmpeg }, readable: [ffmpeg] } : {};
+  for (const command of [
+    ['cmake', '--preset', preset, '--log-level=WARNING'],
+    ['cmake', '--build', '--preset', preset, ...targets.flatMap((target) => ['--target', target])],
+  ]) {
+    if ((await runInRoot(command, options)) !== 0) {
+      throw new WorkshopError(`${command.join(' ')} failed; its output is above.`);
+    }
+  }
+}
