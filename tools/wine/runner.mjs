@@ -1,0 +1,124 @@
+// Runs a Windows program under Wine, in a sandbox with its own display, sound server and prefix.
+
+import { spawn } from 'node:child_process';
+import { closeSync, existsSync, mkdtempSync, openSync, readSync, rmSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import { basename, dirname, join, resolve } from 'node:path';
+import { fileURLToPath } from 'node:url';
+import { buildRoot } from '../workshop/build-root.mjs';
+import { ffmpegLibraries } from '../workshop/ffmpeg.mjs';
+import { WorkshopError } from '../workshop/report.mjs';
+import { sandboxed } from '../workshop/sandbox.mjs';
+import { buildDir, treeDir } from '../workshop/tree.mjs';
+import { DEFAULT_NODE, windowsNode } from '../workshop/windows-node.mjs';
+import { winePrefix } from '../workshop/wine-prefix.mjs';
+
+const session = fileURLToPath(new URL('session.sh', import.meta.url));
+const TIMED_OUT = 124;
+
+/**
+ * Runs a Windows program to its end, its output passed through as it comes.
+ *
+ * @param {string} program path of an executable, or `node` for Node.js for Windows
+ * @param {string[]} words its arguments
+ * @param {object} options
+ * @param {number} [options.timeout] seconds after which the program and all it started are ended
+ * @param {boolean} [options.standins] puts the stand-ins for what Wine lacks in place
+ * @param {string} [options.screen] size of the screen
+ * @param {string[]} [options.writable] folders beside the tree that the program sees, under their own names
+ * @param {Record<string, string>} [options.env] the program's environment beside Wine's own
+ * @param {string[]} [options.mounts] further words for the sandbox
+ * @returns {Promise<number>} the exit code, 124 after a time-out
+ */
+export async function runUnderWine(program, words, options = {}) {
+  const { timeout = 300, standins = false, screen = '1280x720', writable = [], readable = [], env = {}, mounts = [] } = options;
+  const executable = program === 'node' ? await windowsNode(options.node ?? DEFAULT_NODE) : resolve(program);
+  if (!existsSync(executable)) {
+    throw new WorkshopError(`${executable} does not exist; build it first: node tools/build.mjs windows`);
+  }
+  const [root, template, ffmpeg] = [await buildRoot(), await winePrefix(), await ffmpegLibraries()];
+  const output = mkdtempSync(join(tmpdir(), 'brisolte-wine-'));
+  const host = '/prefix/drive_c/host';
+  const standinsDir = join(buildDir('windows'), 'standins');
+  const command = sandboxed(root, [session, `C:\\host\\${basename(executable)}`, ...words], {
+    cwd: process.cwd().startsWith(treeDir) ? process.cwd() : treeDir,
+    readable: [dirname(session), ffmpeg, ...readable],
+    writable: [treeDir, ...writable],
+    mounts: [
+      ...['--tmpfs', '/prefix', '--ro-bind', template, '/template', '--bind', output, '/output'],
+      ...['--ro-bind', `${template}/drive_c/windows`, '/prefix/drive_c/windows'],
+      ...['--tmpfs', '/prefix/drive_c/windows/temp', '--ro-bind', executable, `${host}/${basename(executable)}`],
+      ...(standins
+        ? ['--ro-bind', `${standinsDir}/d3d11.dll`, `${host}/d3d11.dll`, '--ro-bind', standinsDir, '/prefix/drive_c/standins']
+        : []),
+      ...mounts,
+    ],
+    env: {
+      WINEDEBUG: '-all',
+      // Wine takes these folders into PATH: the tests' programs find FFmpeg's libraries here.
+      WINEPATH: `Z:${ffmpeg}/bin`.replaceAll('/', '\\'),
+      BRISOLTE_SCREEN: screen,
+      BRISOLTE_STANDINS: standins ? '1' : '',
+      ...env,
+    },
+  });
+  const streams = [
+    new FollowedFile(join(output, 'stdout'), process.stdout),
+    new FollowedFile(join(output, 'stderr'), process.stderr),
+  ];
+  const follow = setInterval(() => streams.forEach((stream) => stream.pass()), 100);
+  try {
+    return await exitCode(spawn(command[0], command.slice(1), { stdio: ['ignore', 'inherit', 'inherit'] }), timeout);
+  } finally {
+    clearInterval(follow);
+    streams.forEach((stream) => stream.close());
+    rmSync(output, { recursive: true, force: true });
+  }
+}
+
+function exitCode(child, timeout) {
+  return new Promise((resolve, reject) => {
+    const limit = setTimeout(() => {
+      console.error(`ended after its time limit of ${timeout} s`);
+      child.kill('SIGKILL');
+      resolve(TIMED_OUT);
+    }, timeout * 1000);
+    child.on('error', reject);
+    child.on('close', (code) => {
+      clearTimeout(limit);
+      resolve(code ?? 1);
+    });
+  });
+}
+
+/** Passes on what another process appends to a file. */
+class FollowedFile {
+  #path;
+  #stream;
+  #file;
+  #buffer = Buffer.alloc(1 << 16);
+
+  constructor(path, stream) {
+    this.#path = path;
+    this.#stream = stream;
+  }
+
+  pass() {
+    if (this.#file === undefined) {
+      if (!existsSync(this.#path)) {
+        return;
+      }
+      this.#file = openSync(this.#path, 'r');
+    }
+    for (let count; (count = readSync(this.#file, this.#buffer)) > 0; ) {
+      this.#stream.write(Buffer.from(this.#buffer.subarray(0, count)));
+    }
+  }
+
+  close() {
+    this.pass();
+    if (this.#file !== undefined) {
+      closeSync(this.#file);
+    }
+  }
+}

@@ -1,0 +1,58 @@
+#!/bin/bash
+# Inside the build root: a display, a sound server and a Wine prefix of this run's own, then the program.
+# session.sh PROGRAM [ARGUMENT ...], with /template (the prefix to start from) and /output (for the program's output).
+# Everything started here ends with the sandbox.
+set -u
+
+wait_for() { # DESCRIPTION COMMAND...: until the command succeeds, ten seconds at most
+  local what=$1 tries=0
+  shift
+  until "$@"; do
+    if [ $((tries += 1)) -gt 1000 ]; then
+      echo "the $what did not start" >&2
+      exit 125
+    fi
+    sleep 0.01
+  done
+}
+
+display() {
+  mkdir -p /tmp/.X11-unix
+  # Its socket is a file in this run's own /tmp, so that any number of runs can use the same display number.
+  Xvfb :0 -screen 0 "${BRISOLTE_SCREEN}x24" -nolisten tcp -nolisten local > /output/xvfb.log 2>&1 &
+  wait_for display test -S /tmp/.X11-unix/X0
+  export DISPLAY=:0
+}
+
+sound() {
+  export XDG_RUNTIME_DIR=/run/user PULSE_SERVER=unix:/run/pulse.socket
+  mkdir -p -m 700 "$XDG_RUNTIME_DIR"
+  pulseaudio -n --daemonize=no --exit-idle-time=-1 --disable-shm=yes \
+    --load='module-native-protocol-unix socket=/run/pulse.socket auth-anonymous=1' \
+    --load='module-null-sink sink_name=speaker sink_properties=device.description=Speaker' \
+    --load='module-null-sink sink_name=room sink_properties=device.description=Room' \
+    --load='module-remap-source source_name=microphone master=room.monitor source_properties=device.description=Microphone' \
+    > /output/pulseaudio.log 2>&1 &
+  wait_for 'sound server' test -S /run/pulse.socket
+}
+
+prefix() {
+  export WINEPREFIX=/prefix
+  cp -a /template/*.reg /template/.update-timestamp /template/dosdevices "$WINEPREFIX"
+  cp -a /template/drive_c/users "$WINEPREFIX/drive_c"
+  if [ -n "${BRISOLTE_STANDINS:-}" ]; then
+    local class
+    for class in GraphicsCaptureItem Direct3D11CaptureFramePool; do
+      printf '\n[Software\\\\Microsoft\\\\WindowsRuntime\\\\ActivatableClassId\\\\Windows.Graphics.Capture.%s]\n"DllPath"="%s"\n' \
+        "$class" 'C:\\standins\\capture_service.dll' >> "$WINEPREFIX/system.reg"
+    done
+    export WINEDLLOVERRIDES="d3d11=n,b;$WINEDLLOVERRIDES"
+  fi
+}
+
+export WINEDLLOVERRIDES="mscoree,mshtml="
+display
+sound
+prefix
+# To files: Node.js for Windows fails with EBADF when its standard output is a pipe of Wine's.
+wine "$@" > /output/stdout 2> /output/stderr < /dev/null
