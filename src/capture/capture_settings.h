@@ -16,7 +16,8 @@ struct CaptureRegion {
   std::int32_t height = 0;
 };
 
-/// The settings of one instance. A plain record: the encoder and the captures of a recording each hold a copy.
+/// The settings of one instance. A plain record: the encoder and the captures of a recording each hold a
+/// copy.
 struct CaptureSettings {
   CaptureMode mode = CaptureMode::kScreen;
   std::int32_t useMediaFoundation = 0;  ///< 0: FFmpeg, 1: Media Foundation

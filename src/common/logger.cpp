@@ -20,12 +20,24 @@ void Write(LogLevel threshold, std::string_view tag, std::string_view message) {
 
 }  // namespace
 
-void Logger::SetLevel(LogLevel level) { currentLevel.store(level, std::memory_order_relaxed); }
-LogLevel Logger::Level() { return currentLevel.load(std::memory_order_relaxed); }
+void Logger::SetLevel(LogLevel level) {
+  currentLevel.store(level, std::memory_order_relaxed);
+}
+LogLevel Logger::Level() {
+  return currentLevel.load(std::memory_order_relaxed);
+}
 
-void Logger::Debug(std::string_view message) { Write(LogLevel::kInfo, " [DEBUG] ", message); }
-void Logger::Info(std::string_view message) { Write(LogLevel::kWarn, " [INFO] ", message); }
-void Logger::Warning(std::string_view message) { Write(LogLevel::kError, " [WARNING] ", message); }
-void Logger::Error(std::string_view message) { Write(LogLevel::kFatal, " [ERROR] ", message); }
+void Logger::Debug(std::string_view message) {
+  Write(LogLevel::kInfo, " [DEBUG] ", message);
+}
+void Logger::Info(std::string_view message) {
+  Write(LogLevel::kWarn, " [INFO] ", message);
+}
+void Logger::Warning(std::string_view message) {
+  Write(LogLevel::kError, " [WARNING] ", message);
+}
+void Logger::Error(std::string_view message) {
+  Write(LogLevel::kFatal, " [ERROR] ", message);
+}
 
 }  // namespace brisolte

@@ -31,15 +31,17 @@ std::string SystemMessage(std::int32_t hresult) {
   // With the allocating flag the parameter takes the address of the buffer's pointer.
   const DWORD length = FormatMessageA(
       FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
-      static_cast<DWORD>(hresult), MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT), reinterpret_cast<char*>(&raw), 0,
-      nullptr);
+      static_cast<DWORD>(hresult), MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT), reinterpret_cast<char*>(&raw),
+      0, nullptr);
   const std::unique_ptr<char, decltype(&LocalFree)> message(raw, &LocalFree);
   return length != 0 ? std::string(message.get(), length) : std::string();
 }
 
 #else
 
-std::string SystemMessage(std::int32_t /*hresult*/) { return {}; }
+std::string SystemMessage(std::int32_t /*hresult*/) {
+  return {};
+}
 
 #endif
 
@@ -83,20 +85,29 @@ std::string ToUtf8(const std::wstring& text) {
   return bytes;
 }
 
-std::filesystem::path PathFromUtf8(const std::string& text) { return ToWide(text); }
-std::string PathToUtf8(const std::filesystem::path& path) { return ToUtf8(path.wstring()); }
+std::filesystem::path PathFromUtf8(const std::string& text) {
+  return ToWide(text);
+}
+std::string PathToUtf8(const std::filesystem::path& path) {
+  return ToUtf8(path.wstring());
+}
 
 #else
 
 // The text ends at its first NUL here too, as file-system calls read it.
-std::filesystem::path PathFromUtf8(const std::string& text) { return text.c_str(); }
-std::string PathToUtf8(const std::filesystem::path& path) { return path.string(); }
+std::filesystem::path PathFromUtf8(const std::string& text) {
+  return text.c_str();
+}
+std::string PathToUtf8(const std::filesystem::path& path) {
+  return path.string();
+}
 
 #endif
 
 std::string HResultText(std::int32_t hresult) {
   std::array<char, 8> digits{};
-  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), static_cast<std::uint32_t>(hresult), 16);
+  const auto end =
+      std::to_chars(digits.data(), digits.data() + digits.size(), static_cast<std::uint32_t>(hresult), 16);
   std::string text = "HRESULT: 0x";
   text.append(digits.data(), end.ptr);
   if (const std::string message = SystemMessage(hresult); !message.empty()) {

@@ -2,8 +2,8 @@
 
 namespace brisolte {
 
-/// Something that feeds an `Encoder` from threads of its own while it runs: the video or the audio of a recording.
-/// The encoder is borrowed. All operations are called on the controller's thread.
+/// Something that feeds an `Encoder` from threads of its own while it runs: the video or the audio of a
+/// recording. The encoder is borrowed. All operations are called on the controller's thread.
 class CaptureSource {
  public:
   CaptureSource() = default;

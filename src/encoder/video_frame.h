@@ -7,11 +7,13 @@ struct ID3D11Texture2D;
 
 namespace brisolte {
 
-/// One counted reference to a texture, given back by the function it carries; this header needs no Direct3D for it.
+/// One counted reference to a texture, given back by the function it carries; this header needs no Direct3D
+/// for it.
 using TextureReference = std::unique_ptr<ID3D11Texture2D, void (*)(ID3D11Texture2D*)>;
 
-/// Pixels in system memory that somebody else keeps mapped. NV12: `height` rows of luma, then the rows of interleaved
-/// chroma, all `rowPitch` apart; otherwise packed BGRA. The last row may end right after its pixels.
+/// Pixels in system memory that somebody else keeps mapped. NV12: `height` rows of luma, then the rows of
+/// interleaved chroma, all `rowPitch` apart; otherwise packed BGRA. The last row may end right after its
+/// pixels.
 struct MappedPixels {
   const std::uint8_t* data = nullptr;
   std::uint32_t rowPitch = 0;    ///< bytes from one row to the next

@@ -5,9 +5,10 @@
 
 /// The binary interface of the Windows capture service, as far as the product uses it.
 ///
-/// Not every Windows SDK declares it for plain COM, so it stands here: identifiers, and methods in the order of their
-/// slots. Every method is `HRESULT __stdcall`; a method's last pointer argument is its result. The names are those of
-/// the platform, in a namespace of our own so that a fuller SDK header beside this one does not clash.
+/// Not every Windows SDK declares it for plain COM, so it stands here: identifiers, and methods in the order
+/// of their slots. Every method is `HRESULT __stdcall`; a method's last pointer argument is its result. The
+/// names are those of the platform, in a namespace of our own so that a fuller SDK header beside this one
+/// does not clash.
 namespace brisolte::abi {
 
 struct IDirect3D11CaptureFrame;
@@ -104,7 +105,8 @@ struct IDirect3D11CaptureFramePoolStatics2 : IInspectable {
                                                        IDirect3D11CaptureFramePool** pool) = 0;
 };
 
-/// The `FrameArrived` handler. A free-threaded pool calls it from threads of its own, so it must answer IAgileObject.
+/// The `FrameArrived` handler. A free-threaded pool calls it from threads of its own, so it must answer
+/// IAgileObject.
 struct IFrameArrivedHandler : IUnknown {
   static constexpr IID kIid{0x51A947F7, 0x79CF, 0x5A3E, {0xA3, 0xA5, 0x12, 0x89, 0xCF, 0xA6, 0xDF, 0xE8}};
   virtual HRESULT STDMETHODCALLTYPE Invoke(IDirect3D11CaptureFramePool* sender, IInspectable* args) = 0;
@@ -112,8 +114,8 @@ struct IFrameArrivedHandler : IUnknown {
 
 struct IDirect3D11CaptureFramePool : IInspectable {
   static constexpr IID kIid{0x24EB6D22, 0x1975, 0x422E, {0x82, 0xE7, 0x78, 0x0D, 0xBD, 0x8D, 0xDF, 0x24}};
-  virtual HRESULT STDMETHODCALLTYPE Recreate(IDirect3DDevice* device, DirectXPixelFormat format, INT32 buffers,
-                                             SizeInt32 size) = 0;
+  virtual HRESULT STDMETHODCALLTYPE Recreate(IDirect3DDevice* device, DirectXPixelFormat format,
+                                             INT32 buffers, SizeInt32 size) = 0;
   virtual HRESULT STDMETHODCALLTYPE TryGetNextFrame(IDirect3D11CaptureFrame** frame) = 0;
   virtual HRESULT STDMETHODCALLTYPE add_FrameArrived(IFrameArrivedHandler* handler,
                                                      EventRegistrationToken* token) = 0;

@@ -16,6 +16,13 @@ import { winePrefix } from '../workshop/wine-prefix.mjs';
 const session = fileURLToPath(new URL('session.sh', import.meta.url));
 const TIMED_OUT = 124;
 
+// A disk that fills up soon, for programs that ask what happens then.
+const SMALL_DISK = '/small-disk';
+const SMALL_DISK_BYTES = 256 * 1024;
+
+/** A path of this machine as Windows programs see it. */
+export const windowsPath = (path) => `Z:${path}`.replaceAll('/', '\\');
+
 /**
  * Runs a Windows program to its end, its output passed through as it comes.
  *
@@ -25,13 +32,13 @@ const TIMED_OUT = 124;
  * @param {number} [options.timeout] seconds after which the program and all it started are ended
  * @param {boolean} [options.standins] puts the stand-ins for what Wine lacks in place
  * @param {string} [options.screen] size of the screen
- * @param {string[]} [options.writable] folders beside the tree that the program sees, under their own names
+ * @param {string[]} [options.writable] folders beside the tree that the program may write, under their own names
+ * @param {string[]} [options.readable] folders beside the tree that the program may read, under their own names
  * @param {Record<string, string>} [options.env] the program's environment beside Wine's own
- * @param {string[]} [options.mounts] further words for the sandbox
  * @returns {Promise<number>} the exit code, 124 after a time-out
  */
 export async function runUnderWine(program, words, options = {}) {
-  const { timeout = 300, standins = false, screen = '1280x720', writable = [], readable = [], env = {}, mounts = [] } = options;
+  const { timeout = 300, standins = false, screen = '1280x720', writable = [], readable = [], env = {} } = options;
   const executable = program === 'node' ? await windowsNode(options.node ?? DEFAULT_NODE) : resolve(program);
   if (!existsSync(executable)) {
     throw new WorkshopError(`${executable} does not exist; build it first: node tools/build.mjs windows`);
@@ -51,12 +58,13 @@ export async function runUnderWine(program, words, options = {}) {
       ...(standins
         ? ['--ro-bind', `${standinsDir}/d3d11.dll`, `${host}/d3d11.dll`, '--ro-bind', standinsDir, '/prefix/drive_c/standins']
         : []),
-      ...mounts,
+      ...['--dir', SMALL_DISK, '--size', String(SMALL_DISK_BYTES), '--tmpfs', SMALL_DISK],
     ],
     env: {
       WINEDEBUG: '-all',
       // Wine takes these folders into PATH: the tests' programs find FFmpeg's libraries here.
-      WINEPATH: `Z:${ffmpeg}/bin`.replaceAll('/', '\\'),
+      WINEPATH: windowsPath(`${ffmpeg}/bin`),
+      BRISOLTE_SMALL_DISK: windowsPath(SMALL_DISK),
       BRISOLTE_SCREEN: screen,
       BRISOLTE_STANDINS: standins ? '1' : '',
       ...env,

@@ -6,6 +6,7 @@ import { fileURLToPath } from 'node:url';
 import { buildRoot } from './build-root.mjs';
 import { cacheDir } from './cache.mjs';
 import { ffmpegLibraries } from './ffmpeg.mjs';
+import { npmPackages } from './npm-packages.mjs';
 import { runThrough } from './processes.mjs';
 import { sandboxed } from './sandbox.mjs';
 import { WorkshopError } from './report.mjs';
@@ -26,6 +27,7 @@ export async function runInRoot(command, { env = {}, readable = [], cwd = treeDi
 
 /** Configures and builds a preset. @throws {WorkshopError} when it does not build */
 export async function buildTree(preset, targets = []) {
+  await npmPackages(treeDir);
   const ffmpeg = preset === 'windows' ? await ffmpegLibraries() : undefined;
   const options = ffmpeg ? { env: { BRISOLTE_FFMPEG: ffmpeg }, readable: [ffmpeg] } : {};
   for (const command of [

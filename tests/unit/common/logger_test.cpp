@@ -7,10 +7,10 @@
 namespace brisolte {
 namespace {
 
+using testing::CapturedLog;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::MatchesRegex;
-using testing::CapturedLog;
 
 std::vector<std::string> LinesAtLevel(LogLevel level) {
   const CapturedLog log(level);
@@ -21,7 +21,9 @@ std::vector<std::string> LinesAtLevel(LogLevel level) {
   return log.lines();
 }
 
-TEST(Logger, StartsAtInfo) { EXPECT_EQ(Logger::Level(), LogLevel::kInfo); }
+TEST(Logger, StartsAtInfo) {
+  EXPECT_EQ(Logger::Level(), LogLevel::kInfo);
+}
 
 TEST(Logger, WritesWhatTheLevelLetsThrough) {
   const auto all = ElementsAre("[DEBUG] one", "[INFO] two", "[WARNING] three", "[ERROR] four");

@@ -7,9 +7,9 @@
 namespace brisolte {
 namespace {
 
+using testing::CapturedLog;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
-using testing::CapturedLog;
 
 TEST(HResultText, WritesTheCodeUnpaddedInLowerCase) {
   EXPECT_THAT(HResultText(static_cast<std::int32_t>(0x80004005)), StartsWith("HRESULT: 0x80004005"));
@@ -29,7 +29,8 @@ TEST(Path, EndsAtTheFirstNul) {
 #ifdef _WIN32
 
 TEST(HResultText, AppendsTheSystemsMessageAsItStands) {
-  EXPECT_THAT(HResultText(static_cast<std::int32_t>(0x80070005)), ::testing::MatchesRegex("HRESULT: 0x80070005 - .+\r\n"));
+  EXPECT_THAT(HResultText(static_cast<std::int32_t>(0x80070005)),
+              ::testing::MatchesRegex("HRESULT: 0x80070005 - .+\r\n"));
   EXPECT_THAT(HResultText(0), StartsWith("HRESULT: 0x0 - "));
 }
 
@@ -43,7 +44,10 @@ TEST(ToWide, ConvertsUtf8) {
 
 TEST(ToWide, ReadsWhatIsNotUtf8InTheAnsiCodePage) {
   const CapturedLog log;
-  EXPECT_EQ(ToWide("a\xFC" "b").size(), 3U);
+  EXPECT_EQ(ToWide("a\xFC"
+                   "b")
+                .size(),
+            3U);
   EXPECT_THAT(log.lines(), IsEmpty());
 }
 
@@ -54,7 +58,9 @@ TEST(Conversion, OfNothingIsNothingAndLogsNothing) {
   EXPECT_THAT(log.lines(), IsEmpty());
 }
 
-TEST(ToUtf8, ConvertsUtf16) { EXPECT_EQ(ToUtf8(L"a\u00FC\xD83C\xDFA5"), "a\xC3\xBC\xF0\x9F\x8E\xA5"); }
+TEST(ToUtf8, ConvertsUtf16) {
+  EXPECT_EQ(ToUtf8(L"a\u00FC\xD83C\xDFA5"), "a\xC3\xBC\xF0\x9F\x8E\xA5");
+}
 
 #endif
 

@@ -1,0 +1,29 @@
+// The formatter and the linter over all of our own files.
+
+import { readdirSync } from 'node:fs';
+import { join } from 'node:path';
+import { runThrough } from './processes.mjs';
+import { npmPackages } from './npm-packages.mjs';
+import { WorkshopError } from './report.mjs';
+import { runInRoot, treeDir } from './tree.mjs';
+
+const cppFiles = () =>
+  ['src', 'tests'].flatMap((folder) =>
+    readdirSync(join(treeDir, folder), { recursive: true })
+      .filter((name) => /\.(h|cpp)$/.test(name))
+      .map((name) => join(folder, name)),
+  );
+
+/** @throws {WorkshopError} when a file is not as the formatter or the linter wants it */
+export async function checkStyle() {
+  await npmPackages(treeDir);
+  if ((await runInRoot(['clang-format', '--dry-run', '--Werror', ...cppFiles()])) !== 0) {
+    throw new WorkshopError('Files are not formatted; npm run format mends them.');
+  }
+  if ((await runThrough(['npx', 'eslint', '.'], { cwd: treeDir })) !== 0) {
+    throw new WorkshopError('The linter found something; its list is above.');
+  }
+}
+
+/** Formats every C++ file in place. */
+export const format = () => runInRoot(['clang-format', '-i', ...cppFiles()]);
