@@ -1,0 +1,130 @@
+// Sets up all that is missing, records the screen of a Windows session, and shows what is in the file.
+
+import { mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import { join, resolve } from 'node:path';
+import { parseArgs } from 'node:util';
+import { measure, writeStill } from './demo/measure.mjs';
+import { runUnderWine, windowsPath } from './wine/runner.mjs';
+import { buildRoot } from './workshop/build-root.mjs';
+import { main, step, WorkshopError } from './workshop/report.mjs';
+import { sandboxed } from './workshop/sandbox.mjs';
+import { buildDir, buildTree, treeDir } from './workshop/tree.mjs';
+
+const USAGE = `usage: npm run demo -- [options]
+  --seconds N                  length of the recording, 5 unless said otherwise
+  --fps N                      frame rate, 30 unless said otherwise
+  --mode screen|window|region  what to record, the screen unless said otherwise
+  --window TITLE               the window to record, by its whole title
+  --region L,T,W,H             the region to record: left, top, width, height
+  --encoder NAME               video encoder, libx264 unless said otherwise
+  --out DIR                    where the recording and frame.png go, demo-out unless said otherwise
+  --json FILE                  writes what was measured to FILE
+  --verbose                    shows the module's own log`;
+
+const OPTIONS = {
+  seconds: { type: 'string', default: '5' },
+  fps: { type: 'string', default: '30' },
+  mode: { type: 'string' },
+  window: { type: 'string' },
+  region: { type: 'string' },
+  encoder: { type: 'string', default: 'libx264' },
+  out: { type: 'string', default: 'demo-out' },
+  json: { type: 'string' },
+  verbose: { type: 'boolean', default: false },
+  help: { type: 'boolean', default: false },
+};
+
+await main(async () => {
+  const request = readRequest();
+  if (!request) {
+    console.log(USAGE);
+    return 0;
+  }
+  await step('Build: the module', () => buildTree('windows', ['brisolte', 'pattern', 'standins']));
+  const outputDir = resolve(request.out);
+  mkdirSync(outputDir, { recursive: true });
+  const file = await step(`Recording: ${request.mode}, ${request.seconds} s`, () => record(request, outputDir));
+  const found = await step('Reading the recording back', () => readBack(file, outputDir));
+  showTable(found, outputDir);
+  if (request.json) {
+    writeFileSync(resolve(request.json), `${JSON.stringify(found, null, 2)}\n`);
+  }
+  return 0;
+});
+
+function readRequest() {
+  let values;
+  try {
+    ({ values } = parseArgs({ options: OPTIONS }));
+  } catch (error) {
+    throw new WorkshopError(`${error.message}\n\n${USAGE}`);
+  }
+  if (values.help) {
+    return undefined;
+  }
+  const mode = values.mode ?? (values.window ? 'window' : values.region ? 'region' : 'screen');
+  const seconds = Number(values.seconds);
+  const fps = Number(values.fps);
+  const region = values.region ? regionOf(values.region) : undefined;
+  const wrong =
+    (!['screen', 'window', 'region'].includes(mode) && `--mode ${mode} is none of screen, window, region`) ||
+    (!(seconds > 0 && seconds <= 3600) && `--seconds ${values.seconds} is not between 0 and 3600`) ||
+    (!(Number.isInteger(fps) && fps >= 1 && fps <= 120) && `--fps ${values.fps} is not a whole number from 1 to 120`);
+  if (wrong) {
+    throw new WorkshopError(`${wrong}\n\n${USAGE}`);
+  }
+  return { ...values, mode, seconds, fps, region };
+}
+
+function regionOf(text) {
+  const numbers = text.split(',').map(Number);
+  if (numbers.length !== 4 || !numbers.every(Number.isInteger)) {
+    throw new WorkshopError(`--region ${text} is not four whole numbers L,T,W,H\n\n${USAGE}`);
+  }
+  const [left, top, width, height] = numbers;
+  return { left, top, width, height };
+}
+
+/** Records in Node.js for Windows; gives the path of the finished file. */
+async function record(request, outputDir) {
+  const scratchDir = mkdtempSync(join(tmpdir(), 'brisolte-demo-'));
+  try {
+    const requestFile = join(scratchDir, 'request.json');
+    const resultFile = join(scratchDir, 'result.json');
+    const inWindows = {
+      ...request,
+      packageDir: windowsPath(treeDir),
+      contentProgram: windowsPath(join(buildDir('windows'), 'pattern', 'pattern.exe')),
+      scratchDir: windowsPath(scratchDir),
+      outputDir: windowsPath(outputDir),
+      resultFile: windowsPath(resultFile),
+    };
+    writeFileSync(requestFile, JSON.stringify(inWindows));
+    const code = await runUnderWine('node', [windowsPath(join(treeDir, 'tools/demo/recorder.cjs')), windowsPath(requestFile)], {
+      standins: true,
+      timeout: request.seconds + 120,
+      writable: [scratchDir, outputDir],
+    });
+    if (code !== 0) {
+      throw new WorkshopError(`The recording ended with exit code ${code}; the lines above say why.`);
+    }
+    const { file } = JSON.parse(readFileSync(resultFile, 'utf8'));
+    return file.replace(/^Z:/, '').replaceAll('\\', '/');
+  } finally {
+    rmSync(scratchDir, { recursive: true, force: true });
+  }
+}
+
+async function readBack(file, outputDir) {
+  const root = await buildRoot();
+  const inRoot = (words) => sandboxed(root, words, { writable: [outputDir] });
+  const found = measure(file, inRoot);
+  writeStill(file, found.seconds, join(outputDir, 'frame.png'), inRoot);
+  return found;
+}
+
+function showTable({ file, container, seconds, streams }, outputDir) {
+  console.log(`\n${file}\n${container}, ${seconds.toFixed(2)} s; a still of it: ${join(outputDir, 'frame.png')}\n`);
+  console.table(streams);
+}

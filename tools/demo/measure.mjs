@@ -1,0 +1,44 @@
+// What an independent program, the host's ffprobe, finds in a recording.
+
+import { extname } from 'node:path';
+import { outputOf } from '../workshop/processes.mjs';
+
+/**
+ * Reads a finished recording to its end.
+ * @param {(words: string[]) => string[]} hostCommand turns a command of the build root into one to start
+ */
+export function measure(file, hostCommand) {
+  const words = ['ffprobe', '-v', 'error', '-count_frames', '-show_format', '-show_streams', '-of', 'json', file];
+  const { format, streams } = JSON.parse(outputOf(hostCommand(words)));
+  return {
+    file,
+    container: containerOf(file, format.format_name.split(',')),
+    seconds: Number(format.duration),
+    streams: streams.map((stream) => describe(stream, Number(stream.duration ?? format.duration))),
+  };
+}
+
+/** Writes one frame from the middle of the recording as a PNG. */
+export function writeStill(file, seconds, png, hostCommand) {
+  const from = ['-ss', String(seconds / 2), '-i', file];
+  outputOf(hostCommand(['ffmpeg', '-v', 'error', '-y', ...from, '-frames:v', '1', '-update', '1', png]));
+}
+
+// ffprobe names a family of containers that share a demuxer; the file's own extension tells which of them it is.
+function containerOf(file, family) {
+  const extension = extname(file).slice(1);
+  return family.includes(extension) ? extension : family[0];
+}
+
+function describe(stream, seconds) {
+  const frames = Number(stream.nb_read_frames);
+  return {
+    codec: stream.codec_name,
+    type: stream.codec_type,
+    width: stream.width,
+    height: stream.height,
+    pixelFormat: stream.pix_fmt,
+    frames,
+    averageFps: Math.round((100 * frames) / seconds) / 100,
+  };
+}

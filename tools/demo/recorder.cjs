@@ -1,0 +1,89 @@
+// Runs in Node.js for Windows: shows something that moves, records it, and says where the recording is.
+// node recorder.cjs REQUEST.json, with the fields of the request as demo.mjs writes them.
+
+'use strict';
+
+const { spawn } = require('node:child_process');
+const { existsSync, readFileSync, statSync, writeFileSync } = require('node:fs');
+const { join } = require('node:path');
+const { setTimeout: delay } = require('node:timers/promises');
+
+const CONTENT_TITLE = 'Brisolte demo';
+const CONTENT = { x: 120, y: 60, width: 1040, height: 600 };
+const DEFAULT_REGION = { left: 320, top: 180, width: 640, height: 360 };
+
+const request = JSON.parse(readFileSync(process.argv[2], 'utf8'));
+const { Brisolte } = require(request.packageDir);
+
+async function showContent() {
+  const ready = join(request.scratchDir, 'content-ready.json');
+  const place = Object.entries(CONTENT).flatMap(([name, value]) => [`--${name}`, String(value)]);
+  const content = spawn(
+    request.contentProgram,
+    [...place, '--title', CONTENT_TITLE, '--fps', '60', '--ready', ready],
+    { stdio: 'ignore' },
+  );
+  for (let waited = 0; !existsSync(ready); waited += 50) {
+    if (waited > 15_000 || content.exitCode !== null) {
+      throw new Error('the moving content did not appear on the screen');
+    }
+    await delay(50);
+  }
+  return content;
+}
+
+function chooseTarget(recorder) {
+  if (request.mode === 'region') {
+    return recorder.setRegion(request.region ?? DEFAULT_REGION);
+  }
+  if (request.mode === 'window') {
+    const title = request.window ?? CONTENT_TITLE;
+    const found = recorder.getWindows().find((window) => window.title === title);
+    if (!found) {
+      const titles = recorder.getWindows().map((window) => `"${window.title}"`);
+      throw new Error(`no window has the title "${title}"; there are: ${titles.join(', ')}`);
+    }
+    return recorder.setWindow(found.handle);
+  }
+  return recorder.setMonitor(0);
+}
+
+async function record(recorder) {
+  if (!recorder.startRecord()) {
+    throw new Error('the recording did not start; the lines above say why');
+  }
+  const file = recorder.getSaveFilePath();
+  const startedAt = Date.now();
+  for (let second = 1; second <= Math.ceil(request.seconds); second += 1) {
+    const until = startedAt + 1000 * Math.min(second, request.seconds);
+    await delay(Math.max(until - Date.now(), 0));
+    const kilobytes = existsSync(file) ? Math.round(statSync(file).size / 1024) : 0;
+    console.log(`    recording: ${Math.min(second, request.seconds)} s of ${request.seconds} s, ${kilobytes} kB written`);
+  }
+  if (!recorder.stopRecord()) {
+    throw new Error('the recording did not stop; the lines above say why');
+  }
+  return file;
+}
+
+async function main() {
+  const content = await showContent();
+  try {
+    const recorder = new Brisolte();
+    recorder.setLogLevel(request.verbose ? 1 : 3);
+    chooseTarget(recorder);
+    recorder.setFrameRate(request.fps);
+    recorder.setEncoder(request.encoder);
+    if (!recorder.setOutputDir(request.outputDir)) {
+      throw new Error(`${request.outputDir} is not a directory`);
+    }
+    writeFileSync(request.resultFile, JSON.stringify({ file: await record(recorder) }));
+  } finally {
+    content.kill();
+  }
+}
+
+main().catch((error) => {
+  console.error(error.message);
+  process.exitCode = 1;
+});
