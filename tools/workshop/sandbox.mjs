@@ -1,7 +1,7 @@
 // The build root seen as a system of its own: commands run in it, on the caller's files, and leave neither a mount
 // nor a process behind.
 
-const PATH = '/usr/lib/ccache:/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin';
+const PATH = '/usr/local/sbin:/usr/local/bin:/usr/sbin:/usr/bin:/sbin:/bin';
 
 /**
  * The command line that runs `command` inside the build root.

@@ -21,7 +21,14 @@ export const buildDir = (preset) => join(treeDir, 'build', preset);
 export async function runInRoot(command, { env = {}, readable = [], cwd = treeDir } = {}) {
   const ccache = join(cacheDir, 'ccache');
   mkdirSync(ccache, { recursive: true });
-  const settings = { CCACHE_DIR: ccache, CCACHE_BASEDIR: treeDir, CCACHE_COMPILERCHECK: 'content', ...env };
+  const settings = {
+    CMAKE_CXX_COMPILER_LAUNCHER: 'ccache',
+    CCACHE_DIR: ccache,
+    // Another clone of the same sources finds what this one compiled.
+    CCACHE_BASEDIR: treeDir,
+    CCACHE_NOHASHDIR: '1',
+    ...env,
+  };
   return runThrough(sandboxed(await buildRoot(), command, { writable: [treeDir, ccache], readable, env: settings, cwd }));
 }
 
