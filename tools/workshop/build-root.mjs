@@ -19,9 +19,14 @@ export async function buildRoot() {
 
 async function makeRoot(folder, note, log) {
   // Without a mode mmdebstrap chooses by who calls it: root unpacks directly, anyone else through a user namespace.
+  // As root it would outlive an interrupted run and go on writing; its own process tree ends with this process.
+  const endsWithUs =
+    process.getuid() === 0
+      ? ['setpriv', '--pdeathsig', 'KILL', 'unshare', '--pid', '--fork', '--kill-child', '--mount-proc']
+      : [];
   const noDocs = ['man', 'doc', 'info', 'locale'].map((dir) => `--dpkgopt=path-exclude=/usr/share/${dir}/*`);
   await runLogged(
-    ['mmdebstrap', '--variant=apt', ...noDocs, `--include=${PACKAGES.join(',')}`, SUITE, folder],
+    [...endsWithUs, 'mmdebstrap', '--variant=apt', ...noDocs, `--include=${PACKAGES.join(',')}`, SUITE, folder],
     { log, note },
   );
 }

@@ -1,0 +1,38 @@
+// Static analysis with clang-tidy: node tools/tidy.mjs [TEXT ...], only of files whose path contains one of the texts.
+
+import { readFileSync } from 'node:fs';
+import { cpus } from 'node:os';
+import { join, relative } from 'node:path';
+import { main } from './workshop/report.mjs';
+import { buildDir, buildTree, runInRoot, treeDir } from './workshop/tree.mjs';
+
+await main(async () => {
+  const texts = process.argv.slice(2);
+  const wanted = (file) => texts.length === 0 || texts.some((text) => file.includes(text));
+  for (const preset of ['linux', 'windows']) {
+    await buildTree(preset);
+  }
+  // Portable files are looked at as the host compiles them, the others as Windows does.
+  const portable = ownSources('linux');
+  const jobs = [
+    ...portable.map((file) => ['linux', file]),
+    ...ownSources('windows').filter((file) => !portable.includes(file)).map((file) => ['windows', file]),
+  ].filter(([, file]) => wanted(file));
+  let failed = 0;
+  const work = async () => {
+    for (let job; (job = jobs.shift()); ) {
+      const [preset, file] = job;
+      console.log(file);
+      const code = await runInRoot(['clang-tidy', '--quiet', '-p', buildDir(preset), file]);
+      failed += code === 0 ? 0 : 1;
+    }
+  };
+  await Promise.all(Array.from({ length: cpus().length }, work));
+  console.log(failed === 0 ? 'nothing found' : `${failed} files with findings`);
+  return failed === 0 ? 0 : 1;
+});
+
+function ownSources(preset) {
+  const commands = JSON.parse(readFileSync(join(buildDir(preset), 'compile_commands.json'), 'utf8'));
+  return commands.map(({ file }) => relative(treeDir, file)).filter((file) => /^(src|tests)\//.test(file));
+}
