@@ -22,7 +22,7 @@ async function makeRoot(folder, note, log) {
   // As root it would outlive an interrupted run and go on writing; its own process tree ends with this process.
   const endsWithUs =
     process.getuid() === 0
-      ? ['setpriv', '--pdeathsig', 'KILL', 'unshare', '--pid', '--fork', '--kill-child', '--mount-proc']
+      ? ['setpriv', '--pdeathsig', 'KILL', 'unshare', '--pid', '--fork', '--kill-child']
       : [];
   const noDocs = ['man', 'doc', 'info', 'locale'].map((dir) => `--dpkgopt=path-exclude=/usr/share/${dir}/*`);
   await runLogged(
