@@ -4,7 +4,8 @@
 // (the same and the Windows code under Wine), javascript (the module that ships, in Node.js for Windows under Wine).
 // --only runs the test programs or files whose name contains TEXT.
 
-import { existsSync, mkdirSync, readdirSync, readFileSync, rmSync } from 'node:fs';
+import { existsSync, mkdtempSync, readdirSync, readFileSync, rmSync } from 'node:fs';
+import { tmpdir } from 'node:os';
 import { basename, join, relative } from 'node:path';
 import { parseArgs } from 'node:util';
 import { runUnderWine, windowsPath } from './wine/runner.mjs';
@@ -21,6 +22,9 @@ const NAMES = {
   windows: 'Windows programs under Wine',
   javascript: 'JavaScript in Node.js for Windows under Wine',
 };
+const resultsDir = mkdtempSync(join(tmpdir(), 'brisolte-test-'));
+process.on('exit', () => rmSync(resultsDir, { recursive: true, force: true }));
+// Far above what the slowest test program takes.
 const PROGRAM_LIMIT_S = 600;
 
 await main(async () => {
@@ -88,14 +92,8 @@ function filesIn(folder) {
   return existsSync(folder) ? readdirSync(folder).map((name) => join(folder, name)) : [];
 }
 
-/** A fresh file for a program's machine-readable results. */
-function resultFile(layer, program, extension) {
-  const folder = join(treeDir, 'build', 'test-results', layer);
-  mkdirSync(folder, { recursive: true });
-  const file = join(folder, `${basename(program)}.${extension}`);
-  rmSync(file, { force: true });
-  return file;
-}
+/** The file for a program's machine-readable results. */
+const resultFile = (layer, program, extension) => join(resultsDir, `${layer}-${basename(program)}.${extension}`);
 
 async function runLinuxProgram(program, layer) {
   const results = resultFile(layer, program, 'json');
@@ -105,14 +103,15 @@ async function runLinuxProgram(program, layer) {
     UBSAN_OPTIONS: 'print_stacktrace=1',
   };
   const words = [program, '--gtest_brief=1', `--gtest_output=json:${results}`];
-  const code = await runInRoot(['timeout', '--signal=KILL', String(PROGRAM_LIMIT_S), ...words], { env });
+  const limited = ['timeout', '--signal=KILL', String(PROGRAM_LIMIT_S), ...words];
+  const code = await runInRoot(limited, { env, writable: [resultsDir] });
   return { ...googleTestCounts(results), code };
 }
 
 async function runWindowsProgram(program, layer) {
   const results = resultFile(layer, program, 'json');
   const words = ['--gtest_brief=1', `--gtest_output=json:${windowsPath(results)}`];
-  const code = await runUnderWine(program, words, { standins: true, timeout: PROGRAM_LIMIT_S });
+  const code = await runUnderWine(program, words, { standins: true, timeout: PROGRAM_LIMIT_S, writable: [resultsDir] });
   return { ...googleTestCounts(results), code };
 }
 
@@ -127,6 +126,7 @@ async function runJavascript(file, layer) {
     standins: true,
     timeout: PROGRAM_LIMIT_S,
     readable: [tools],
+    writable: [resultsDir],
     env: { BRISOLTE_FFMPEG_TOOLS: windowsPath(tools) },
   });
   return { ...junitCounts(results), code };

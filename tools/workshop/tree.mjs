@@ -4,7 +4,7 @@ import { mkdirSync } from 'node:fs';
 import { join } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { buildRoot } from './build-root.mjs';
-import { cacheDir } from './cache.mjs';
+import { cacheDir, keyOf, withLock } from './cache.mjs';
 import { ffmpegLibraries } from './ffmpeg.mjs';
 import { npmPackages } from './npm-packages.mjs';
 import { runThrough } from './processes.mjs';
@@ -18,7 +18,7 @@ export const treeDir = fileURLToPath(new URL('../..', import.meta.url)).replace(
 export const buildDir = (preset) => join(treeDir, 'build', preset);
 
 /** Runs a command in the build root with this tree writable; gives its exit code. */
-export async function runInRoot(command, { env = {}, readable = [], cwd = treeDir } = {}) {
+export async function runInRoot(command, { env = {}, readable = [], writable = [], cwd = treeDir } = {}) {
   const ccache = join(cacheDir, 'ccache');
   mkdirSync(ccache, { recursive: true });
   const settings = {
@@ -29,7 +29,8 @@ export async function runInRoot(command, { env = {}, readable = [], cwd = treeDi
     CCACHE_NOHASHDIR: '1',
     ...env,
   };
-  return runThrough(sandboxed(await buildRoot(), command, { writable: [treeDir, ccache], readable, env: settings, cwd }));
+  const access = { readable, writable: [treeDir, ccache, ...writable] };
+  return runThrough(sandboxed(await buildRoot(), command, { ...access, env: settings, cwd }));
 }
 
 /** Configures and builds a preset. @throws {WorkshopError} when it does not build */
@@ -37,12 +38,16 @@ export async function buildTree(preset, targets = []) {
   await npmPackages(treeDir);
   const ffmpeg = preset === 'windows' ? await ffmpegLibraries() : undefined;
   const options = ffmpeg ? { env: { BRISOLTE_FFMPEG: ffmpeg }, readable: [ffmpeg] } : {};
-  for (const command of [
+  const commands = [
     ['cmake', '--preset', preset, '--log-level=WARNING'],
     ['cmake', '--build', '--preset', preset, ...targets.flatMap((target) => ['--target', target])],
-  ]) {
-    if ((await runInRoot(command, options)) !== 0) {
-      throw new WorkshopError(`${command.join(' ')} failed; its output is above.`);
+  ];
+  const tellWait = () => console.log('    another run is building this tree; waiting');
+  await withLock(join(cacheDir, `build-${preset}-${keyOf(treeDir)}`), tellWait, async () => {
+    for (const command of commands) {
+      if ((await runInRoot(command, options)) !== 0) {
+        throw new WorkshopError(`${command.join(' ')} failed; its output is above.`);
+      }
     }
-  }
+  });
 }
