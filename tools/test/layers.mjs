@@ -1,0 +1,120 @@
+// The test layers: which programs or files each has, how one of them is run, and how its results are counted.
+
+import { existsSync, mkdtempSync, readdirSync, readFileSync, rmSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import { basename, join, relative } from 'node:path';
+import { runUnderWine, windowsPath } from '../wine/runner.mjs';
+import { ffmpegTools } from '../workshop/ffmpeg.mjs';
+import { buildDir, runInRoot, treeDir } from '../workshop/tree.mjs';
+
+// Far above what the slowest test program takes.
+const PROGRAM_LIMIT_S = 600;
+const resultsDir = mkdtempSync(join(tmpdir(), 'brisolte-test-'));
+process.on('exit', () => rmSync(resultsDir, { recursive: true, force: true }));
+
+/** Each layer with the words for its results, the preset it needs built, and how one of its files runs. */
+export const layers = {
+  linux: { title: 'portable code on Linux', preset: 'linux', run: runLinuxProgram },
+  'linux-asan': {
+    title: 'portable code under AddressSanitizer and UndefinedBehaviorSanitizer',
+    preset: 'linux-asan',
+    run: runLinuxProgram,
+  },
+  'linux-tsan': { title: 'portable code under ThreadSanitizer', preset: 'linux-tsan', run: runLinuxProgram },
+  windows: { title: 'Windows programs under Wine', preset: 'windows', run: runWindowsProgram },
+  javascript: { title: 'JavaScript in Node.js for Windows under Wine', preset: 'windows', run: runJavascript },
+};
+
+/**
+ * Runs the programs or files of a layer that `wanted` lets through.
+ * @returns {Promise<{passed: number, failed: number, broken: string[]}>} `broken` names the files that failed
+ */
+export async function runLayer(name, wanted, note) {
+  const { preset, run } = layers[name];
+  const total = { passed: 0, failed: 0, broken: [] };
+  const files = name === 'javascript' ? javascriptTests() : testPrograms(preset);
+  for (const file of files.filter(wanted)) {
+    note(basename(file));
+    const { passed, failed, code } = await run(file, name);
+    total.passed += passed;
+    total.failed += failed;
+    // A program that dies in the middle has no failed test to show for it.
+    if (failed > 0 || code !== 0 || passed === 0) {
+      total.broken.push(`${relative(treeDir, file)} (exit code ${code})`);
+    }
+  }
+  return total;
+}
+
+function testPrograms(preset) {
+  const folder = join(buildDir(preset), 'tests');
+  return filesIn(folder).filter((file) => /_tests(\.exe)?$/.test(file));
+}
+
+function javascriptTests() {
+  const folder = join(treeDir, 'tests', 'js');
+  return [...filesIn(folder), ...filesIn(join(folder, 'faults'))].filter((file) => file.endsWith('.test.js'));
+}
+
+function filesIn(folder) {
+  return existsSync(folder) ? readdirSync(folder).map((name) => join(folder, name)) : [];
+}
+
+/** The file for a program's machine-readable results. */
+const resultFile = (layer, program, extension) => join(resultsDir, `${layer}-${basename(program)}.${extension}`);
+
+async function runLinuxProgram(program, layer) {
+  const results = resultFile(layer, program, 'json');
+  const env = {
+    TSAN_OPTIONS: 'halt_on_error=1:second_deadlock_stack=1',
+    ASAN_OPTIONS: 'detect_stack_use_after_return=1:strict_string_checks=1',
+    UBSAN_OPTIONS: 'print_stacktrace=1',
+  };
+  const words = [program, '--gtest_brief=1', `--gtest_output=json:${results}`];
+  const limited = ['timeout', '--signal=KILL', String(PROGRAM_LIMIT_S), ...words];
+  const code = await runInRoot(limited, { env, writable: [resultsDir] });
+  return { ...googleTestCounts(results), code };
+}
+
+async function runWindowsProgram(program, layer) {
+  const results = resultFile(layer, program, 'json');
+  const words = ['--gtest_brief=1', `--gtest_output=json:${windowsPath(results)}`];
+  const code = await runUnderWine(program, words, { standins: true, timeout: PROGRAM_LIMIT_S, writable: [resultsDir] });
+  return { ...googleTestCounts(results), code };
+}
+
+async function runJavascript(file, layer) {
+  const tools = await ffmpegTools();
+  const results = resultFile(layer, file, 'xml');
+  const words = [
+    ...['--test', '--test-isolation=none', '--expose-gc', '--test-reporter=spec', '--test-reporter-destination=stdout'],
+    ...['--test-reporter=junit', `--test-reporter-destination=${windowsPath(results)}`, windowsPath(file)],
+  ];
+  const code = await runUnderWine('node', words, {
+    standins: true,
+    timeout: PROGRAM_LIMIT_S,
+    readable: [tools],
+    writable: [resultsDir],
+    env: { BRISOLTE_FFMPEG_TOOLS: windowsPath(tools) },
+  });
+  return { ...junitCounts(results), code };
+}
+
+function googleTestCounts(file) {
+  const { tests, failures, errors } = JSON.parse(textOf(file) ?? '{"tests":0,"failures":1,"errors":0}');
+  return { passed: Math.max(tests - failures - errors, 0), failed: failures + errors };
+}
+
+function junitCounts(file) {
+  const text = textOf(file) ?? '';
+  const count = (name) => Number(text.match(new RegExp(`<!-- ${name} (\\d+) -->`))?.[1] ?? 0);
+  return { passed: count('pass'), failed: count('fail') + count('cancelled') + (text ? 0 : 1) };
+}
+
+function textOf(file) {
+  try {
+    return readFileSync(file, 'utf8');
+  } catch {
+    return undefined;
+  }
+}
