@@ -22,6 +22,9 @@ display() {
   Xvfb :0 -screen 0 "${BRISOLTE_SCREEN}x24" -nolisten tcp -nolisten local > /output/xvfb.log 2>&1 &
   wait_for display test -S /tmp/.X11-unix/X0
   export DISPLAY=:0
+  # With the server's own compositing each window keeps its picture whole while others cover it, as on Windows;
+  # without it a copy of a covered window comes back with holes.
+  xcompmgr -a > /output/xcompmgr.log 2>&1 &
 }
 
 sound() {

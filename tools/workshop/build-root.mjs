@@ -17,6 +17,15 @@ export async function buildRoot() {
   return cached('build-root', 'Build root: Debian 13 with Wine and the compilers', { SUITE, PACKAGES }, makeRoot);
 }
 
+/** The installed versions of some packages of the build root: what a thing built there depends on. */
+export function packageVersions(root, names) {
+  const status = readFileSync(`${root}/var/lib/dpkg/status`, 'utf8').split('\n\n');
+  return names.map((name) => {
+    const entry = status.find((text) => text.startsWith(`Package: ${name}\n`));
+    return `${name} ${entry?.match(/^Version: (.*)$/m)[1]}`;
+  });
+}
+
 async function makeRoot(folder, note, log) {
   // Without a mode mmdebstrap chooses by who calls it: root unpacks directly, anyone else through a user namespace.
   // As root it would outlive an interrupted run and go on writing; its own process tree ends with this process.

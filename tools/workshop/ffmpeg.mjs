@@ -3,12 +3,14 @@
 import { mkdirSync, readFileSync, rmSync } from 'node:fs';
 import { dirname, relative } from 'node:path';
 import { fileURLToPath } from 'node:url';
-import { buildRoot } from './build-root.mjs';
+import { buildRoot, packageVersions } from './build-root.mjs';
 import { cached, cacheDir } from './cache.mjs';
 import { runLogged } from './processes.mjs';
 import { sandboxed } from './sandbox.mjs';
 
 const PACKAGES = ['ffmpeg', 'lame', 'libvpx', 'x264', 'x265'];
+// What of the build root gets into the results; another version of Wine, say, is no reason to build them again.
+const TOOLCHAIN = ['g++-mingw-w64-x86-64-posix', 'mingw-w64-x86-64-dev', 'nasm', 'libffmpeg-nvenc-dev'];
 const recipe = (name) => fileURLToPath(new URL(`recipes/${name}`, import.meta.url));
 
 /** FFmpeg's shared libraries: `bin` with the DLLs, `lib` and `include`. */
@@ -29,7 +31,12 @@ const ffmpegSources = () =>
 async function byRecipe(name, title, needs, words = (folder) => [...needs, folder]) {
   const root = await buildRoot();
   const script = recipe(`${name}.sh`);
-  const inputs = { madeFrom: [root, ...needs].map(inCache), words: words('').filter((word) => !needs.includes(word)), script: readFileSync(script, 'utf8') };
+  const inputs = {
+    toolchain: packageVersions(root, TOOLCHAIN),
+    needs: needs.map((path) => relative(cacheDir, path)),
+    words: words('').filter((word) => !needs.includes(word)),
+    script: readFileSync(script, 'utf8'),
+  };
   return cached(name, title, inputs, async (folder, note, log) => {
     // The sandbox's /tmp is memory; these builds are too large for it.
     const scratch = `${folder}.scratch`;
@@ -44,5 +51,3 @@ async function byRecipe(name, title, needs, words = (folder) => [...needs, folde
     rmSync(scratch, { recursive: true, force: true });
   });
 }
-
-const inCache = (path) => relative(cacheDir, path);
