@@ -1,0 +1,15 @@
+#pragma once
+
+// FFmpeg's headers are C and do not say so themselves.
+extern "C" {
+#include <libavcodec/avcodec.h>
+#include <libavformat/avformat.h>
+#include <libavutil/avutil.h>
+#include <libavutil/dict.h>
+#include <libavutil/error.h>
+#include <libavutil/frame.h>
+#include <libavutil/imgutils.h>
+#include <libavutil/mathematics.h>
+#include <libavutil/pixdesc.h>
+#include <libswscale/swscale.h>
+}

@@ -1,0 +1,65 @@
+#pragma once
+
+#include <cstdint>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "capture/capture_settings.h"
+#include "encoder/encoder.h"
+#include "encoder/ffmpeg/output_file.h"
+#include "encoder/ffmpeg/packet_writer.h"
+#include "encoder/ffmpeg/video_stream.h"
+
+namespace brisolte {
+
+/// Writes a recording with the FFmpeg libraries: one file, in the container its extension names.
+///
+/// Any call may come in any order; beyond what `Encoder` asks for, each may also come from any thread.
+class FFmpegEncoder final : public Encoder {
+ public:
+  /// Runs `Initialize` when the settings name a file. Raises what it raises.
+  explicit FFmpegEncoder(CaptureSettings settings);
+
+  /// Stops first when running, so that the file is complete.
+  ~FFmpegEncoder() override;
+
+  /// Raises the file system's failure to make the directory or to remove an old file, see
+  /// `PrepareOutputFile`. True without doing anything when the file is prepared already.
+  bool Initialize() override;
+
+  /// Writes the header and starts the writer thread. True also when the header failed (every packet then
+  /// fails to be written) and when it runs already. Raises std::system_error when the system gives no thread.
+  bool Start() override;
+
+  /// Takes what the video encoder still holds, waits until everything is written and finalizes the file.
+  bool Stop() override;
+
+  /// True when at least one packet was queued; false also when the encoder keeps the frame for now.
+  bool ProcessFrameAsync(const VideoFrame& frame) override;
+
+  bool ProcessAudioFrame(const std::vector<std::uint8_t>& samples, const std::string& streamName) override;
+
+  /// `device` is not used. Fails once `Start` was called. See `VideoStream::Initialize` for a second call.
+  bool InitializeVideoEncoder(std::uint32_t width, std::uint32_t height, ID3D11Device* device) override;
+
+  bool CreateAudioStream(AudioStreamKind kind, const WaveFormat& format) override;
+  bool GetPixelFormat() override;
+
+  /// Called by `Stop`. Fails while running, without a header, and a second time.
+  bool Finalize() override;
+
+ private:
+  void WriteHeader();
+  bool EnqueueVideoPacket(const AVPacket& packet);
+
+  const CaptureSettings settings_;
+  std::mutex
+      lifecycleMutex_;     ///< guards `file_` but for the writer thread's writing; taken before `videoMutex_`
+  std::mutex videoMutex_;  ///< guards `video_` and what it shares with `file_`
+  OutputFile file_;
+  VideoStream video_;
+  PacketWriter writer_;
+};
+
+}  // namespace brisolte

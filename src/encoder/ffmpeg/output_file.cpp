@@ -1,0 +1,202 @@
+#include "encoder/ffmpeg/output_file.h"
+
+#include <filesystem>
+#include <fstream>
+#include <system_error>
+
+#include "common/logger.h"
+#include "common/text.h"
+
+namespace brisolte {
+namespace {
+
+/// Everything before the last run of separators of either kind.
+std::string ParentDirectory(const std::string& path) {
+  constexpr auto kSeparators = "\\/";
+  const auto lastSeparator = path.find_last_of(kSeparators);
+  if (lastSeparator == std::string::npos) {
+    return {};
+  }
+  const auto end = path.find_last_not_of(kSeparators, lastSeparator);
+  return end == std::string::npos ? std::string() : path.substr(0, end + 1);
+}
+
+void MakeDirectories(const std::string& directory) {
+  Logger::Info("Creating output directory: " + directory);
+  const std::filesystem::path path = PathFromUtf8(directory);
+  std::error_code error;
+  if (std::filesystem::exists(path, error)) {
+    Logger::Info("Output directory already exists");
+    return;
+  }
+  error.clear();
+  std::filesystem::create_directories(path, error);
+  if (error) {
+    throw std::filesystem::filesystem_error("create_directories", path, error);
+  }
+  Logger::Info("Output directory created successfully");
+}
+
+bool TestWriting(const std::filesystem::path& path) {
+  std::ofstream file(path, std::ios::out | std::ios::trunc);
+  if (!file.is_open()) {
+    return false;
+  }
+  file.close();
+  if (file.bad()) {
+    throw std::ios_base::failure("ios_base::badbit set");
+  }
+  if (file.fail()) {
+    throw std::ios_base::failure("ios_base::failbit set");
+  }
+  return true;
+}
+
+void RemoveExisting(const std::filesystem::path& path) {
+  std::error_code error;
+  const bool removed = std::filesystem::remove(path, error);
+  if (error) {
+    throw std::filesystem::filesystem_error("remove", path, error);
+  }
+  if (removed) {
+    Logger::Info("Existing output file removed");
+  }
+}
+
+const char* KindName(AVMediaType type) {
+  switch (type) {
+    case AVMEDIA_TYPE_VIDEO:
+      return "video";
+    case AVMEDIA_TYPE_AUDIO:
+      return "audio";
+    default:
+      return "unknown";
+  }
+}
+
+void LogStreams(const AVFormatContext& format) {
+  Logger::Info("FFmpegEncoder: Writing file header with " + std::to_string(format.nb_streams) + " streams");
+  for (unsigned i = 0; i < format.nb_streams; ++i) {
+    const AVCodecParameters& codec = *format.streams[i]->codecpar;
+    Logger::Info("FFmpegEncoder: Stream #" + std::to_string(i) + " is " + KindName(codec.codec_type) +
+                 " codec_id: " + std::to_string(static_cast<int>(codec.codec_id)));
+  }
+}
+
+}  // namespace
+
+bool PrepareOutputFile(const std::string& path) {
+  if (const std::string directory = ParentDirectory(path); !directory.empty()) {
+    MakeDirectories(directory);
+  }
+  const std::filesystem::path file = PathFromUtf8(path);
+  if (!TestWriting(file)) {
+    Logger::Error("Cannot write to output file: " + path);
+    return false;
+  }
+  RemoveExisting(file);
+  return true;
+}
+
+FormatContextPtr CreateFormatContext(const std::string& path) {
+  Logger::Info("FFmpegEncoder: Creating format context, output file: " + path);
+  // FFmpeg takes UTF-8 only; a path in another encoding was read leniently when the file was prepared.
+  const std::string utf8Path = PathToUtf8(PathFromUtf8(path));
+  AVFormatContext* raw = nullptr;
+  int result = avformat_alloc_output_context2(&raw, nullptr, nullptr, utf8Path.c_str());
+  FormatContextPtr format(raw);
+  if (result < 0 || !format) {
+    Logger::Error("FFmpegEncoder: Unable to create FFMPEG output context: " + ErrorText(result));
+    return nullptr;
+  }
+  if ((format->oformat->flags & AVFMT_NOFILE) == 0) {
+    result = avio_open(&format->pb, utf8Path.c_str(), AVIO_FLAG_WRITE);
+    if (result < 0) {
+      Logger::Error("FFmpegEncoder: Unable to open output file: " + ErrorText(result));
+      return nullptr;
+    }
+  }
+  Logger::Info("FFmpegEncoder: Format context created successfully");
+  return format;
+}
+
+bool OutputFile::Initialize(const std::string& path) {
+  // Preparing the file again would remove what has been recorded into it.
+  if (initialized()) {
+    return true;
+  }
+  Logger::Info("FFmpegEncoder: Initialization with configuration: " + path);
+  if (!PrepareOutputFile(path)) {
+    Logger::Error("Cannot write to output file: " + path);
+    return false;
+  }
+  format_ = CreateFormatContext(path);
+  if (!format_) {
+    Logger::Error("FFmpegEncoder: Failed to create format context");
+    return false;
+  }
+  Logger::Info("FFmpegEncoder: Initialization successful");
+  return true;
+}
+
+AVStream* OutputFile::AddStream() {
+  // A muxer sets its streams up with the header and cannot work on one that comes later.
+  if (!AcceptsStreams()) {
+    return nullptr;
+  }
+  return avformat_new_stream(format_.get(), nullptr);
+}
+
+int OutputFile::TryHeader() {
+  // Neither a half-made header nor a finished file can be begun anew.
+  if (stage_ != Stage::kAddingStreams) {
+    return AVERROR(EINVAL);
+  }
+  OptionDictionary options;
+  options.Set("movflags", "faststart");
+  const int result = avformat_write_header(format_.get(), options.address());
+  stage_ = result < 0 ? Stage::kHeaderFailed : Stage::kWriting;
+  return result;
+}
+
+bool OutputFile::WriteHeader() {
+  if (!format_) {
+    Logger::Error("FFmpegEncoder: Format context is null, cannot write file header");
+    return false;
+  }
+  LogStreams(*format_);
+  if (const int result = TryHeader(); result < 0) {
+    Logger::Error("FFmpegEncoder: Failed to write file header: " + ErrorText(result));
+    return false;
+  }
+  Logger::Info("FFmpegEncoder: File header written successfully");
+  return true;
+}
+
+int OutputFile::WritePacket(AVPacket& packet) {
+  // A muxer without a header has no state to write a packet with.
+  return stage_ == Stage::kWriting ? av_interleaved_write_frame(format_.get(), &packet) : AVERROR(EINVAL);
+}
+
+bool OutputFile::Finalize() {
+  if (!format_) {
+    Logger::Error("FFmpegEncoder: Not initialized or format context is null");
+    return false;
+  }
+  // The muxer frees its state with the trailer, so there is one trailer a header, even if it fails.
+  const bool hasHeader = stage_ == Stage::kWriting;
+  if (hasHeader) {
+    stage_ = Stage::kEnded;
+  }
+  if (!hasHeader || av_write_trailer(format_.get()) < 0) {
+    Logger::Error("FFmpegEncoder: Failed to write trailer!!!!!");
+    return false;
+  }
+  if ((format_->oformat->flags & AVFMT_NOFILE) == 0) {
+    avio_closep(&format_->pb);
+  }
+  Logger::Info("FFmpegEncoder: Trailer written successfully, output file closed");
+  return true;
+}
+
+}  // namespace brisolte

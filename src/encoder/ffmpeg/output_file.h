@@ -1,0 +1,56 @@
+#pragma once
+
+#include <string>
+
+#include "encoder/ffmpeg/ffmpeg_types.h"
+
+namespace brisolte {
+
+/// Makes the directories of `path` (UTF-8), tests that the file can be written and removes it again. False
+/// when it cannot be opened. Raises std::filesystem::filesystem_error, named "create_directories" or
+/// "remove", when the directories cannot be made or the file cannot be removed, and std::ios_base::failure
+/// when it cannot be closed.
+bool PrepareOutputFile(const std::string& path);
+
+/// The muxer for the container that the extension of `path` (UTF-8) names, with the file open for writing.
+/// Null, with an ERROR line, when there is none or the file cannot be opened.
+FormatContextPtr CreateFormatContext(const std::string& path);
+
+/// The file of one recording: opened once, streams added, header, packets, trailer, each in this order and at
+/// most once. A call out of order fails without harm. Not synchronised: one thread at a time.
+class OutputFile {
+ public:
+  /// Prepares the file and its muxer. True without doing anything when that has succeeded before. Raises what
+  /// `PrepareOutputFile` raises.
+  bool Initialize(const std::string& path);
+
+  bool initialized() const { return format_ != nullptr; }
+
+  /// Whether streams can be added still: there is a muxer and no header was tried.
+  bool AcceptsStreams() const { return format_ && stage_ == Stage::kAddingStreams; }
+
+  /// A new stream, owned by the file. Null when it accepts none, and without memory.
+  AVStream* AddStream();
+
+  /// Writes the header for the streams added so far. There is one attempt a file: later ones fail.
+  bool WriteHeader();
+
+  /// Hands the packet's data to the interleaving muxer. Negative: FFmpeg's error; always so without a header.
+  int WritePacket(AVPacket& packet);
+
+  /// Writes the trailer and closes the file. After a failure the file stays open until `Close`.
+  bool Finalize();
+
+  /// Closes and frees what is left. No trailer is written.
+  void Close() { format_.reset(); }
+
+ private:
+  enum class Stage { kAddingStreams, kHeaderFailed, kWriting, kEnded };
+
+  int TryHeader();
+
+  FormatContextPtr format_;
+  Stage stage_ = Stage::kAddingStreams;
+};
+
+}  // namespace brisolte

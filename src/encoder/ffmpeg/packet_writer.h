@@ -1,0 +1,61 @@
+#pragma once
+
+#include <atomic>
+#include <condition_variable>
+#include <deque>
+#include <functional>
+#include <mutex>
+#include <thread>
+
+#include "encoder/ffmpeg/ffmpeg_types.h"
+
+namespace brisolte {
+
+/// Takes encoded packets from the threads that encode and writes them, in the order they came, on one thread
+/// of its own, so that no encoding thread waits for the disk. The queue has no limit.
+///
+/// `EnqueuePacket` and `running` may be called from any thread at any time; `Start`, `Stop` and the
+/// destructor one at a time.
+class PacketWriter {
+ public:
+  /// Writes one packet; negative: FFmpeg's error. Called on the writer thread only; must not throw.
+  using WritePacket = std::function<int(AVPacket&)>;
+
+  PacketWriter() = default;
+  PacketWriter(const PacketWriter&) = delete;
+  PacketWriter& operator=(const PacketWriter&) = delete;
+  ~PacketWriter() { Stop(); }
+
+  /// Starts the thread; nothing happens when it runs already. Raises std::system_error when the system gives
+  /// none.
+  void Start(WritePacket write);
+
+  /// Refuses further packets, writes those that are queued and ends the thread.
+  void Stop();
+
+  bool running() const { return running_; }
+
+  /// Queues a new reference to the packet's data; the caller keeps its packet. False when it is not queued:
+  /// stopped, no packet, or no memory (with an ERROR line).
+  bool EnqueuePacket(const AVPacket* packet, int streamIndex, bool isVideo);
+
+ private:
+  struct Entry {
+    PacketPtr packet;
+    int streamIndex;
+    bool isVideo;
+  };
+
+  void Run();
+  /// Waits for the next entry. False when stopped and nothing is left.
+  bool TakeEntry(Entry& entry);
+
+  WritePacket write_;
+  std::atomic<bool> running_ = false;
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  std::deque<Entry> queue_;  ///< guarded by `mutex_`
+  std::jthread thread_;
+};
+
+}  // namespace brisolte

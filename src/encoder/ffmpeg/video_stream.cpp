@@ -1,0 +1,263 @@
+#include "encoder/ffmpeg/video_stream.h"
+
+#include <array>
+#include <cstring>
+#include <limits>
+
+#include "common/logger.h"
+#include "encoder/ffmpeg/encoder_options.h"
+#include "encoder/ffmpeg/pixel_formats.h"
+#include "encoder/ffmpeg/planes.h"
+
+namespace brisolte {
+namespace {
+
+constexpr AVRational kVideoTimeBase{1, 60'000};
+constexpr int kFrameAlignment = 32;
+constexpr std::uint32_t kLargestInt = std::numeric_limits<int>::max();
+
+bool IsNv12Like(AVPixelFormat format) {
+  return format == AV_PIX_FMT_NV12 || format == AV_PIX_FMT_YUV420P;
+}
+
+int EvenHeight(int height) {
+  const int even = height - height % 2;
+  if (even != height) {
+    Logger::Info("FFmpegEncoder: Adjusting video height to even: " + std::to_string(height) + " -> " +
+                 std::to_string(even));
+  }
+  return even;
+}
+
+/// Rows that end before their neighbour begins, with a distance that FFmpeg can express.
+bool HasUsablePitch(const MappedPixels& pixels, std::uint64_t rowBytes) {
+  return pixels.rowPitch >= rowBytes && pixels.rowPitch <= kLargestInt;
+}
+
+/// What is never written (the end of a row that its width does not fill) must not be chance.
+void MakeBlack(AVFrame& frame) {
+  for (AVBufferRef* const buffer : frame.buf) {
+    if (buffer != nullptr) {
+      std::memset(buffer->data, 0, buffer->size);
+    }
+  }
+  std::array<std::ptrdiff_t, 4> strides{};
+  for (std::size_t plane = 0; plane < strides.size(); ++plane) {
+    strides[plane] = frame.linesize[plane];
+  }
+  const auto format = static_cast<AVPixelFormat>(frame.format);
+  const AVColorRange range = IsFullRangeFormat(format) ? AVCOL_RANGE_JPEG : AVCOL_RANGE_MPEG;
+  av_image_fill_black(frame.data, strides.data(), format, range, frame.width, frame.height);
+}
+
+}  // namespace
+
+bool VideoStream::Initialize(OutputFile& file, const CaptureSettings& settings, std::uint32_t width,
+                             std::uint32_t height) {
+  if (width < 1 || height < 1 || width > kLargestInt || height > kLargestInt) {
+    Logger::Error("FFmpegEncoder: Invalid video dimensions: " + std::to_string(width) + "x" +
+                  std::to_string(height));
+    return false;
+  }
+  const int sourceWidth = static_cast<int>(width);
+  const int sourceHeight = static_cast<int>(height);
+  const int encodedHeight = EvenHeight(sourceHeight);
+  // A muxer cannot be rid of a stream again, so a second attempt uses the first one's.
+  if (!file.AcceptsStreams() || (stream_ == nullptr && (stream_ = file.AddStream()) == nullptr)) {
+    Logger::Error("FFmpegEncoder: Failed to create video stream");
+    return false;
+  }
+  const AVCodec* const codec = avcodec_find_encoder_by_name(settings.encoderName.c_str());
+  if (codec == nullptr) {
+    Logger::Error("Encoder " + settings.encoderName + " not found!");
+    return false;
+  }
+  Release();
+  if (!OpenEncoder(settings, *codec, sourceWidth, encodedHeight) || !DescribeStream()) {
+    Release();
+    return false;
+  }
+  scaler_.emplace(sourceWidth, sourceHeight, encodedHeight, context_->pix_fmt);
+  packet_.reset(av_packet_alloc());
+  if (!packet_) {
+    Logger::Error("Failed to allocate video packet");
+    Release();
+    return false;
+  }
+  Logger::Info("FFmpegEncoder: Successfully initialized " + settings.encoderName + " with pixel format: " +
+               PixelFormatName(context_->pix_fmt) + " time_base:" + std::to_string(context_->time_base.num) +
+               "/" + std::to_string(context_->time_base.den));
+  return true;
+}
+
+bool VideoStream::OpenEncoder(const CaptureSettings& settings, const AVCodec& codec, int width, int height) {
+  context_.reset(avcodec_alloc_context3(&codec));
+  if (!context_) {
+    Logger::Error("FFmpegEncoder: Failed to allocate codec context");
+    return false;
+  }
+  context_->codec_id = codec.id;
+  context_->codec_type = AVMEDIA_TYPE_VIDEO;
+  context_->width = width;
+  context_->height = height;
+  context_->time_base = kVideoTimeBase;
+  context_->framerate = {settings.frameRate, 1};
+  context_->gop_size = settings.frameRate;
+  context_->bit_rate = settings.bitrate;
+  context_->pix_fmt = SelectPixelFormat(codec);
+  if (context_->pix_fmt == AV_PIX_FMT_NONE) {
+    Logger::Error("Failed to find suitable pixel format for encoder");
+    return false;
+  }
+  if (!CreateFrame()) {
+    return false;
+  }
+  OptionDictionary options;
+  ApplyEncoderOptions(settings.encoderName, settings.frameRate, *context_, options);
+  if (const int result = avcodec_open2(context_.get(), &codec, options.address()); result < 0) {
+    Logger::Error("Failed to open encoder: " + ErrorText(result));
+    return false;
+  }
+  // Some encoders write the frame's own labels into each picture.
+  frame_->color_range = context_->color_range;
+  frame_->colorspace = context_->colorspace;
+  frame_->color_trc = context_->color_trc;
+  frame_->color_primaries = context_->color_primaries;
+  return true;
+}
+
+bool VideoStream::CreateFrame() {
+  frame_.reset(av_frame_alloc());
+  if (!frame_) {
+    Logger::Error("Failed to allocate video frame");
+    return false;
+  }
+  frame_->format = context_->pix_fmt;
+  frame_->width = context_->width;
+  frame_->height = context_->height;
+  if (const int result = av_frame_get_buffer(frame_.get(), kFrameAlignment); result < 0) {
+    Logger::Error("Failed to allocate video frame buffer: " + ErrorText(result));
+    return false;
+  }
+  MakeBlack(*frame_);
+  return true;
+}
+
+bool VideoStream::DescribeStream() {
+  if (const int result = avcodec_parameters_from_context(stream_->codecpar, context_.get()); result < 0) {
+    Logger::Error("Failed to copy codec parameters to stream: " + ErrorText(result));
+    return false;
+  }
+  stream_->time_base = context_->time_base;
+  av_dict_set(&stream_->metadata, "language", "eng", 0);
+  av_dict_set(&stream_->metadata, "handler_name", "VideoHandler", 0);
+  return true;
+}
+
+void VideoStream::Release() {
+  frame_.reset();
+  packet_.reset();
+  scaler_.reset();
+  context_.reset();
+  holdsFrames_ = false;
+}
+
+bool VideoStream::GetPixelFormat() const {
+  if (!context_) {
+    Logger::Error("FFmpegEncoder: Video codec context is null, cannot get pixel format");
+    return false;
+  }
+  return IsNv12Like(context_->pix_fmt);
+}
+
+bool VideoStream::FillVideoFrame(const VideoFrame& frame) {
+  if (!context_ || !frame_ || !frame.mapped || frame.pixels.data == nullptr) {
+    Logger::Error("Video frame not initialized");
+    return false;
+  }
+  // The encoder may still hold the buffers with the picture before this one.
+  if (const int result = av_frame_make_writable(frame_.get()); result < 0) {
+    Logger::Error("Failed to make video frame writable: " + ErrorText(result));
+    return false;
+  }
+  return IsNv12Like(context_->pix_fmt) ? FillFromNv12(frame.pixels) : FillFromBgra(frame.pixels);
+}
+
+bool VideoStream::FillFromNv12(const MappedPixels& pixels) {
+  const auto width = static_cast<std::size_t>(frame_->width);
+  const auto height = static_cast<std::size_t>(frame_->height);
+  if (!HasUsablePitch(pixels, width)) {
+    Logger::Error("Video frame has an unusable row pitch: " + std::to_string(pixels.rowPitch));
+    return false;
+  }
+  const auto target = [this](int plane) {
+    return TargetPlane{frame_->data[plane], static_cast<std::size_t>(frame_->linesize[plane])};
+  };
+  const SourcePlane luma{pixels.data, pixels.rowPitch};
+  const SourcePlane chroma{pixels.data + pixels.rowPitch * height, pixels.rowPitch};
+  CopyPlane(luma, target(0), width, height);
+  if (context_->pix_fmt == AV_PIX_FMT_NV12) {
+    CopyInterleavedChroma(chroma, target(1), width, height / 2);
+  } else {
+    SplitInterleavedChroma(chroma, target(1), target(2), width, height / 2);
+  }
+  return true;
+}
+
+bool VideoStream::FillFromBgra(const MappedPixels& pixels) {
+  if (!scaler_ || !scaler_->usable()) {
+    Logger::Error("Video frame not initialized");
+    return false;
+  }
+  if (!HasUsablePitch(pixels, scaler_->rowBytes())) {
+    Logger::Error("Video frame has an unusable row pitch: " + std::to_string(pixels.rowPitch));
+    return false;
+  }
+  return scaler_->Convert(pixels, *frame_);
+}
+
+bool VideoStream::EncodeFrame(const VideoFrame& frame, const Enqueue& enqueue) {
+  if (!FillVideoFrame(frame)) {
+    return false;
+  }
+  frame_->pts = timestamps_.Next(frame.timestamp, context_->time_base);
+  if (const int result = avcodec_send_frame(context_.get(), frame_.get()); result < 0) {
+    Logger::Error("Failed to send frame to encoder: " + ErrorText(result));
+    return false;
+  }
+  holdsFrames_ = true;
+  return ReceivePackets(enqueue);
+}
+
+void VideoStream::Drain(const Enqueue& enqueue) {
+  if (!context_ || !holdsFrames_) {
+    return;
+  }
+  holdsFrames_ = false;
+  if (avcodec_send_frame(context_.get(), nullptr) >= 0) {
+    ReceivePackets(enqueue);
+  }
+}
+
+bool VideoStream::ReceivePackets(const Enqueue& enqueue) {
+  for (bool queued = false;;) {
+    const int result = avcodec_receive_packet(context_.get(), packet_.get());
+    if (result == AVERROR(EAGAIN) || result == AVERROR_EOF) {
+      return queued;
+    }
+    if (result < 0) {
+      Logger::Error("Failed to receive packet from encoder: " + ErrorText(result));
+      return false;
+    }
+    av_packet_rescale_ts(packet_.get(), context_->time_base, stream_->time_base);
+    packet_->stream_index = stream_->index;
+    if (enqueue(*packet_)) {
+      queued = true;
+    } else {
+      Logger::Error("Failed to add video packet to FFmpegWriter");
+    }
+    av_packet_unref(packet_.get());
+  }
+}
+
+}  // namespace brisolte

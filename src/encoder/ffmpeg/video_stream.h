@@ -1,0 +1,62 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <optional>
+#include <string>
+
+#include "capture/capture_settings.h"
+#include "encoder/ffmpeg/bgra_scaler.h"
+#include "encoder/ffmpeg/ffmpeg_types.h"
+#include "encoder/ffmpeg/output_file.h"
+#include "encoder/ffmpeg/video_timestamps.h"
+#include "encoder/video_frame.h"
+
+namespace brisolte {
+
+/// The video of one recording: an encoder, its stream in the output file, and the one frame and packet that
+/// all pictures pass through. Not synchronised: one thread at a time.
+class VideoStream {
+ public:
+  /// Takes one encoded packet, stamped for the file. False when it was refused.
+  using Enqueue = std::function<bool(const AVPacket&)>;
+
+  /// Sets the stream up for pictures of `width` by `height` pixels; an odd height loses its last row to
+  /// scaling. A later call replaces the encoder of an earlier one and keeps its stream. A call that fails
+  /// before it has found the encoder changes nothing; one that fails afterwards leaves none.
+  bool Initialize(OutputFile& file, const CaptureSettings& settings, std::uint32_t width,
+                  std::uint32_t height);
+
+  /// Whether pictures are wanted as NV12. False, with an ERROR line, without an encoder.
+  bool GetPixelFormat() const;
+
+  /// Encodes one picture. True when at least one packet was taken.
+  bool EncodeFrame(const VideoFrame& frame, const Enqueue& enqueue);
+
+  /// Ends the encoding: hands over what the encoder still holds. It takes no picture afterwards. Without an
+  /// encoder, or when it was given no picture, nothing happens.
+  void Drain(const Enqueue& enqueue);
+
+  /// Frees everything but the stream, which is the file's.
+  void Release();
+
+ private:
+  bool OpenEncoder(const CaptureSettings& settings, const AVCodec& codec, int width, int height);
+  bool CreateFrame();
+  bool DescribeStream();
+
+  bool FillVideoFrame(const VideoFrame& frame);
+  bool FillFromNv12(const MappedPixels& pixels);
+  bool FillFromBgra(const MappedPixels& pixels);
+  bool ReceivePackets(const Enqueue& enqueue);
+
+  AVStream* stream_ = nullptr;  ///< the file's; kept when the encoder is replaced
+  CodecContextPtr context_;
+  std::optional<BgraScaler> scaler_;
+  PacketPtr packet_;
+  FramePtr frame_;
+  VideoTimestamps timestamps_;
+  bool holdsFrames_ = false;  ///< the encoder was given a picture and not drained since
+};
+
+}  // namespace brisolte
