@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <iostream>
+#include <mutex>
 #include <sstream>
+#include <streambuf>
 #include <string>
 #include <vector>
 
@@ -10,12 +12,13 @@
 
 namespace brisolte::testing {
 
-/// Collects what the logger writes while it lives. Level and stream are back as they were afterwards.
+/// Collects what the logger writes while it lives, from any thread. Level and stream are back as they were
+/// afterwards.
 class CapturedLog {
  public:
   explicit CapturedLog(LogLevel level = LogLevel::kDebug) : levelBefore_(Logger::Level()) {
     Logger::SetLevel(level);
-    streamBefore_ = std::cout.rdbuf(text_.rdbuf());
+    streamBefore_ = std::cout.rdbuf(&text_);
   }
   CapturedLog(const CapturedLog&) = delete;
   CapturedLog& operator=(const CapturedLog&) = delete;
@@ -46,7 +49,31 @@ class CapturedLog {
   bool has(const std::string& line) const { return count(line) > 0; }
 
  private:
-  std::ostringstream text_;
+  class Text : public std::streambuf {
+   public:
+    std::string str() const {
+      const std::scoped_lock lock(mutex_);
+      return text_;
+    }
+
+   protected:
+    int_type overflow(int_type character) override {
+      const std::scoped_lock lock(mutex_);
+      text_.push_back(traits_type::to_char_type(character));
+      return character;
+    }
+    std::streamsize xsputn(const char* characters, std::streamsize count) override {
+      const std::scoped_lock lock(mutex_);
+      text_.append(characters, static_cast<std::size_t>(count));
+      return count;
+    }
+
+   private:
+    mutable std::mutex mutex_;
+    std::string text_;
+  };
+
+  Text text_;
   std::streambuf* streamBefore_ = nullptr;
   LogLevel levelBefore_;
 };

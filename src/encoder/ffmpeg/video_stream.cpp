@@ -34,6 +34,11 @@ bool HasUsablePitch(const MappedPixels& pixels, std::uint64_t rowBytes) {
   return pixels.rowPitch >= rowBytes && pixels.rowPitch <= kLargestInt;
 }
 
+/// The time from one frame to the next in the context's time base; 0 without a frame rate.
+std::int64_t OneFrame(const AVCodecContext& context) {
+  return context.framerate.num > 0 ? av_rescale_q(1, av_inv_q(context.framerate), context.time_base) : 0;
+}
+
 /// What is never written (the end of a row that its width does not fill) must not be chance.
 void MakeBlack(AVFrame& frame) {
   for (AVBufferRef* const buffer : frame.buf) {
@@ -248,6 +253,10 @@ bool VideoStream::ReceivePackets(const Enqueue& enqueue) {
     if (result < 0) {
       Logger::Error("Failed to receive packet from encoder: " + ErrorText(result));
       return false;
+    }
+    // Players show the last picture for its duration, and leave it out when it has none.
+    if (packet_->duration == 0) {
+      packet_->duration = OneFrame(*context_);
     }
     av_packet_rescale_ts(packet_.get(), context_->time_base, stream_->time_base);
     packet_->stream_index = stream_->index;

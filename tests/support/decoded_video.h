@@ -1,0 +1,42 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "encoder/ffmpeg/ffmpeg_types.h"
+#include "support/pictures.h"
+
+namespace brisolte::testing {
+
+/// One picture of a file, with the time at which it is shown.
+struct DecodedFrame {
+  FramePtr frame;
+  double seconds = 0;
+
+  /// The colour at a place, in 8-bit steps whatever the depth.
+  Yuv At(int x, int y) const;
+};
+
+/// The video of a file, decoded whole.
+struct DecodedVideo {
+  std::string codec;
+  int width = 0;
+  int height = 0;
+  AVColorRange range = AVCOL_RANGE_UNSPECIFIED;
+  AVColorSpace space = AVCOL_SPC_UNSPECIFIED;
+  AVColorPrimaries primaries = AVCOL_PRI_UNSPECIFIED;
+  AVColorTransferCharacteristic transfer = AVCOL_TRC_UNSPECIFIED;
+  std::string handlerName;
+  std::string language;
+  unsigned streams = 0;
+  std::vector<double> packetSeconds;    ///< presentation times in the file's order
+  std::vector<double> keyFrameSeconds;  ///< those of them that start a decodable run
+  std::vector<DecodedFrame> frames;
+};
+
+/// Reads the only video stream of a file (UTF-8 path). Raises std::runtime_error saying what is wrong with
+/// the file.
+DecodedVideo ReadVideo(const std::string& path);
+
+}  // namespace brisolte::testing

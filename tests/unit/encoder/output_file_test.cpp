@@ -1,0 +1,279 @@
+#include "encoder/ffmpeg/output_file.h"
+
+#include <gmock/gmock.h>
+
+#include <filesystem>
+#include <fstream>
+
+#ifdef _WIN32
+#include <windows.h>
+#endif
+
+#include "common/text.h"
+#include "support/captured_log.h"
+#include "support/temporary_directory.h"
+
+namespace brisolte {
+namespace {
+
+using testing::CapturedLog;
+using ::testing::ElementsAre;
+using ::testing::HasSubstr;
+using ::testing::StartsWith;
+using testing::TemporaryDirectory;
+
+void WriteSomething(const std::string& path) {
+  std::ofstream(PathFromUtf8(path)) << "something";
+}
+bool Exists(const std::string& path) {
+  return std::filesystem::exists(PathFromUtf8(path));
+}
+
+/// The directory part as the log shows it.
+std::string Parent(const std::string& path) {
+  return path.substr(0, path.find_last_of("\\/"));
+}
+
+TEST(PrepareOutputFile, MakesAllMissingDirectories) {
+  const TemporaryDirectory directory;
+  const std::string path = directory / "a/b/c/file.mp4";
+  const CapturedLog log;
+  EXPECT_TRUE(PrepareOutputFile(path));
+  EXPECT_THAT(log.lines(), ElementsAre("[INFO] Creating output directory: " + Parent(path),
+                                       "[INFO] Output directory created successfully",
+                                       "[INFO] Existing output file removed"));
+  EXPECT_TRUE(Exists(directory / "a/b/c"));
+  EXPECT_FALSE(Exists(path));
+}
+
+TEST(PrepareOutputFile, RemovesWhatWasThere) {
+  const TemporaryDirectory directory;
+  const std::string path = directory / "file.mp4";
+  WriteSomething(path);
+  const CapturedLog log;
+  EXPECT_TRUE(PrepareOutputFile(path));
+  EXPECT_THAT(log.lines(),
+              ElementsAre("[INFO] Creating output directory: " + Parent(path),
+                          "[INFO] Output directory already exists", "[INFO] Existing output file removed"));
+  EXPECT_FALSE(Exists(path));
+}
+
+TEST(PrepareOutputFile, TakesTheDirectoryBeforeTheLastRunOfSeparators) {
+  const TemporaryDirectory directory;
+  const std::string base = directory / "dir";
+  const CapturedLog log;
+  EXPECT_TRUE(PrepareOutputFile(base + "///file.mp4"));
+  EXPECT_TRUE(log.has("[INFO] Creating output directory: " + base));
+}
+
+TEST(PrepareOutputFile, CountsBothSeparators) {
+  const TemporaryDirectory directory;
+  const std::string base = directory / "dir";
+  const CapturedLog log;
+  EXPECT_TRUE(PrepareOutputFile(base + "/\\file.mp4"));
+  EXPECT_TRUE(log.has("[INFO] Creating output directory: " + base));
+  EXPECT_TRUE(Exists(base));
+}
+
+TEST(PrepareOutputFile, WorksInAnyScript) {
+  const TemporaryDirectory directory;
+  const std::string path = directory / "\xC3\xBC\xE6\xBC\xA2/\xF0\x9F\x8E\xA5.mp4";
+  EXPECT_TRUE(PrepareOutputFile(path));
+  EXPECT_TRUE(Exists(Parent(path)));
+}
+
+TEST(PrepareOutputFile, FailsWhenADirectoryIsInItsPlace) {
+  const TemporaryDirectory directory;
+  const std::string path = directory / "file.mp4";
+  std::filesystem::create_directory(PathFromUtf8(path));
+  const CapturedLog log;
+  EXPECT_FALSE(PrepareOutputFile(path));
+  EXPECT_TRUE(log.has("[ERROR] Cannot write to output file: " + path));
+  EXPECT_TRUE(Exists(path));
+}
+
+TEST(PrepareOutputFile, FailsWhenTheDirectoryIsAFile) {
+  const TemporaryDirectory directory;
+  WriteSomething(directory / "file");
+  const std::string path = directory / "file/out.mp4";
+  const CapturedLog log;
+  EXPECT_FALSE(PrepareOutputFile(path));
+  EXPECT_TRUE(log.has("[INFO] Output directory already exists"));
+  EXPECT_EQ(log.count("[ERROR] Cannot write to output file: " + path), 1);
+}
+
+TEST(PrepareOutputFile, RaisesWhenADirectoryCannotBeMade) {
+  const TemporaryDirectory directory;
+  WriteSomething(directory / "file");
+  try {
+    PrepareOutputFile(directory / "file/below/out.mp4");
+    ADD_FAILURE() << "nothing raised";
+  } catch (const std::filesystem::filesystem_error& error) {
+    EXPECT_THAT(error.what(), HasSubstr("create_directories"));
+  }
+}
+
+TEST(PrepareOutputFile, FailsForAnEmptyPath) {
+  const CapturedLog log;
+  EXPECT_FALSE(PrepareOutputFile(""));
+  EXPECT_THAT(log.lines(), ElementsAre("[ERROR] Cannot write to output file: "));
+}
+
+#ifdef _WIN32
+
+TEST(PrepareOutputFile, FailsForAReadOnlyFile) {
+  const TemporaryDirectory directory;
+  const std::string path = directory / "file.mp4";
+  WriteSomething(path);
+  SetFileAttributesW(PathFromUtf8(path).c_str(), FILE_ATTRIBUTE_READONLY);
+  const CapturedLog log;
+  EXPECT_FALSE(PrepareOutputFile(path));
+  EXPECT_TRUE(log.has("[ERROR] Cannot write to output file: " + path));
+  SetFileAttributesW(PathFromUtf8(path).c_str(), FILE_ATTRIBUTE_NORMAL);
+}
+
+TEST(PrepareOutputFile, RaisesWhenTheFileCannotBeRemoved) {
+  const TemporaryDirectory directory;
+  const std::string path = directory / "file.mp4";
+  const std::unique_ptr<void, decltype(&CloseHandle)> held(
+      CreateFileW(PathFromUtf8(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
+                  CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr),
+      &CloseHandle);
+  ASSERT_NE(held.get(), INVALID_HANDLE_VALUE);
+  try {
+    PrepareOutputFile(path);
+    ADD_FAILURE() << "nothing raised";
+  } catch (const std::filesystem::filesystem_error& error) {
+    EXPECT_THAT(error.what(), HasSubstr("remove"));
+  }
+}
+
+TEST(PrepareOutputFile, FailsWhileAnotherHoldsTheFile) {
+  const TemporaryDirectory directory;
+  const std::string path = directory / "file.mp4";
+  const std::unique_ptr<void, decltype(&CloseHandle)> held(
+      CreateFileW(PathFromUtf8(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL,
+                  nullptr),
+      &CloseHandle);
+  ASSERT_NE(held.get(), INVALID_HANDLE_VALUE);
+  EXPECT_FALSE(PrepareOutputFile(path));
+}
+
+#endif
+
+TEST(CreateFormatContext, TakesTheContainerFromTheExtension) {
+  const TemporaryDirectory directory;
+  const std::string path = directory / "file.webm";
+  const CapturedLog log;
+  const FormatContextPtr format = CreateFormatContext(path);
+  ASSERT_NE(format, nullptr);
+  EXPECT_STREQ(format->oformat->name, "webm");
+  EXPECT_TRUE(Exists(path));
+  EXPECT_THAT(log.lines(), ElementsAre("[INFO] FFmpegEncoder: Creating format context, output file: " + path,
+                                       "[INFO] FFmpegEncoder: Format context created successfully"));
+}
+
+TEST(CreateFormatContext, FailsForAnUnknownExtension) {
+  const TemporaryDirectory directory;
+  const CapturedLog log;
+  EXPECT_EQ(CreateFormatContext(directory / "file.unknown"), nullptr);
+  EXPECT_EQ(log.lines().back(),
+            "[ERROR] FFmpegEncoder: Unable to create FFMPEG output context: " + ErrorText(AVERROR(EINVAL)));
+}
+
+TEST(CreateFormatContext, FailsWhereNoFileCanBe) {
+  const TemporaryDirectory directory;
+  const CapturedLog log;
+  EXPECT_EQ(CreateFormatContext(directory / "missing/file.mp4"), nullptr);
+  EXPECT_EQ(log.lines().back(),
+            "[ERROR] FFmpegEncoder: Unable to open output file: " + ErrorText(AVERROR(ENOENT)));
+}
+
+TEST(OutputFile, SaysWhatItHasBeenPreparedFor) {
+  const TemporaryDirectory directory;
+  const std::string path = directory / "file.mp4";
+  const CapturedLog log;
+  OutputFile file;
+  EXPECT_FALSE(file.initialized());
+  EXPECT_TRUE(file.Initialize(path));
+  EXPECT_TRUE(file.initialized());
+  EXPECT_EQ(log.lines().front(), "[INFO] FFmpegEncoder: Initialization with configuration: " + path);
+  EXPECT_EQ(log.lines().back(), "[INFO] FFmpegEncoder: Initialization successful");
+}
+
+TEST(OutputFile, ReportsAnUnwritableTargetTwice) {
+  const TemporaryDirectory directory;
+  const std::string path = directory / "file.mp4";
+  std::filesystem::create_directory(PathFromUtf8(path));
+  const CapturedLog log;
+  OutputFile file;
+  EXPECT_FALSE(file.Initialize(path));
+  EXPECT_FALSE(file.initialized());
+  EXPECT_EQ(log.count("[ERROR] Cannot write to output file: " + path), 2);
+}
+
+TEST(OutputFile, ReportsAMissingContainer) {
+  const TemporaryDirectory directory;
+  const CapturedLog log;
+  OutputFile file;
+  EXPECT_FALSE(file.Initialize(directory / "file.unknown"));
+  EXPECT_EQ(log.lines().back(), "[ERROR] FFmpegEncoder: Failed to create format context");
+}
+
+TEST(OutputFile, RefusesEverythingWithoutAContext) {
+  const CapturedLog log;
+  OutputFile file;
+  EXPECT_EQ(file.AddStream(), nullptr);
+  EXPECT_FALSE(file.WriteHeader());
+  EXPECT_FALSE(file.Finalize());
+  const PacketPtr packet(av_packet_alloc());
+  EXPECT_LT(file.WritePacket(*packet), 0);
+  file.Close();
+  EXPECT_THAT(log.lines(),
+              ElementsAre("[ERROR] FFmpegEncoder: Format context is null, cannot write file header",
+                          "[ERROR] FFmpegEncoder: Not initialized or format context is null"));
+}
+
+TEST(OutputFile, TriesOneHeaderAndWritesNothingWithoutIt) {
+  const TemporaryDirectory directory;
+  OutputFile file;
+  ASSERT_TRUE(file.Initialize(directory / "file.mp4"));
+  const CapturedLog log;
+  EXPECT_FALSE(file.WriteHeader());
+  const PacketPtr packet(av_packet_alloc());
+  EXPECT_LT(file.WritePacket(*packet), 0);
+  EXPECT_EQ(file.AddStream(), nullptr);
+  EXPECT_FALSE(file.WriteHeader());
+  EXPECT_FALSE(file.Finalize());
+  EXPECT_FALSE(file.Finalize());
+  const std::string headerError =
+      "[ERROR] FFmpegEncoder: Failed to write file header: " + ErrorText(AVERROR(EINVAL));
+  EXPECT_THAT(log.lines(),
+              ElementsAre("[INFO] FFmpegEncoder: Writing file header with 0 streams", headerError,
+                          "[INFO] FFmpegEncoder: Writing file header with 0 streams", headerError,
+                          "[ERROR] FFmpegEncoder: Failed to write trailer!!!!!",
+                          "[ERROR] FFmpegEncoder: Failed to write trailer!!!!!"));
+}
+
+TEST(OutputFile, NamesTheKindsOfItsStreams) {
+  const TemporaryDirectory directory;
+  OutputFile file;
+  ASSERT_TRUE(file.Initialize(directory / "file.mp4"));
+  AVStream* const video = file.AddStream();
+  video->codecpar->codec_type = AVMEDIA_TYPE_VIDEO;
+  video->codecpar->codec_id = AV_CODEC_ID_H264;
+  AVStream* const audio = file.AddStream();
+  audio->codecpar->codec_type = AVMEDIA_TYPE_AUDIO;
+  audio->codecpar->codec_id = AV_CODEC_ID_MP3;
+  ASSERT_NE(file.AddStream(), nullptr);
+  const CapturedLog log;
+  EXPECT_FALSE(file.WriteHeader());
+  EXPECT_TRUE(log.has("[INFO] FFmpegEncoder: Writing file header with 3 streams"));
+  EXPECT_TRUE(log.has("[INFO] FFmpegEncoder: Stream #0 is video codec_id: 27"));
+  EXPECT_TRUE(log.has("[INFO] FFmpegEncoder: Stream #1 is audio codec_id: 86017"));
+  EXPECT_TRUE(log.has("[INFO] FFmpegEncoder: Stream #2 is unknown codec_id: 0"));
+  EXPECT_THAT(log.lines().back(), StartsWith("[ERROR] FFmpegEncoder: Failed to write file header: "));
+}
+
+}  // namespace
+}  // namespace brisolte

@@ -1,0 +1,179 @@
+#include <gmock/gmock.h>
+
+#include <cmath>
+#include <ostream>
+#include <string>
+#include <vector>
+
+#include "encoder/ffmpeg/ffmpeg_encoder.h"
+#include "support/captured_log.h"
+#include "support/decoded_video.h"
+#include "support/pictures.h"
+#include "support/temporary_directory.h"
+
+namespace brisolte {
+namespace {
+
+using testing::CapturedLog;
+using testing::ColourRule;
+using testing::DecodedVideo;
+using testing::FourColours;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using testing::Picture;
+using testing::ReadVideo;
+using testing::Rgb;
+using ::testing::SizeIs;
+using testing::TemporaryDirectory;
+
+/// One encoder with the container it is recorded into.
+struct Case {
+  const char* encoder;
+  const char* extension;
+  const char* codec;
+  Picture::Layout layout;
+  ColourRule rule;
+};
+
+std::ostream& operator<<(std::ostream& stream, const Case& value) {
+  return stream << value.encoder;
+}
+
+const Case kCases[] = {
+    {"libx264", "mp4", "h264", Picture::Layout::kNv12, ColourRule::kBt709Limited},
+    {"libx265", "mp4", "hevc", Picture::Layout::kNv12, ColourRule::kBt709Limited},
+    {"mpeg4", "mp4", "mpeg4", Picture::Layout::kNv12, ColourRule::kBt709Limited},
+    {"libvpx", "webm", "vp8", Picture::Layout::kNv12, ColourRule::kBt709Limited},
+    {"libvpx-vp9", "webm", "vp9", Picture::Layout::kNv12, ColourRule::kBt709Limited},
+    {"prores_ks", "mov", "prores", Picture::Layout::kBgra, ColourRule::kBt709Limited},
+    {"prores", "mov", "prores", Picture::Layout::kBgra, ColourRule::kBt709Limited},
+    {"mjpeg", "avi", "mjpeg", Picture::Layout::kBgra, ColourRule::kBt601Full},
+};
+
+class Recording : public ::testing::TestWithParam<Case> {
+ protected:
+  CaptureSettings Settings() const {
+    CaptureSettings settings;
+    settings.encoderName = GetParam().encoder;
+    settings.outputFilePath = directory_ / (std::string("recording.") + GetParam().extension);
+    return settings;
+  }
+
+  DecodedVideo Read() const { return ReadVideo(Settings().outputFilePath); }
+
+  /// Records pictures that `paint` gives for each number, 30 a second.
+  template <typename Paint>
+  DecodedVideo Record(std::uint32_t width, std::uint32_t height, int frames, Paint paint) {
+    FFmpegEncoder encoder(Settings());
+    EXPECT_TRUE(encoder.InitializeVideoEncoder(width, height, nullptr));
+    EXPECT_EQ(encoder.GetPixelFormat(), GetParam().layout == Picture::Layout::kNv12);
+    EXPECT_TRUE(encoder.Start());
+    for (int i = 0; i < frames; ++i) {
+      const Picture picture = paint(i);
+      encoder.ProcessFrameAsync(picture.Frame(i * 1000 / 30));
+    }
+    EXPECT_TRUE(encoder.Stop());
+    return Read();
+  }
+
+  TemporaryDirectory directory_;
+};
+
+void ExpectColour(const testing::DecodedFrame& frame, int x, int y, const Rgb& expected, ColourRule rule) {
+  const Rgb seen = testing::ToRgb(frame.At(x, y), rule);
+  EXPECT_NEAR(seen.red, expected.red, 12) << "at " << x << "," << y;
+  EXPECT_NEAR(seen.green, expected.green, 12) << "at " << x << "," << y;
+  EXPECT_NEAR(seen.blue, expected.blue, 12) << "at " << x << "," << y;
+}
+
+void ExpectFourColours(const DecodedVideo& video, ColourRule rule) {
+  for (const auto& frame : video.frames) {
+    ExpectColour(frame, video.width / 8, video.height / 8, testing::kFourColours[0], rule);
+    ExpectColour(frame, video.width * 7 / 8, video.height / 8, testing::kFourColours[1], rule);
+    ExpectColour(frame, video.width / 8, video.height * 7 / 8, testing::kFourColours[2], rule);
+    ExpectColour(frame, video.width * 7 / 8, video.height * 7 / 8, testing::kFourColours[3], rule);
+    ExpectColour(frame, video.width - 1, video.height - 1, testing::kFourColours[3], rule);
+  }
+}
+
+/// What the file tells players about its colours.
+void ExpectLabels(const DecodedVideo& video, ColourRule rule) {
+  if (rule == ColourRule::kBt601Full) {
+    EXPECT_EQ(video.range, AVCOL_RANGE_JPEG);
+    return;
+  }
+  // QuickTime files have no place for the range; what it is there is this one.
+  EXPECT_NE(video.range, AVCOL_RANGE_JPEG);
+  EXPECT_EQ(video.space, AVCOL_SPC_BT709);
+  EXPECT_EQ(video.primaries, AVCOL_PRI_BT709);
+  EXPECT_EQ(video.transfer, AVCOL_TRC_BT709);
+}
+
+void ExpectRising(const std::vector<double>& seconds) {
+  for (std::size_t i = 1; i < seconds.size(); ++i) {
+    EXPECT_GT(seconds[i], seconds[i - 1]);
+  }
+}
+
+TEST_P(Recording, ShowsTheColoursAndEveryFrame) {
+  const CapturedLog log;
+  const DecodedVideo video =
+      Record(160, 120, 5, [](int) { return FourColours(GetParam().layout, 160, 120); });
+  EXPECT_EQ(video.codec, GetParam().codec);
+  EXPECT_EQ(video.streams, 1U);
+  EXPECT_EQ(video.width, 160);
+  EXPECT_EQ(video.height, 120);
+  EXPECT_THAT(video.frames, SizeIs(5));
+  ExpectFourColours(video, GetParam().rule);
+  ExpectLabels(video, GetParam().rule);
+  EXPECT_THAT(log.text(), Not(HasSubstr("[ERROR]")));
+  EXPECT_THAT(log.text(), Not(HasSubstr("write frame:")));
+}
+
+TEST_P(Recording, LosesTheLastRowOfAnOddHeight) {
+  const CapturedLog log;
+  const DecodedVideo video =
+      Record(160, 121, 3, [](int) { return FourColours(GetParam().layout, 160, 121); });
+  EXPECT_TRUE(log.has("[INFO] FFmpegEncoder: Adjusting video height to even: 121 -> 120"));
+  EXPECT_EQ(video.width, 160);
+  EXPECT_EQ(video.height, 120);
+  EXPECT_THAT(video.frames, SizeIs(3));
+  ExpectFourColours(video, GetParam().rule);
+}
+
+TEST_P(Recording, HasRisingTimesAndAKeyFrameEachSecond) {
+  const DecodedVideo video = Record(64, 48, 70, [](int i) {
+    return Picture(GetParam().layout, 64, 48, {20.0 + 3 * i, 20.0 + 3 * i, 20.0 + 3 * i});
+  });
+  ASSERT_THAT(video.frames, SizeIs(70));
+  ASSERT_THAT(video.packetSeconds, SizeIs(70));
+  ExpectRising(video.packetSeconds);
+  EXPECT_NEAR(video.packetSeconds.back() - video.packetSeconds.front(), 69.0 / 30, 0.05);
+  ASSERT_FALSE(video.keyFrameSeconds.empty());
+  EXPECT_NEAR(video.keyFrameSeconds.front(), 0, 0.001);
+  for (std::size_t i = 1; i < video.keyFrameSeconds.size(); ++i) {
+    EXPECT_LE(video.keyFrameSeconds[i] - video.keyFrameSeconds[i - 1], 1.01);
+  }
+  EXPECT_LE(video.packetSeconds.back() - video.keyFrameSeconds.back(), 1.01);
+}
+
+// Each picture's grey tells its number, so that one shown for another would be seen.
+TEST_P(Recording, ShowsEachPictureAtItsPlace) {
+  const auto grey = [](int i) { return 30.0 + (i * 7 % 10) * 20; };
+  const DecodedVideo video = Record(
+      64, 48, 40, [&](int i) { return Picture(GetParam().layout, 64, 48, {grey(i), grey(i), grey(i)}); });
+  ASSERT_THAT(video.frames, SizeIs(40));
+  for (int i = 0; i < 40; ++i) {
+    ExpectColour(video.frames[static_cast<std::size_t>(i)], 32, 24, {grey(i), grey(i), grey(i)},
+                 GetParam().rule);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Encoders, Recording, ::testing::ValuesIn(kCases), [](const auto& instance) {
+  std::string name = instance.param.encoder;
+  std::erase_if(name, [](char c) { return c == '-' || c == '_'; });
+  return name;
+});
+
+}  // namespace
+}  // namespace brisolte
