@@ -1,0 +1,114 @@
+#pragma once
+
+#include <cstdint>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "desktop/monitors.h"
+#include "encoder/video_frame.h"
+#include "video/capture_geometry.h"
+#include "video/frame_pacer.h"
+#include "video/pixel_format.h"
+
+struct ID3D11Device;
+
+namespace brisolte {
+
+/// How a Direct3D device is made; numbers as the graphics system has them.
+enum class DriverType : std::int32_t { kHardware = 1, kReference = 2, kWarp = 5 };
+
+/// A frame taken out of the pool. Destroying it gives its buffer back and ends the mapping of its converted
+/// pixels.
+class CapturedFrame {
+ public:
+  CapturedFrame() = default;
+  CapturedFrame(const CapturedFrame&) = delete;
+  CapturedFrame& operator=(const CapturedFrame&) = delete;
+  virtual ~CapturedFrame() = default;
+
+  /// When the service composed it, in units of 100 nanoseconds. Raises HResultError.
+  virtual std::int64_t SystemRelativeTime() = 0;
+
+  /// Converts it for the encoder. False when it cannot, with an ERROR line and `frame` empty. What `frame`
+  /// refers to is valid as long as this object lives, also after `Close`.
+  virtual bool SurfaceFromFrame(VideoFrame& frame, const FrameTiming& timing) = 0;
+
+  /// Gives its buffer back to the pool at once. Raises HResultError.
+  virtual void Close() = 0;
+};
+
+/// What the video capture needs of the system, step by step: one object serves one capture and holds what the
+/// steps make. It gives everything back when destroyed, after any step; frames are destroyed before it.
+///
+/// Results are HRESULTs where the caller tells failures apart by them. "Raises" means HResultError. All
+/// operations are called on the controller's thread, except `TryGetNextFrame` and the frames', which are
+/// called inside the handler.
+class CapturePlatform {
+ public:
+  /// Called for every frame that arrives, on any thread, perhaps on several at once. Does not throw; returns
+  /// an HRESULT.
+  using FrameArrivedHandler = std::function<std::int32_t()>;
+
+  CapturePlatform() = default;
+  CapturePlatform(const CapturePlatform&) = delete;
+  CapturePlatform& operator=(const CapturePlatform&) = delete;
+  virtual ~CapturePlatform() = default;
+
+  /// Makes the Direct3D device and its immediate context. On success tells the feature level obtained.
+  virtual std::int32_t CreateDevice(DriverType type, std::int32_t& featureLevel) = 0;
+  virtual std::int32_t QueryVideoDevice() = 0;
+  virtual std::int32_t QueryVideoContext() = 0;
+  /// Borrowed; null before `CreateDevice`.
+  virtual ID3D11Device* Device() = 0;
+
+  /// Wraps the device for the capture service; false when no wrapper results. Raises std::runtime_error when
+  /// the device has no DXGI side.
+  virtual bool WrapDevice() = 0;
+  virtual bool ObtainItemInterop() = 0;
+  /// What tells the wrapped device from others, for the log.
+  virtual std::string DeviceIdentifier() = 0;
+  virtual bool HasWrappedDevice() const = 0;
+  virtual void ReleaseWrappedDevice() = 0;
+
+  virtual std::vector<MonitorEntry> Monitors() = 0;
+  /// The monitor nearest to a point of the desktop; 0 when there is none.
+  virtual std::int64_t MonitorFromPoint(PixelPoint point) = 0;
+
+  virtual bool IsWindow(std::int64_t window) = 0;
+  virtual bool IsWindowVisible(std::int64_t window) = 0;
+  virtual bool IsIconic(std::int64_t window) = 0;
+  virtual void RestoreWindow(std::int64_t window) = 0;
+  virtual void BringWindowToTop(std::int64_t window) = 0;
+  virtual void UpdateWindow(std::int64_t window) = 0;
+  virtual void Sleep(std::int32_t milliseconds) = 0;
+
+  virtual std::int32_t CreateItemForMonitor(std::int64_t monitor) = 0;
+  virtual std::int32_t CreateItemForWindow(std::int64_t window) = 0;
+  virtual bool HasItem() const = 0;
+  /// Raises.
+  virtual PixelSize ItemSize() = 0;
+  virtual void ReleaseItem() = 0;
+
+  /// False when no pool results. Raises when the service has no pools to give.
+  virtual bool CreateFramePool(PixelSize size, std::int32_t buffers) = 0;
+  /// Raises. The handler is kept until this object is destroyed, or longer by a call that is under way.
+  virtual void SubscribeFrameArrived(FrameArrivedHandler handler) = 0;
+  virtual std::int32_t CreateSession() = 0;
+  virtual bool HasSession() const = 0;
+
+  virtual std::int32_t CreateVideoProcessorEnumerator(const CaptureGeometry& geometry) = 0;
+  virtual std::int32_t CreateVideoProcessor() = 0;
+  /// What frames are converted to; told once, before frames arrive.
+  virtual void SetOutputFormat(DxgiFormat format) = 0;
+
+  /// Raises.
+  virtual void StartCapture() = 0;
+  /// Ends delivery and releases the session. Raises.
+  virtual void CloseSession() = 0;
+  /// Null when there is none. Raises.
+  virtual std::unique_ptr<CapturedFrame> TryGetNextFrame() = 0;
+};
+
+}  // namespace brisolte

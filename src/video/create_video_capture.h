@@ -1,0 +1,17 @@
+#pragma once
+
+#include <memory>
+
+#include "capture/capture_settings.h"
+#include "encoder/capture_source.h"
+#include "encoder/encoder.h"
+
+namespace brisolte {
+
+/// Prepares to record the screen, window or region of `settings` into `encoder`, whose video stream it
+/// creates. The encoder is borrowed until the result is destroyed or `DetachEncoder` is called. A step that
+/// fails is logged and leaves the result not initialized; platform failures without an answer of their own
+/// raise HResultError. Windows only.
+std::unique_ptr<CaptureSource> CreateVideoCapture(const CaptureSettings& settings, Encoder& encoder);
+
+}  // namespace brisolte

@@ -1,0 +1,180 @@
+#include <array>
+#include <exception>
+#include <string>
+
+#include "common/logger.h"
+#include "common/text.h"
+#include "video/capture_target.h"
+#include "video/video_capture.h"
+
+namespace brisolte {
+namespace {
+
+constexpr std::int32_t kPoolBuffers = 2;
+
+/// Reports a failing HRESULT; true when it is none.
+bool Check(std::int32_t result, const std::string& failure) {
+  if (result < 0) {
+    Logger::Error(failure + HResultText(result));
+    return false;
+  }
+  return true;
+}
+
+std::string SizeText(PixelSize size) {
+  return std::to_string(size.width) + "x" + std::to_string(size.height);
+}
+
+}  // namespace
+
+bool VideoCapture::RunConstructionSteps() {
+  struct Step {
+    bool (VideoCapture::*run)();
+    const char* failure;
+  };
+  constexpr std::array kSteps{
+      Step{&VideoCapture::InitializeCaptureConfig, "VideoCapture: InitializeCaptureConfig failed"},
+      Step{&VideoCapture::InitializeD3D11, "VideoCapture: InitializeD3D11 failed"},
+      Step{&VideoCapture::InitializeWGCDevice, "VideoCapture: InitializeWGCDevice failed"},
+      Step{&VideoCapture::CreateCaptureItem, "VideoCapture: CreateCaptureItem failed"},
+      Step{&VideoCapture::CreateFramePool, "VideoCapture: CreateFramePool failed"},
+      Step{&VideoCapture::ConfigureVideoStream, "VideoCapture: ConfigureVideoStream failed"},
+  };
+  for (const Step& step : kSteps) {
+    if (!(this->*step.run)()) {
+      Logger::Error(step.failure);
+      return false;
+    }
+  }
+  return true;
+}
+
+bool VideoCapture::InitializeCaptureConfig() {
+  if (settings_.frameRate <= 0) {
+    Logger::Error("Invalid frame rate");
+    return false;
+  }
+  if (settings_.bitrate <= 0) {
+    Logger::Error("Invalid bitrate");
+    return false;
+  }
+  return true;
+}
+
+bool VideoCapture::InitializeD3D11() {
+  return CreateAnyDevice() && Check(platform_->QueryVideoDevice(), "Failed to get video device: ") &&
+         Check(platform_->QueryVideoContext(), "Failed to get video context: ");
+}
+
+bool VideoCapture::CreateAnyDevice() {
+  for (const DriverType type : {DriverType::kHardware, DriverType::kWarp, DriverType::kReference}) {
+    const std::string number = std::to_string(static_cast<std::int32_t>(type));
+    Logger::Info("Attempting to create D3D11 device with driver type: " + number);
+    std::int32_t featureLevel = 0;
+    if (Check(platform_->CreateDevice(type, featureLevel),
+              "Failed to create D3D11 device with driver type " + number + ": ")) {
+      Logger::Info("D3D11 device created successfully with driver type: " + number +
+                   " and feature level: " + std::to_string(featureLevel));
+      return true;
+    }
+  }
+  Logger::Error("Failed to create D3D11 device with any driver type");
+  return false;
+}
+
+bool VideoCapture::InitializeWGCDevice() {
+  try {
+    if (!platform_->WrapDevice()) {
+      Logger::Error("Failed to create WinRT Direct3D device");
+      return false;
+    }
+  } catch (const std::exception& error) {
+    Logger::Error(std::string("Exception in InitializeWGCDevice: ") + error.what());
+    return false;
+  }
+  if (!platform_->ObtainItemInterop()) {
+    Logger::Error("Failed to get GraphicsCaptureItemInterop interface");
+    return false;
+  }
+  Logger::Info("Successfully created WinRT Direct3D device (ID: " + platform_->DeviceIdentifier() + ")");
+  return true;
+}
+
+bool VideoCapture::CreateCaptureItem() {
+  const auto target = CreateTargetItem(*platform_, settings_);
+  if (!target) {
+    return false;
+  }
+  if (!platform_->HasItem()) {
+    Logger::Error("Capture item is null after creation");
+    return false;
+  }
+  const PixelSize item = platform_->ItemSize();
+  const GeometryResult result = ShowsRegion(settings_)
+                                    ? RegionGeometry(item, target->monitor, settings_.region)
+                                    : WholeItemGeometry(item);
+  if (!result.error.empty()) {
+    Logger::Error(result.error);
+    return false;
+  }
+  geometry_ = result.geometry;
+  Logger::Info("Capture dimensions set to: " + SizeText(geometry_.frame));
+  return true;
+}
+
+bool VideoCapture::CreateFramePool() {
+  if (!platform_->HasWrappedDevice()) {
+    Logger::Error("WinRT Direct3D device is null");
+    return false;
+  }
+  if (!platform_->HasItem()) {
+    Logger::Error("Capture item is null after creating frame pool");
+    return false;
+  }
+  Logger::Info("Creating frame pool with resolution: " + SizeText(geometry_.pool) + "pool size:" +
+               std::to_string(kPoolBuffers) + ", frame rate: " + std::to_string(settings_.frameRate));
+  if (!platform_->CreateFramePool(geometry_.pool, kPoolBuffers)) {
+    Logger::Error("Failed to create frame pool object");
+    return false;
+  }
+  platform_->SubscribeFrameArrived([gate = keeper_.gate()] {
+    std::int32_t result = 0;
+    gate->Through([&](VideoCapture& self) { result = self.HandleFrameArrived(); });
+    return result;
+  });
+  if (!CreateSession() || !CreateConversion()) {
+    return false;
+  }
+  Logger::Info("Frame pool and capture session initialized successfully");
+  return true;
+}
+
+bool VideoCapture::CreateSession() {
+  if (platform_->CreateSession() < 0) {
+    Logger::Error("Failed to create videoCapture from frame pool");
+    return false;
+  }
+  if (!platform_->HasSession()) {
+    Logger::Error("Frame pool is null after creating capture session");
+    return false;
+  }
+  return true;
+}
+
+bool VideoCapture::CreateConversion() {
+  return Check(platform_->CreateVideoProcessorEnumerator(geometry_),
+               "Failed to create video processor enumerator: ") &&
+         Check(platform_->CreateVideoProcessor(), "Failed to create video processor: ");
+}
+
+bool VideoCapture::ConfigureVideoStream() {
+  const auto width = static_cast<std::uint32_t>(geometry_.frame.width);
+  const auto height = static_cast<std::uint32_t>(geometry_.frame.height);
+  if (!encoder_->InitializeVideoEncoder(width, height, platform_->Device())) {
+    return false;
+  }
+  platform_->SetOutputFormat(ConvertFFmpegPixelFormatToDXGI(encoder_->GetPixelFormat() ? 1 : 0));
+  return true;
+}
+
+}  // namespace brisolte

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <gmock/gmock.h>
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "fake_encoder.h"
+#include "fake_system.h"
+#include "support/captured_log.h"
+#include "video/video_capture.h"
+
+namespace brisolte::testing {
+
+/// A capture on a system of fakes.
+class VideoCaptureTest : public ::testing::Test {
+ protected:
+  VideoCaptureTest() { Logger::SetLevel(LogLevel::kFatal); }
+  ~VideoCaptureTest() override { Logger::SetLevel(levelBefore_); }
+
+  std::unique_ptr<VideoCapture> Construct() {
+    return std::make_unique<VideoCapture>(settings, encoder, std::make_unique<FakeCapturePlatform>(system));
+  }
+
+  std::unique_ptr<VideoCapture> Running() {
+    auto capture = Construct();
+    EXPECT_TRUE(capture->initialized());
+    EXPECT_TRUE(capture->Start());
+    system->journal.Clear();
+    return capture;
+  }
+
+  /// The lines of a construction that must fail.
+  std::vector<std::string> FailedLines() {
+    const CapturedLog log(LogLevel::kWarn);
+    EXPECT_FALSE(Construct()->initialized());
+    return log.lines();
+  }
+
+  std::vector<std::string> calls() const { return system->journal.entries(); }
+
+  CaptureSettings settings;
+  std::shared_ptr<FakeSystem> system = std::make_shared<FakeSystem>();
+  FakeEncoder encoder{system->journal};
+
+ private:
+  LogLevel levelBefore_ = Logger::Level();
+};
+
+/// The text of the failure that fakes answer with.
+inline std::string FailureText() {
+  return HResultText(kFailure);
+}
+
+}  // namespace brisolte::testing

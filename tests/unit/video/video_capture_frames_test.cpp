@@ -1,0 +1,181 @@
+#include "fixture.h"
+
+namespace brisolte::testing {
+namespace {
+
+using ::testing::Contains;
+using ::testing::ElementsAre;
+using ::testing::IsEmpty;
+using ::testing::Not;
+using ::testing::StartsWith;
+
+using VideoCaptureFrames = VideoCaptureTest;
+
+TEST_F(VideoCaptureFrames, AreConvertedClosedEncodedAndReleased) {
+  const auto capture = Running();
+  system->ArriveAtMs(5000);
+  EXPECT_THAT(calls(), ElementsAre("convert 0 0", "close frame", "encode 0 0", "release frame"));
+  EXPECT_THAT(encoder.firstBytes, ElementsAre(7));
+}
+
+TEST_F(VideoCaptureFrames, AreTimedInWholeMilliseconds) {
+  const auto capture = Running();
+  const CapturedLog log(LogLevel::kInfo);
+  system->Arrive(50'009'999);
+  system->Arrive(50'500'000);
+  EXPECT_THAT(log.lines(), ElementsAre("[INFO] First Video frame arrived at: 5000"));
+  EXPECT_THAT(calls(), Contains("encode 50 50"));
+}
+
+TEST_F(VideoCaptureFrames, ThatComeTooEarlyAreReleasedUnclosed) {
+  const auto capture = Running();
+  system->ArriveAtMs(5000);
+  system->journal.Clear();
+  system->ArriveAtMs(5010);
+  EXPECT_THAT(calls(), ElementsAre("release frame"));
+}
+
+TEST_F(VideoCaptureFrames, ThatCannotBeConvertedAreClosedAndSkipped) {
+  const auto capture = Running();
+  system->converts = false;
+  system->ArriveAtMs(5000);
+  EXPECT_THAT(calls(), ElementsAre("convert 0 0", "close frame", "release frame"));
+  system->converts = true;
+  system->ArriveAtMs(5040);
+  EXPECT_THAT(calls(), Contains("encode 40 40"));
+}
+
+TEST_F(VideoCaptureFrames, MayBeMissing) {
+  const auto capture = Running();
+  const CapturedLog log;
+  EXPECT_EQ(system->handler(), 0);
+  EXPECT_THAT(log.lines(), ElementsAre("[WARNING] No frame available"));
+}
+
+TEST_F(VideoCaptureFrames, AreNotTakenBeforeTheStart) {
+  const auto capture = Construct();
+  system->journal.Clear();
+  const CapturedLog log;
+  EXPECT_EQ(system->ArriveAtMs(5000), 0);
+  EXPECT_THAT(calls(), IsEmpty());
+  EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(VideoCaptureFrames, FailWithTheHResultOfTheService) {
+  for (const char* call : {"TryGetNextFrame", "SystemRelativeTime", "CloseFrame"}) {
+    const auto capture = Running();
+    system->raised = {{call, kFailure}};
+    const CapturedLog log;
+    EXPECT_EQ(system->ArriveAtMs(5000), kFailure) << call;
+    EXPECT_THAT(log.text(), ::testing::HasSubstr("[ERROR] Exception in OnFrameArrived: HRESULT: 0x80004005"));
+    EXPECT_EQ(system->openFrames, 0);
+    system->raised.clear();
+    system->frames.clear();
+    system->ArriveAtMs(5040);
+    EXPECT_THAT(calls(), Contains(StartsWith("encode"))) << call;
+  }
+}
+
+TEST_F(VideoCaptureFrames, FailWithoutAnExceptionWhenTheEncoderThrows) {
+  const auto capture = Running();
+  encoder.throwsOnFrame = true;
+  const CapturedLog log(LogLevel::kWarn);
+  EXPECT_EQ(system->ArriveAtMs(5000), kFailure);
+  EXPECT_THAT(log.lines(), ElementsAre("[ERROR] Exception in OnFrameArrived: encoder broke"));
+  EXPECT_EQ(system->openFrames, 0);
+}
+
+TEST_F(VideoCaptureFrames, StopWithTheEncoderDetached) {
+  const auto capture = Running();
+  system->ArriveAtMs(5000);
+  capture->DetachEncoder();
+  system->journal.Clear();
+  system->ArriveAtMs(5040);
+  EXPECT_THAT(calls(), IsEmpty());
+  capture->Stop();
+  EXPECT_THAT(calls(), Contains("CloseSession"));
+}
+
+using VideoCaptureLifecycle = VideoCaptureTest;
+
+TEST_F(VideoCaptureLifecycle, StartsTheSession) {
+  const auto capture = Construct();
+  system->journal.Clear();
+  const CapturedLog log;
+  EXPECT_TRUE(capture->Start());
+  EXPECT_THAT(calls(), ElementsAre("StartCapture"));
+  EXPECT_THAT(log.lines(), ElementsAre("[INFO] +++++++ Starting videoCapture +++++++"));
+}
+
+TEST_F(VideoCaptureLifecycle, DoesNotStartTwice) {
+  const auto capture = Running();
+  const CapturedLog log;
+  EXPECT_FALSE(capture->Start());
+  EXPECT_THAT(calls(), IsEmpty());
+  EXPECT_THAT(log.lines(), ElementsAre("[ERROR] Capture session is already running"));
+}
+
+TEST_F(VideoCaptureLifecycle, RaisesAStartThatFails) {
+  system->raised = {{"StartCapture", kFailure}};
+  auto capture = Construct();
+  EXPECT_THROW(capture->Start(), HResultError);
+  capture.reset();
+  EXPECT_THAT(calls(), Contains("CloseSession"));
+}
+
+TEST_F(VideoCaptureLifecycle, StopsAndCounts) {
+  const auto capture = Construct();
+  system->ArriveAtMs(4000);
+  system->frames.clear();
+  capture->Start();
+  system->ArriveAtMs(5000);
+  system->ArriveAtMs(5001);
+  system->ArriveAtMs(5040);
+  system->journal.Clear();
+  const CapturedLog log;
+  capture->Stop();
+  EXPECT_THAT(calls(), ElementsAre("CloseSession", "ReleaseItem", "ReleaseWrappedDevice"));
+  EXPECT_THAT(log.lines(),
+              ElementsAre("[INFO] Video Capture stopped,trigger count 3 , total frames processed: 2"));
+}
+
+TEST_F(VideoCaptureLifecycle, TakesNoFrameAfterTheStop) {
+  const auto capture = Running();
+  capture->Stop();
+  system->journal.Clear();
+  system->ArriveAtMs(5000);
+  EXPECT_THAT(calls(), IsEmpty());
+}
+
+TEST_F(VideoCaptureLifecycle, StopsOnce) {
+  const auto capture = Construct();
+  const CapturedLog log;
+  capture->Stop();
+  EXPECT_THAT(log.lines(), ElementsAre("[INFO] Capture session is not running"));
+  capture->Start();
+  capture->Stop();
+  system->journal.Clear();
+  capture->Stop();
+  EXPECT_THAT(calls(), IsEmpty());
+  EXPECT_EQ(log.count("[INFO] Capture session is not running"), 2);
+}
+
+TEST_F(VideoCaptureLifecycle, RaisesAStopThatFailsButNotFromItsDestructor) {
+  system->raised = {{"CloseSession", kFailure}};
+  EXPECT_THROW(Running()->Stop(), HResultError);
+  const CapturedLog log;
+  Running().reset();
+  EXPECT_THAT(log.text(), ::testing::HasSubstr("[ERROR] Exception in ~VideoCapture: HRESULT: 0x80004005"));
+  EXPECT_EQ(calls().back(), "platform gone");
+}
+
+TEST_F(VideoCaptureLifecycle, StopsWhenDestroyedAndTakesNoCallAfterwards) {
+  Running().reset();
+  EXPECT_THAT(calls(), ElementsAre("CloseSession", "ReleaseItem", "ReleaseWrappedDevice", "platform gone"));
+  system->journal.Clear();
+  EXPECT_EQ(system->ArriveAtMs(5000), 0);
+  EXPECT_THAT(calls(), IsEmpty());
+}
+
+}  // namespace
+}  // namespace brisolte::testing
