@@ -98,7 +98,8 @@ class CapturePlatform {
   virtual std::int32_t CreateSession() = 0;
   virtual bool HasSession() const = 0;
 
-  virtual std::int32_t CreateVideoProcessorEnumerator(const CaptureGeometry& geometry) = 0;
+  virtual std::int32_t CreateVideoProcessorEnumerator(const CaptureGeometry& geometry,
+                                                      std::int32_t frameRate) = 0;
   virtual std::int32_t CreateVideoProcessor() = 0;
   /// What frames are converted to; told once, before frames arrive.
   virtual void SetOutputFormat(DxgiFormat format) = 0;

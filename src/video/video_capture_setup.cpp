@@ -162,7 +162,7 @@ bool VideoCapture::CreateSession() {
 }
 
 bool VideoCapture::CreateConversion() {
-  return Check(platform_->CreateVideoProcessorEnumerator(geometry_),
+  return Check(platform_->CreateVideoProcessorEnumerator(geometry_, settings_.frameRate),
                "Failed to create video processor enumerator: ") &&
          Check(platform_->CreateVideoProcessor(), "Failed to create video processor: ");
 }

@@ -215,9 +215,11 @@ class FakeCapturePlatform : public CapturePlatform {
   }
   bool HasSession() const override { return session_; }
 
-  std::int32_t CreateVideoProcessorEnumerator(const CaptureGeometry& geometry) override {
+  std::int32_t CreateVideoProcessorEnumerator(const CaptureGeometry& geometry,
+                                              std::int32_t frameRate) override {
     system_->journal.Note("frame begins at " + std::to_string(geometry.origin.x) + "," +
                           std::to_string(geometry.origin.y));
+    system_->journal.Note("frame rate " + std::to_string(frameRate));
     return system_->Answer("CreateVideoProcessorEnumerator");
   }
   std::int32_t CreateVideoProcessor() override { return system_->Answer("CreateVideoProcessor"); }

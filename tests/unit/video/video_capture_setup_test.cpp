@@ -34,7 +34,7 @@ TEST_F(VideoCaptureSetup, RunsItsStepsInOrder) {
       ElementsAre("CreateDevice 1", "QueryVideoDevice", "QueryVideoContext", "WrapDevice",
                   "ObtainItemInterop", "MonitorFromPoint 960,540", "target 11", "CreateItemForMonitor",
                   "ItemSize", "2 buffers of 1920x1080", "CreateFramePool", "SubscribeFrameArrived",
-                  "CreateSession", "frame begins at 0,0", "CreateVideoProcessorEnumerator",
+                  "CreateSession", "frame begins at 0,0", "frame rate 30", "CreateVideoProcessorEnumerator",
                   "CreateVideoProcessor", "video stream 1920x1080", "GetPixelFormat", "SetOutputFormat 103"));
   EXPECT_EQ(encoder.device, reinterpret_cast<ID3D11Device*>(system.get()));
 }

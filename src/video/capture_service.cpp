@@ -1,0 +1,97 @@
+#include "video/capture_service.h"
+
+#include <utility>
+
+#include "common/hresult_error.h"
+#include "video/frame_arrived_handler.h"
+#include "video/query_interface.h"
+
+namespace brisolte {
+
+using Microsoft::WRL::ComPtr;
+
+namespace {
+
+constexpr auto kClosed = static_cast<HRESULT>(0x80000013);  // RO_E_CLOSED, which not every SDK names
+
+}  // namespace
+
+HRESULT CloseWinRt(IUnknown* object) {
+  ComPtr<abi::IClosable> closable;
+  const HRESULT found = QueryByIid(object, closable);
+  return FAILED(found) ? found : closable->Close();
+}
+
+CaptureService::~CaptureService() {
+  // Handler, session, pool: each ends what the next one could still deliver through it.
+  if (subscribed_) {
+    pool_->remove_FrameArrived(subscription_);
+  }
+  if (session_ != nullptr) {
+    CloseWinRt(session_.Get());
+  }
+  if (pool_ != nullptr) {
+    CloseWinRt(pool_.Get());
+  }
+}
+
+HRESULT CaptureService::ObtainItemInterop() {
+  return activation_.GetFactory(abi::kGraphicsCaptureItemClass, interop_);
+}
+
+HRESULT CaptureService::CreateItemForMonitor(HMONITOR monitor) {
+  return interop_->CreateForMonitor(monitor, abi::IGraphicsCaptureItem::kIid,
+                                    reinterpret_cast<void**>(item_.ReleaseAndGetAddressOf()));
+}
+
+HRESULT CaptureService::CreateItemForWindow(HWND window) {
+  return interop_->CreateForWindow(window, abi::IGraphicsCaptureItem::kIid,
+                                   reinterpret_cast<void**>(item_.ReleaseAndGetAddressOf()));
+}
+
+PixelSize CaptureService::ItemSize() const {
+  abi::SizeInt32 size{};
+  ThrowIfFailed(item_->get_Size(&size));
+  return {size.Width, size.Height};
+}
+
+bool CaptureService::CreateFramePool(abi::IDirect3DDevice* device, PixelSize size, std::int32_t buffers) {
+  ComPtr<abi::IDirect3D11CaptureFramePoolStatics2> factory;
+  ThrowIfFailed(activation_.GetFactory(abi::kFramePoolClass, factory));
+  const HRESULT result =
+      factory->CreateFreeThreaded(device, abi::DirectXPixelFormat::B8G8R8A8UIntNormalized, buffers,
+                                  {size.width, size.height}, pool_.ReleaseAndGetAddressOf());
+  return SUCCEEDED(result) && pool_ != nullptr;
+}
+
+void CaptureService::Subscribe(CapturePlatform::FrameArrivedHandler handler) {
+  const auto object = MakeFrameArrivedHandler(std::move(handler));
+  ThrowIfFailed(pool_->add_FrameArrived(object.Get(), &subscription_));
+  subscribed_ = true;
+}
+
+HRESULT CaptureService::CreateSession() {
+  return pool_->CreateCaptureSession(item_.Get(), session_.ReleaseAndGetAddressOf());
+}
+
+void CaptureService::StartCapture() {
+  if (session_ == nullptr) {
+    throw HResultError(kClosed);
+  }
+  ThrowIfFailed(session_->StartCapture());
+}
+
+void CaptureService::CloseSession() {
+  const ComPtr<abi::IGraphicsCaptureSession> session = std::exchange(session_, nullptr);
+  if (session != nullptr) {
+    ThrowIfFailed(CloseWinRt(session.Get()));
+  }
+}
+
+ComPtr<abi::IDirect3D11CaptureFrame> CaptureService::TryGetNextFrame() {
+  ComPtr<abi::IDirect3D11CaptureFrame> frame;
+  ThrowIfFailed(pool_->TryGetNextFrame(frame.GetAddressOf()));
+  return frame;
+}
+
+}  // namespace brisolte

@@ -1,0 +1,76 @@
+#include "video/graphics_device.h"
+
+#include <d3d11_4.h>
+#include <dxgi.h>
+
+#include <array>
+#include <cstdio>
+#include <stdexcept>
+
+#include "video/query_interface.h"
+
+namespace brisolte {
+namespace {
+
+using Microsoft::WRL::ComPtr;
+
+constexpr std::array kFeatureLevels{D3D_FEATURE_LEVEL_11_1, D3D_FEATURE_LEVEL_11_0, D3D_FEATURE_LEVEL_10_1,
+                                    D3D_FEATURE_LEVEL_10_0};
+
+using WrapFunction = HRESULT(WINAPI*)(IDXGIDevice*, IInspectable**);
+
+/// Looked up by name because systems before the capture service lack it, and the module must load there all
+/// the same.
+WrapFunction FindWrapFunction() {
+  const HMODULE direct3d = GetModuleHandleW(L"d3d11.dll");
+  if (direct3d == nullptr) {
+    return nullptr;
+  }
+  void* function = reinterpret_cast<void*>(GetProcAddress(direct3d, "CreateDirect3D11DeviceFromDXGIDevice"));
+  return reinterpret_cast<WrapFunction>(function);
+}
+
+}  // namespace
+
+HRESULT CreateGraphicsDevice(DriverType type, GraphicsDevice& graphics, D3D_FEATURE_LEVEL& featureLevel) {
+  const HRESULT result = D3D11CreateDevice(
+      nullptr, static_cast<D3D_DRIVER_TYPE>(type), nullptr, D3D11_CREATE_DEVICE_BGRA_SUPPORT,
+      kFeatureLevels.data(), static_cast<UINT>(kFeatureLevels.size()), D3D11_SDK_VERSION,
+      graphics.device.ReleaseAndGetAddressOf(), &featureLevel, graphics.context.ReleaseAndGetAddressOf());
+  ComPtr<ID3D11Multithread> threads;
+  if (SUCCEEDED(result) && SUCCEEDED(graphics.context.As(&threads))) {
+    threads->SetMultithreadProtected(TRUE);
+  }
+  return result;
+}
+
+ComPtr<abi::IDirect3DDevice> WrapGraphicsDevice(ID3D11Device& device) {
+  ComPtr<IDXGIDevice> dxgi;
+  if (FAILED(device.QueryInterface(__uuidof(IDXGIDevice), reinterpret_cast<void**>(dxgi.GetAddressOf())))) {
+    throw std::runtime_error("Failed to get DXGI device");
+  }
+  const WrapFunction wrap = FindWrapFunction();
+  ComPtr<IInspectable> inspectable;
+  ComPtr<abi::IDirect3DDevice> wrapped;
+  if (wrap != nullptr && SUCCEEDED(wrap(dxgi.Get(), inspectable.GetAddressOf())) && inspectable != nullptr) {
+    QueryByIid(inspectable.Get(), wrapped);
+  }
+  return wrapped;
+}
+
+std::string AdapterIdentifier(ID3D11Device& device) {
+  ComPtr<IDXGIDevice> dxgi;
+  ComPtr<IDXGIAdapter> adapter;
+  DXGI_ADAPTER_DESC description{};
+  if (FAILED(device.QueryInterface(__uuidof(IDXGIDevice), reinterpret_cast<void**>(dxgi.GetAddressOf()))) ||
+      FAILED(dxgi->GetAdapter(adapter.GetAddressOf())) || FAILED(adapter->GetDesc(&description))) {
+    return "unknown";
+  }
+  const LUID id = description.AdapterLuid;
+  std::array<char, 32> text{};
+  std::snprintf(text.data(), text.size(), "%08lx-%08lx", static_cast<unsigned long>(id.HighPart),
+                static_cast<unsigned long>(id.LowPart));
+  return text.data();
+}
+
+}  // namespace brisolte

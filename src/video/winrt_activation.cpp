@@ -1,0 +1,36 @@
+#include "video/winrt_activation.h"
+
+#include <roapi.h>
+#include <winstring.h>
+
+#include <cwchar>
+
+namespace brisolte {
+namespace {
+
+HRESULT Activate(const wchar_t* className, REFIID iid, void** factory) {
+  HSTRING_HEADER header{};
+  HSTRING name = nullptr;  // refers to the characters and the header, so there is nothing to free
+  const auto length = static_cast<UINT32>(std::wcslen(className));
+  const HRESULT made = WindowsCreateStringReference(className, length, &header, &name);
+  return FAILED(made) ? made : RoGetActivationFactory(name, iid, factory);
+}
+
+}  // namespace
+
+WinRtActivation::~WinRtActivation() {
+  if (cookie_ != nullptr) {
+    CoDecrementMTAUsage(cookie_);
+  }
+}
+
+HRESULT WinRtActivation::GetFactory(const wchar_t* className, REFIID iid, void** factory) {
+  const HRESULT result = Activate(className, iid, factory);
+  if (result != CO_E_NOTINITIALIZED || cookie_ != nullptr) {
+    return result;
+  }
+  const HRESULT kept = CoIncrementMTAUsage(&cookie_);
+  return FAILED(kept) ? kept : Activate(className, iid, factory);
+}
+
+}  // namespace brisolte
