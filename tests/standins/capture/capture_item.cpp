@@ -1,0 +1,85 @@
+#include "capture/capture_item.h"
+
+#include "capture/service_thread.h"
+#include "shared/faults.h"
+
+namespace brisolte::standins {
+
+namespace {
+constexpr DWORD kWatchEveryMs = 30;
+}
+
+CaptureItem::CaptureItem(CaptureTarget target)
+    : InspectableObject(abi::kGraphicsCaptureItemClass),
+      target_(target),
+      anchor_(std::make_shared<Anchor>()) {
+  anchor_->Set(this);
+  if (const auto rect = target_.Rect()) {
+    lastSize_ = SizeOf(*rect);
+  }
+}
+
+CaptureItem::~CaptureItem() {
+  anchor_->Clear();
+}
+
+HRESULT CaptureItem::get_DisplayName(HSTRING* name) {
+  if (name == nullptr) {
+    return E_POINTER;
+  }
+  const std::wstring text = target_.Name();
+  return WindowsCreateString(text.c_str(), static_cast<UINT32>(text.size()), name);
+}
+
+HRESULT CaptureItem::get_Size(abi::SizeInt32* size) {
+  if (size == nullptr) {
+    return E_POINTER;
+  }
+  if (const auto fault = TakeFault("get_Size")) {
+    return *fault;
+  }
+  const auto rect = target_.Rect();
+  const std::lock_guard lock(mutex_);
+  if (rect) {
+    lastSize_ = SizeOf(*rect);
+  }
+  *size = lastSize_;
+  return S_OK;
+}
+
+HRESULT CaptureItem::add_Closed(abi::IClosedHandler* handler, abi::EventRegistrationToken* token) {
+  const HRESULT added = closed_.Add(handler, token);
+  const std::lock_guard lock(mutex_);
+  if (SUCCEEDED(added) && !watched_) {
+    watched_ = StartServiceThread([anchor = anchor_] { Watch(anchor); });
+  }
+  return added;
+}
+
+HRESULT CaptureItem::remove_Closed(abi::EventRegistrationToken token) {
+  return closed_.Remove(token);
+}
+
+void CaptureItem::NoticeClosed() {
+  {
+    const std::lock_guard lock(mutex_);
+    if (raised_ || !target_.Gone()) {
+      return;
+    }
+    raised_ = true;
+  }
+  closed_.Raise<abi::IGraphicsCaptureItem>(this);
+}
+
+void CaptureItem::Watch(const std::shared_ptr<Anchor>& anchor) {
+  for (bool gone = false; !gone; Sleep(kWatchEveryMs)) {
+    const auto item = anchor->Lock();
+    if (!item) {
+      return;
+    }
+    item->NoticeClosed();
+    gone = item->target_.Gone();
+  }
+}
+
+}  // namespace brisolte::standins

@@ -1,0 +1,77 @@
+#include "shared/faults.h"
+
+#include <mutex>
+#include <string>
+#include <tuple>
+
+#include "shared/fault_plan.h"
+
+namespace brisolte::standins {
+
+namespace {
+
+constexpr wchar_t kFaultsFile[] = L"C:\\standin-faults.txt";
+
+thread_local int faultsOff = 0;
+
+class FaultsFile {
+ public:
+  std::optional<HRESULT> Take(std::string_view call, std::string_view group) {
+    const Stamp stamp = StampNow();
+    const std::lock_guard lock(mutex_);
+    if (stamp != stamp_) {
+      stamp_ = stamp;
+      plan_ = FaultPlan(Text());
+    }
+    const auto own = plan_.Take(call);
+    const auto shared = group.empty() ? std::nullopt : plan_.Take(group);
+    const auto result = own ? own : shared;
+    return result ? std::optional<HRESULT>(*result) : std::nullopt;
+  }
+
+ private:
+  using Stamp = std::tuple<DWORD, DWORD, DWORD>;
+
+  static Stamp StampNow() {
+    WIN32_FILE_ATTRIBUTE_DATA file{};
+    if (!GetFileAttributesExW(kFaultsFile, GetFileExInfoStandard, &file)) {
+      return {};
+    }
+    return {file.ftLastWriteTime.dwLowDateTime, file.ftLastWriteTime.dwHighDateTime, file.nFileSizeLow};
+  }
+
+  static std::string Text() {
+    const HANDLE file =
+        CreateFileW(kFaultsFile, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
+                    nullptr, OPEN_EXISTING, 0, nullptr);
+    if (file == INVALID_HANDLE_VALUE) {
+      return {};
+    }
+    std::string text(64 * 1024, '\0');
+    DWORD read = 0;
+    ReadFile(file, text.data(), static_cast<DWORD>(text.size()), &read, nullptr);
+    CloseHandle(file);
+    text.resize(read);
+    return text;
+  }
+
+  std::mutex mutex_;
+  Stamp stamp_;
+  FaultPlan plan_;
+};
+
+}  // namespace
+
+std::optional<HRESULT> TakeFault(std::string_view call, std::string_view group) {
+  static FaultsFile file;
+  return faultsOff > 0 ? std::nullopt : file.Take(call, group);
+}
+
+FaultsOff::FaultsOff() {
+  ++faultsOff;
+}
+FaultsOff::~FaultsOff() {
+  --faultsOff;
+}
+
+}  // namespace brisolte::standins

@@ -1,0 +1,29 @@
+#pragma once
+
+#include <windows.h>
+
+#include <optional>
+#include <string_view>
+
+namespace brisolte::standins {
+
+/// The result that this call is to have instead of its own, by the rules in C:\standin-faults.txt; usually
+/// none.
+///
+/// The file is looked at on every call and read again when it has changed, which starts its counts anew.
+/// `group` is a second name that stands for several calls. Any thread.
+std::optional<HRESULT> TakeFault(std::string_view call, std::string_view group = {});
+
+/// While one is alive on this thread, TakeFault gives nothing there: a stand-in's own work is no call of the
+/// product.
+class FaultsOff {
+ public:
+  FaultsOff();
+  ~FaultsOff();
+  FaultsOff(const FaultsOff&) = delete;
+  FaultsOff& operator=(const FaultsOff&) = delete;
+  FaultsOff(FaultsOff&&) = delete;
+  FaultsOff& operator=(FaultsOff&&) = delete;
+};
+
+}  // namespace brisolte::standins
