@@ -2,11 +2,28 @@
 
 #include <d3d10.h>
 
-#include "shared/faults.h"
-
 namespace brisolte::standins {
 
 namespace {
+
+/// While one is alive, the Direct3D stand-in takes this thread's calls for the service's own.
+class OwnWork {
+ public:
+  OwnWork() { Turn(false); }
+  ~OwnWork() { Turn(true); }
+  OwnWork(const OwnWork&) = delete;
+  OwnWork& operator=(const OwnWork&) = delete;
+  OwnWork(OwnWork&&) = delete;
+  OwnWork& operator=(OwnWork&&) = delete;
+
+ private:
+  static void Turn(bool on) {
+    const HMODULE direct3d = GetModuleHandleW(L"d3d11.dll");
+    if (const auto found = direct3d != nullptr ? GetProcAddress(direct3d, "StandinTurnFaults") : nullptr) {
+      reinterpret_cast<void (*)(bool)>(reinterpret_cast<void*>(found))(on);
+    }
+  }
+};
 
 HRESULT MakeTexture(ID3D11Device& device, abi::SizeInt32 size, ComPtr<ID3D11Texture2D>& texture) {
   const D3D11_TEXTURE2D_DESC desc{static_cast<UINT>(size.Width),
@@ -42,7 +59,7 @@ BufferLease::~BufferLease() {
 }
 
 HRESULT FrameBuffers::Recreate(const ComPtr<ID3D11Device>& device, INT32 count, abi::SizeInt32 size) {
-  const FaultsOff ownWork;
+  const OwnWork ownWork;
   ProtectContext(*device.Get());
   std::vector<ComPtr<ID3D11Texture2D>> made(static_cast<std::size_t>(count));
   for (auto& texture : made) {

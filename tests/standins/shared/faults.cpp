@@ -67,11 +67,8 @@ std::optional<HRESULT> TakeFault(std::string_view call, std::string_view group) 
   return faultsOff > 0 ? std::nullopt : file.Take(call, group);
 }
 
-FaultsOff::FaultsOff() {
-  ++faultsOff;
-}
-FaultsOff::~FaultsOff() {
-  --faultsOff;
+void TurnFaults(bool on) {
+  faultsOff += on ? -1 : 1;
 }
 
 }  // namespace brisolte::standins

@@ -14,16 +14,8 @@ namespace brisolte::standins {
 /// `group` is a second name that stands for several calls. Any thread.
 std::optional<HRESULT> TakeFault(std::string_view call, std::string_view group = {});
 
-/// While one is alive on this thread, TakeFault gives nothing there: a stand-in's own work is no call of the
+/// Between `false` and `true` TakeFault gives nothing on this thread: a stand-in's own work is no call of the
 /// product.
-class FaultsOff {
- public:
-  FaultsOff();
-  ~FaultsOff();
-  FaultsOff(const FaultsOff&) = delete;
-  FaultsOff& operator=(const FaultsOff&) = delete;
-  FaultsOff(FaultsOff&&) = delete;
-  FaultsOff& operator=(FaultsOff&&) = delete;
-};
+void TurnFaults(bool on);
 
 }  // namespace brisolte::standins

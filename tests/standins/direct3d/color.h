@@ -1,0 +1,83 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+namespace brisolte::standins {
+
+enum class Matrix { kBt601, kBt709 };
+enum class Range { kLimited, kFull };
+
+struct Rectangle {
+  int left = 0;
+  int top = 0;
+  int right = 0;
+  int bottom = 0;
+
+  int width() const { return right - left; }
+  int height() const { return bottom - top; }
+  friend bool operator==(const Rectangle&, const Rectangle&) = default;
+};
+
+/// The part that two rectangles share; empty ones have no width or no height.
+Rectangle Intersection(const Rectangle& one, const Rectangle& other);
+
+/// A packed BGRA picture in memory that somebody else owns.
+struct BgraPicture {
+  const std::uint8_t* pixels = nullptr;
+  std::size_t pitch = 0;
+};
+
+/// An NV12 picture in memory that somebody else owns: luma, then chroma in pairs for every second row and
+/// column.
+struct Nv12Picture {
+  std::uint8_t* luma = nullptr;
+  std::uint8_t* chroma = nullptr;
+  std::size_t pitch = 0;
+};
+
+/// Turns 8-bit RGB of one range into YCbCr of one matrix and range. Grey has no colour, black and white are
+/// exact.
+class RgbToYcbcr {
+ public:
+  RgbToYcbcr(Matrix matrix, Range input, Range output);
+
+  /// Converts two rows of an even number of BGRA pixels; chroma is the mean of each block of four.
+  void ConvertRows(const std::uint8_t* upper, const std::uint8_t* lower, int pixels, std::uint8_t* upperLuma,
+                   std::uint8_t* lowerLuma, std::uint8_t* chroma) const;
+
+ private:
+  std::uint8_t Luma(const std::uint8_t* bgra) const;
+
+  // Fixed point with 16 bits behind the point.
+  int yRed_, yGreen_, yBlue_, yBias_;
+  int cbRed_, cbGreen_, cbBlue_;
+  int crRed_, crGreen_, crBlue_;
+};
+
+/// The rows of a picture put together from a piece of another one, scaled by nearest neighbour, on a
+/// background.
+class ComposedRows {
+ public:
+  /// `source` is shown at `destination`; rows cover `target`. Background is one BGRA pixel.
+  ComposedRows(const BgraPicture& picture, const Rectangle& source, const Rectangle& destination,
+               const Rectangle& target, std::uint32_t background);
+
+  /// The row `y` of the output, from the target's left edge. It stays valid until the next but one call.
+  const std::uint8_t* Row(int y);
+
+ private:
+  const std::uint8_t* SourceRow(int y) const;
+  void FillPiece(const std::uint8_t* from, std::uint32_t* row) const;
+
+  BgraPicture picture_;
+  Rectangle source_;
+  Rectangle destination_;
+  Rectangle target_;
+  std::uint32_t background_;
+  std::vector<std::uint32_t> rows_[2];
+  int next_ = 0;
+};
+
+}  // namespace brisolte::standins

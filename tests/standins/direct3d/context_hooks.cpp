@@ -1,0 +1,108 @@
+#include "direct3d/context_hooks.h"
+
+#include <cstdio>
+
+#include "direct3d/texture_facts.h"
+#include "direct3d/vtable.h"
+#include "shared/faults.h"
+
+namespace brisolte::standins {
+
+namespace {
+
+Slot<HRESULT(STDMETHODCALLTYPE*)(ID3D11DeviceContext*, REFIID, void**)> queryInterface;
+Slot<HRESULT(STDMETHODCALLTYPE*)(ID3D11DeviceContext*, ID3D11Resource*, UINT, D3D11_MAP, UINT,
+                                 D3D11_MAPPED_SUBRESOURCE*)>
+    map;
+Slot<void(STDMETHODCALLTYPE*)(ID3D11DeviceContext*, ID3D11Resource*, UINT)> unmap;
+Slot<void(STDMETHODCALLTYPE*)(ID3D11DeviceContext*, ID3D11Resource*, UINT, UINT, UINT, UINT, ID3D11Resource*,
+                              UINT, const D3D11_BOX*)>
+    copySubresourceRegion;
+Slot<void(STDMETHODCALLTYPE*)(ID3D11DeviceContext*, ID3D11Resource*, ID3D11Resource*)> copyResource;
+
+void Tell(const char* what) {
+  std::fprintf(stderr, "standin: %s\n", what);
+  std::fflush(stderr);
+}
+
+bool Watched(ID3D11DeviceContext* context, ID3D11Resource* resource) {
+  return resource != nullptr && context->GetType() == D3D11_DEVICE_CONTEXT_IMMEDIATE;
+}
+
+bool MayCopy(ID3D11DeviceContext* context, ID3D11Resource* destination, ID3D11Resource* source) {
+  if (Watched(context, destination) && IsAnyMapped(*destination)) {
+    Tell("copy into a resource that is mapped");
+    return false;
+  }
+  if (Watched(context, source) && IsAnyMapped(*source)) {
+    Tell("copy from a resource that is mapped");
+    return false;
+  }
+  return true;
+}
+
+HRESULT STDMETHODCALLTYPE QueryInterfaceHook(ID3D11DeviceContext* self, REFIID iid, void** object) {
+  if (iid == __uuidof(ID3D11VideoContext) && object != nullptr) {
+    if (const auto fault = TakeFault("QueryVideoContext")) {
+      *object = nullptr;
+      return *fault;
+    }
+  }
+  return queryInterface.original()(self, iid, object);
+}
+
+HRESULT STDMETHODCALLTYPE MapHook(ID3D11DeviceContext* self, ID3D11Resource* resource, UINT subresource,
+                                  D3D11_MAP type, UINT flags, D3D11_MAPPED_SUBRESOURCE* mapped) {
+  if (const auto fault = TakeFault("Map")) {
+    return *fault;
+  }
+  if (Watched(self, resource) && IsMapped(*resource, subresource)) {
+    Tell("Map of a subresource that is mapped");
+    return E_INVALIDARG;
+  }
+  const HRESULT result = map.original()(self, resource, subresource, type, flags, mapped);
+  if (SUCCEEDED(result) && Watched(self, resource)) {
+    SetMapped(*resource, subresource, true);
+  }
+  return result;
+}
+
+void STDMETHODCALLTYPE UnmapHook(ID3D11DeviceContext* self, ID3D11Resource* resource, UINT subresource) {
+  if (Watched(self, resource)) {
+    if (!IsMapped(*resource, subresource)) {
+      Tell("Unmap of a subresource that is not mapped");
+      return;
+    }
+    SetMapped(*resource, subresource, false);
+  }
+  unmap.original()(self, resource, subresource);
+}
+
+void STDMETHODCALLTYPE CopySubresourceRegionHook(ID3D11DeviceContext* self, ID3D11Resource* destination,
+                                                 UINT destinationSubresource, UINT x, UINT y, UINT z,
+                                                 ID3D11Resource* source, UINT sourceSubresource,
+                                                 const D3D11_BOX* box) {
+  if (MayCopy(self, destination, source)) {
+    copySubresourceRegion.original()(self, destination, destinationSubresource, x, y, z, source,
+                                     sourceSubresource, box);
+  }
+}
+
+void STDMETHODCALLTYPE CopyResourceHook(ID3D11DeviceContext* self, ID3D11Resource* destination,
+                                        ID3D11Resource* source) {
+  if (MayCopy(self, destination, source)) {
+    copyResource.original()(self, destination, source);
+  }
+}
+
+}  // namespace
+
+void HookContext(ID3D11DeviceContext& context) {
+  queryInterface.Replace(&context, 0, QueryInterfaceHook);
+  map.Replace(&context, 14, MapHook);
+  unmap.Replace(&context, 15, UnmapHook);
+  copySubresourceRegion.Replace(&context, 46, CopySubresourceRegionHook);
+  copyResource.Replace(&context, 47, CopyResourceHook);
+}
+
+}  // namespace brisolte::standins

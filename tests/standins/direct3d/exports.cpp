@@ -1,0 +1,140 @@
+#include <d3d11.h>
+#include <windows.h>
+
+#include <string>
+
+#include "direct3d/device_hooks.h"
+#include "shared/faults.h"
+#include "shared/winrt_direct3d.h"
+
+namespace brisolte::standins {
+
+namespace {
+
+// By its whole path: the name alone would find this DLL.
+HMODULE WinesOwn() {
+  static const HMODULE module = [] {
+    wchar_t folder[MAX_PATH] = L"";
+    GetSystemDirectoryW(folder, MAX_PATH);
+    return LoadLibraryW((std::wstring(folder) + L"\\d3d11.dll").c_str());
+  }();
+  return module;
+}
+
+template <typename Result, typename... Arguments>
+Result CallWines(const char* name, Arguments... arguments) {
+  using Function = Result(WINAPI*)(Arguments...);
+  const HMODULE module = WinesOwn();
+  const auto found = module != nullptr ? GetProcAddress(module, name) : nullptr;
+  const auto function = reinterpret_cast<Function>(reinterpret_cast<void*>(found));
+  return function != nullptr ? function(arguments...) : static_cast<Result>(E_NOTIMPL);
+}
+
+HRESULT CreateHooked(HRESULT result, ID3D11Device* device) {
+  if (SUCCEEDED(result) && device != nullptr) {
+    HookDevice(*device);
+  }
+  return result;
+}
+
+}  // namespace
+
+}  // namespace brisolte::standins
+
+using namespace brisolte::standins;
+
+extern "C" {
+
+HRESULT WINAPI D3D11CreateDevice(IDXGIAdapter* adapter, D3D_DRIVER_TYPE type, HMODULE software, UINT flags,
+                                 const D3D_FEATURE_LEVEL* levels, UINT levelCount, UINT sdk,
+                                 ID3D11Device** device, D3D_FEATURE_LEVEL* level,
+                                 ID3D11DeviceContext** context) {
+  if (const auto fault = TakeFault("D3D11CreateDevice")) {
+    if (device != nullptr) {
+      *device = nullptr;
+    }
+    if (context != nullptr) {
+      *context = nullptr;
+    }
+    return *fault;
+  }
+  // Without a device to give there is nothing to hook either.
+  return CreateHooked(CallWines<HRESULT>("D3D11CreateDevice", adapter, type, software, flags, levels,
+                                         levelCount, sdk, device, level, context),
+                      device != nullptr ? *device : nullptr);
+}
+
+HRESULT WINAPI D3D11CreateDeviceAndSwapChain(IDXGIAdapter* adapter, D3D_DRIVER_TYPE type, HMODULE software,
+                                             UINT flags, const D3D_FEATURE_LEVEL* levels, UINT levelCount,
+                                             UINT sdk, const DXGI_SWAP_CHAIN_DESC* swapDesc,
+                                             IDXGISwapChain** swapChain, ID3D11Device** device,
+                                             D3D_FEATURE_LEVEL* level, ID3D11DeviceContext** context) {
+  return CreateHooked(
+      CallWines<HRESULT>("D3D11CreateDeviceAndSwapChain", adapter, type, software, flags, levels, levelCount,
+                         sdk, swapDesc, swapChain, device, level, context),
+      device != nullptr ? *device : nullptr);
+}
+
+// These five are between Wine's dxgi.dll and its d3d11.dll.
+HRESULT WINAPI D3D11CoreCreateDevice(void* factory, void* adapter, UINT flags,
+                                     const D3D_FEATURE_LEVEL* levels, UINT levelCount, void** device) {
+  return CallWines<HRESULT>("D3D11CoreCreateDevice", factory, adapter, flags, levels, levelCount, device);
+}
+
+HRESULT WINAPI D3D11CoreCreateLayeredDevice(const void* init, DWORD initSize, const void* args,
+                                            const GUID* iid, void** device) {
+  return CallWines<HRESULT>("D3D11CoreCreateLayeredDevice", init, initSize, args, iid, device);
+}
+
+SIZE_T WINAPI D3D11CoreGetLayeredDeviceSize(const void* init, DWORD initSize) {
+  return CallWines<SIZE_T>("D3D11CoreGetLayeredDeviceSize", init, initSize);
+}
+
+HRESULT WINAPI D3D11CoreRegisterLayers(const void* layers, DWORD count) {
+  return CallWines<HRESULT>("D3D11CoreRegisterLayers", layers, count);
+}
+
+HRESULT WINAPI D3D10CoreRegisterLayers(const void* layers, DWORD count) {
+  return CallWines<HRESULT>("D3D10CoreRegisterLayers", layers, count);
+}
+
+HRESULT WINAPI D3D11On12CreateDevice(IUnknown* device, UINT flags, const D3D_FEATURE_LEVEL* levels,
+                                     UINT levelCount, IUnknown** queues, UINT queueCount, UINT nodeMask,
+                                     ID3D11Device** device11, ID3D11DeviceContext** context,
+                                     D3D_FEATURE_LEVEL* level) {
+  return CallWines<HRESULT>("D3D11On12CreateDevice", device, flags, levels, levelCount, queues, queueCount,
+                            nodeMask, device11, context, level);
+}
+
+HRESULT WINAPI CreateDirect3D11DeviceFromDXGIDevice(IDXGIDevice* inner, IInspectable** device) {
+  if (inner == nullptr || device == nullptr) {
+    return E_INVALIDARG;
+  }
+  *device = nullptr;
+  if (const auto fault = TakeFault("CreateDirect3D11DeviceFromDXGIDevice")) {
+    return *fault;
+  }
+  return Give<IInspectable>(WrapDevice(inner), device);
+}
+
+HRESULT WINAPI CreateDirect3D11SurfaceFromDXGISurface(IDXGISurface* inner, IInspectable** surface) {
+  if (inner == nullptr || surface == nullptr) {
+    return E_INVALIDARG;
+  }
+  *surface = nullptr;
+  if (const auto fault = TakeFault("CreateDirect3D11SurfaceFromDXGISurface")) {
+    return *fault;
+  }
+  return Give<IInspectable>(WrapSurface(inner), surface);
+}
+
+/// Objects of this stand-in that are alive.
+long StandinObjectCount() {
+  return liveObjects;
+}
+
+/// Turns faults off and on again for the calling thread: for another stand-in's own work.
+void StandinTurnFaults(bool on) {
+  TurnFaults(on);
+}
+}
