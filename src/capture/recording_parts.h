@@ -1,0 +1,56 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "audio/audio_device_info.h"
+#include "capture/capture_settings.h"
+#include "desktop/monitors.h"
+#include "desktop/windows.h"
+#include "encoder/capture_source.h"
+#include "encoder/encoder.h"
+
+namespace brisolte {
+
+/// The graphics device of one controller, kept for what the platform's parts do with it.
+class GraphicsDevice {
+ public:
+  GraphicsDevice() = default;
+  GraphicsDevice(const GraphicsDevice&) = delete;
+  GraphicsDevice& operator=(const GraphicsDevice&) = delete;
+  virtual ~GraphicsDevice() = default;
+};
+
+/// Everything of the platform that a controller needs. Called on the controller's thread; what is created
+/// belongs to the caller. Null means that nothing could be created; the reason is logged. Exceptions reach
+/// the controller's caller.
+class RecordingParts {
+ public:
+  RecordingParts() = default;
+  RecordingParts(const RecordingParts&) = delete;
+  RecordingParts& operator=(const RecordingParts&) = delete;
+  virtual ~RecordingParts() = default;
+
+  virtual std::unique_ptr<GraphicsDevice> CreateGraphicsDevice() = 0;
+
+  virtual std::unique_ptr<Encoder> CreateFFmpegEncoder(const CaptureSettings& settings) = 0;
+  virtual std::unique_ptr<Encoder> CreateMFEncoder(const CaptureSettings& settings) = 0;
+
+  /// A capture borrows the encoder until it is destroyed or told to let go of it.
+  virtual std::unique_ptr<CaptureSource> CreateVideoCapture(const CaptureSettings& settings,
+                                                            Encoder& encoder) = 0;
+  virtual std::unique_ptr<CaptureSource> CreateAudioCapture(const CaptureSettings& settings,
+                                                            Encoder& encoder) = 0;
+
+  virtual std::vector<MonitorEntry> ListMonitors() = 0;
+  virtual std::vector<WindowEntry> ListWindows() = 0;
+  virtual std::vector<AudioDeviceInfo> ListMicrophones() = 0;
+  virtual std::vector<AudioDeviceInfo> ListSpeakers() = 0;
+
+  /// Writes a PNG of the target that `settings` names to `filePath` (UTF-8).
+  virtual bool CaptureScreenshot(const CaptureSettings& settings, GraphicsDevice& device,
+                                 const std::string& filePath) = 0;
+};
+
+}  // namespace brisolte
