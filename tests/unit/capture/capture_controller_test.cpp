@@ -246,6 +246,13 @@ TEST_F(OutputDirTest, TakesADirectoryInAnyScript) {
   ExpectTaken(PathToUtf8(inner));
 }
 
+#ifdef _WIN32
+TEST_F(OutputDirTest, TakesADriveWithoutAPath) {
+  ExpectTaken("C:");
+  ExpectTaken("C:\\");
+}
+#endif
+
 TEST_F(OutputDirTest, RefusesWhatIsNoDirectory) {
   const std::filesystem::path file = folder_ / "file";
   std::ofstream(file) << "text";
@@ -263,12 +270,15 @@ TEST_F(OutputDirTest, RefusesTextBehindANul) {
   ExpectRefused(text + "more");
 }
 
+#ifndef _WIN32
+// Windows calls a name that is too long missing.
 TEST_F(OutputDirTest, RaisesAStatusThatCannotBeRead) {
   const std::string tooLong = PathToUtf8(folder_) + "/" + std::string(70000, 'a');
   EXPECT_THROW(controller_.setOutputDir(tooLong), std::filesystem::filesystem_error);
   EXPECT_EQ(controller_.settings().outputDir, "");
   ExpectTaken(PathToUtf8(folder_));
 }
+#endif
 
 TEST_F(OutputDirTest, KeepsTheDirectoryWhenAnotherIsRefused) {
   ExpectTaken(PathToUtf8(folder_));

@@ -1,0 +1,66 @@
+# Writes a C++ source with one forwarder for each Node-API function that the headers declare:
+#   cmake -D "HEADERS=HEADER HEADER" -D OUTPUT=FILE -P generate_host_functions.cmake
+# The headers' conditions are kept, so that NAPI_VERSION decides which functions there are.
+
+# In a CMake list a semicolon would end an element.
+set(end_of_declaration "@END@")
+
+function(read_lines header result)
+  file(READ ${header} text)
+  string(REPLACE ";" "${end_of_declaration}" text "${text}")
+  string(REGEX REPLACE "\\\\\r?\n" " " text "${text}")
+  string(REGEX REPLACE "//[^\n]*" "" text "${text}")
+  # One declaration or one directive a line.
+  string(REGEX REPLACE "\n[ \t]*#" "@LINE@#" text "\n${text}")
+  string(REGEX REPLACE "(@LINE@#[^\n]*)\n" "\\1@LINE@" text "${text}")
+  string(REGEX REPLACE "[ \t\r\n]+" " " text "${text}")
+  string(REGEX REPLACE "NAPI_EXTERN (napi_status|void|NAPI_NO_RETURN)" "@LINE@NAPI_EXTERN \\1" text "${text}")
+  string(REPLACE "${end_of_declaration}" "${end_of_declaration}@LINE@" text "${text}")
+  string(REPLACE "@LINE@" ";" text "${text}")
+  set(${result} "${text}" PARENT_SCOPE)
+endfunction()
+
+# The names of the parameters: the last word of each.
+function(argument_names parameters result)
+  string(REPLACE "," ";" parameters "${parameters}")
+  set(names "")
+  foreach(parameter IN LISTS parameters)
+    string(REGEX MATCH "([A-Za-z0-9_]+)[ ]*$" name "${parameter}")
+    list(APPEND names "${CMAKE_MATCH_1}")
+  endforeach()
+  list(JOIN names ", " names)
+  set(${result} "${names}" PARENT_SCOPE)
+endfunction()
+
+separate_arguments(HEADERS)
+set(source "// Generated from Node's headers by generate_host_functions.cmake.\n\n")
+foreach(header IN LISTS HEADERS)
+  read_lines(${header} lines)
+  foreach(line IN LISTS lines)
+    string(STRIP "${line}" line)
+    if(line MATCHES "^#ifndef SRC_")
+      # The header's guard is defined where its declarations are known.
+      string(APPEND source "#if 1\n")
+    elseif(line MATCHES "^#(if|ifdef|ifndef|elif|else|endif)")
+      string(APPEND source "${line}\n")
+    elseif(line MATCHES "^NAPI_EXTERN (NAPI_NO_RETURN )?(void|napi_status) NAPI_CDECL ([a-z0-9_]+) ?\\((.*)\\) ?${end_of_declaration}$")
+      set(result_type ${CMAKE_MATCH_2})
+      set(name ${CMAKE_MATCH_3})
+      set(parameters "${CMAKE_MATCH_4}")
+      argument_names("${parameters}" arguments)
+      set(call "host_${name}.Call<decltype(&${name})>(${arguments})")
+      if(line MATCHES "NAPI_NO_RETURN")
+        set(body "${call};\n  std::abort();")
+      elseif(result_type STREQUAL "void")
+        set(body "${call};")
+      else()
+        set(body "return ${call};")
+      endif()
+      string(APPEND source "static brisolte::HostFunction host_${name}(\"${name}\");\n"
+        "extern \"C\" ${result_type} NAPI_CDECL ${name}(${parameters}) {\n  ${body}\n}\n")
+    elseif(line MATCHES "^NAPI_EXTERN")
+      message(FATAL_ERROR "${header}: a declaration of an unknown form: ${line}")
+    endif()
+  endforeach()
+endforeach()
+file(WRITE ${OUTPUT} "${source}")

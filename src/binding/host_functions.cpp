@@ -1,0 +1,67 @@
+#include "binding/host_functions.h"
+
+#include <windows.h>
+
+#include <cstdlib>
+#include <string>
+
+namespace brisolte {
+
+/// A Node-API function of the program that runs this module, one of a list of all.
+///
+/// The module does not import Node-API by the name of a program file, because an application built on Node.js
+/// has a name of its own. Each function is found by its name in the running program instead.
+class HostFunction {
+ public:
+  explicit HostFunction(const char* name) : name_(name), next_(first) { first = this; }
+
+  bool found() const { return function_ != nullptr; }
+
+  template <typename Function, typename... Arguments>
+  auto Call(Arguments... arguments) const {
+    return reinterpret_cast<Function>(function_)(arguments...);
+  }
+
+  /// Looks all of them up; gives the name of one that is not there, or null.
+  static const char* FindAll() {
+    const HMODULE program = GetModuleHandleW(nullptr);
+    const char* missing = nullptr;
+    for (HostFunction* function = first; function != nullptr; function = function->next_) {
+      function->function_ = reinterpret_cast<AnyFunction>(GetProcAddress(program, function->name_));
+      missing = function->found() ? missing : function->name_;
+    }
+    return missing;
+  }
+
+ private:
+  using AnyFunction = void (*)();
+
+  static inline HostFunction* first = nullptr;
+
+  const char* const name_;
+  HostFunction* const next_;
+  AnyFunction function_ = nullptr;
+};
+
+}  // namespace brisolte
+
+// Defines each function that <node_api.h> declares, as a call of its HostFunction.
+#include "host_functions.inc"
+
+namespace brisolte {
+
+bool BindHostFunctions(napi_env env) {
+  // Environments on several threads may load the module at the same moment.
+  static const char* const kMissing = HostFunction::FindAll();
+  if (kMissing == nullptr) {
+    return true;
+  }
+  if (host_napi_throw_error.found()) {
+    const std::string text =
+        std::string("brisolte needs Node-API version 8, but this program lacks ") + kMissing;
+    napi_throw_error(env, nullptr, text.c_str());
+  }
+  return false;
+}
+
+}  // namespace brisolte

@@ -1,0 +1,61 @@
+#include "capture/windows_recording_parts.h"
+
+#include "capture/windows_graphics_device.h"
+#include "common/logger.h"
+#include "encoder/ffmpeg/ffmpeg_encoder.h"
+#include "video/create_video_capture.h"
+
+namespace brisolte {
+namespace {
+
+class WindowsRecordingParts final : public RecordingParts {
+ public:
+  std::unique_ptr<GraphicsDevice> CreateGraphicsDevice() override { return WindowsGraphicsDevice::Create(); }
+
+  std::unique_ptr<Encoder> CreateFFmpegEncoder(const CaptureSettings& settings) override {
+    return std::make_unique<FFmpegEncoder>(settings);
+  }
+
+  std::unique_ptr<Encoder> CreateMFEncoder(const CaptureSettings& settings) override {
+    Logger::Error("The encoder " + settings.encoderName + " is not available yet");
+    return nullptr;
+  }
+
+  std::unique_ptr<CaptureSource> CreateVideoCapture(const CaptureSettings& settings,
+                                                    Encoder& encoder) override {
+    return brisolte::CreateVideoCapture(settings, encoder);
+  }
+
+  std::unique_ptr<CaptureSource> CreateAudioCapture(const CaptureSettings& /*settings*/,
+                                                    Encoder& /*encoder*/) override {
+    Logger::Error("Recording sound is not available yet");
+    return nullptr;
+  }
+
+  std::vector<MonitorEntry> ListMonitors() override { return EnumerateMonitors(); }
+  std::vector<WindowEntry> ListWindows() override { return EnumerateWindows(); }
+
+  std::vector<AudioDeviceInfo> ListMicrophones() override {
+    Logger::Error("Listing microphones is not available yet");
+    return {};
+  }
+
+  std::vector<AudioDeviceInfo> ListSpeakers() override {
+    Logger::Error("Listing speakers is not available yet");
+    return {};
+  }
+
+  bool CaptureScreenshot(const CaptureSettings& /*settings*/, GraphicsDevice& /*device*/,
+                         const std::string& /*filePath*/) override {
+    Logger::Error("Screenshots are not available yet");
+    return false;
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<RecordingParts> CreateWindowsRecordingParts() {
+  return std::make_unique<WindowsRecordingParts>();
+}
+
+}  // namespace brisolte
