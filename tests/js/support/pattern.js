@@ -1,0 +1,218 @@
+'use strict';
+
+// The known picture of tests/pattern/picture.cpp, as decoded frames must show it.
+
+const assert = require('node:assert/strict');
+
+const WHITE = [255, 255, 255];
+const BLACK = [0, 0, 0];
+const GREY = [128, 128, 128];
+const QUARTERS = [
+  [0xe0, 0x20, 0x20],
+  [0x20, 0xc0, 0x40],
+  [0x20, 0x40, 0xe0],
+  [0xe0, 0xd0, 0x20],
+];
+
+const RULER = 16;
+const LANE_HEIGHT = 32;
+const CELL = 16;
+const DIGITS = 12;
+const BLOCK_WIDTH = (DIGITS + 2) * CELL;
+const STEP = 8;
+const NUMBERS = 1 << DIGITS;
+const SMALLEST_HEIGHT = 128;
+
+// What an encoder with chroma at half size and limited range may change where the picture is flat.
+const TOLERANCE = 14;
+// Edges smear: a colour is compared only where everything this near has the same colour.
+const SMEAR = 4;
+const SAMPLE_STEP = 5;
+
+/** The picture of a window with this client size. */
+class Picture {
+  constructor(width, height, palette = 0) {
+    Object.assign(this, { width, height, palette });
+    const room = width - 2 * RULER - BLOCK_WIDTH;
+    this.positions = room < 0 || height < SMALLEST_HEIGHT ? 0 : Math.floor(room / STEP) + 1;
+    const quarter = Math.floor(height / 4);
+    this.lanes = this.positions > 0 ? [quarter - LANE_HEIGHT / 2, height - quarter - LANE_HEIGHT / 2] : [];
+  }
+
+  /** The colour at a place; undefined in a lane, where it moves, and outside. */
+  colourAt(x, y) {
+    if (x < 0 || y < 0 || x >= this.width || y >= this.height) {
+      return undefined;
+    }
+    const insideRuler = x >= RULER && x < this.width - RULER;
+    if (insideRuler && this.lanes.some((top) => y >= top && y < top + LANE_HEIGHT)) {
+      return undefined;
+    }
+    if (y < RULER || y >= this.height - RULER) {
+      return rulerColour(x);
+    }
+    if (!insideRuler) {
+      return rulerColour(y);
+    }
+    const quarter = (y < Math.floor(this.height / 2) ? 0 : 2) + (x < Math.floor(this.width / 2) ? 0 : 1);
+    return QUARTERS[(quarter + this.palette) % QUARTERS.length];
+  }
+
+  /** The x of the places where the upper ruler changes its colour. */
+  rulerEdges() {
+    const edges = [];
+    for (let x = RULER; x < this.width; x += RULER) {
+      edges.push(x);
+    }
+    return edges;
+  }
+}
+
+const rulerColour = (along) => (Math.floor(along / RULER) % 2 === 0 ? WHITE : BLACK);
+
+/** Where a frame lies on the picture: the frame's pixel (0, 0) shows the picture's (left, top). */
+const view = (frame, { picture, left = 0, top = 0 }) => ({
+  ...frame,
+  picture,
+  left,
+  top,
+  flatColourAt(x, y) {
+    const near = [-SMEAR, 0, SMEAR].flatMap((dx) => [-SMEAR, 0, SMEAR].map((dy) => [x + left + dx, y + top + dy]));
+    const colours = near.map(([px, py]) => picture.colourAt(px, py));
+    return colours.every((colour) => colour && colour === colours[0]) ? colours[0] : undefined;
+  },
+});
+
+const pixelOf = ({ pixels, width }, x, y) => {
+  const at = (y * width + x) * 3;
+  return [pixels[at], pixels[at + 1], pixels[at + 2]];
+};
+
+const near = (seen, wanted, tolerance = TOLERANCE) => seen.every((value, i) => Math.abs(value - wanted[i]) <= tolerance);
+
+/**
+ * Every flat place of an RGB frame has the picture's colour.
+ * @param {{pixels: Buffer, width: number, height: number}} frame
+ * @param {{picture: Picture, left?: number, top?: number, tolerance?: number}} place
+ */
+function assertPicture(frame, place) {
+  const seenFrom = view(frame, place);
+  const wrong = [];
+  let compared = 0;
+  for (let y = 0; y < frame.height; y += SAMPLE_STEP) {
+    for (let x = 0; x < frame.width; x += SAMPLE_STEP) {
+      const wanted = seenFrom.flatColourAt(x, y);
+      if (wanted) {
+        compared += 1;
+        const seen = pixelOf(frame, x, y);
+        if (!near(seen, wanted, place.tolerance)) {
+          wrong.push(`(${x}, ${y}): ${seen} instead of ${wanted}`);
+        }
+      }
+    }
+  }
+  assert.ok(compared > 0, 'no place of the frame could be compared');
+  assert.equal(wrong.length, 0, `${wrong.length} of ${compared} places are wrong, first ${wrong.slice(0, 5).join('; ')}`);
+}
+
+/** The upper ruler's edges are where they belong, to the pixel: left of each edge one colour, right of it the other. */
+function assertRulerToThePixel(frame, { picture, left = 0, top = 0 }) {
+  const y = RULER / 2 - top;
+  assert.ok(y >= 0, 'the frame does not show the upper ruler');
+  const edges = picture.rulerEdges().filter((x) => x - left >= 1 && x - left < frame.width);
+  assert.ok(edges.length > 0, 'the frame shows no edge of the ruler');
+  for (const edge of edges) {
+    const brightness = (x) => pixelOf(frame, x - left, y).reduce((sum, value) => sum + value, 0) / 3;
+    const rising = rulerColour(edge) === WHITE;
+    const [before, after] = [brightness(edge - 1), brightness(edge)];
+    assert.ok(rising ? before < 128 && after >= 128 : before >= 128 && after < 128,
+      `the ruler's edge at ${edge} is not there: ${before} and ${after}`);
+  }
+}
+
+/** Every place of this rectangle of an RGB frame has one colour. */
+function assertColour(frame, { left, top, right, bottom }, wanted, tolerance = TOLERANCE) {
+  for (let y = top; y < bottom; y += SAMPLE_STEP) {
+    for (let x = left; x < right; x += SAMPLE_STEP) {
+      const seen = pixelOf(frame, x, y);
+      assert.ok(near(seen, wanted, tolerance), `(${x}, ${y}) is ${seen} instead of ${wanted}`);
+    }
+  }
+}
+
+/**
+ * The number that a grey frame shows. Throws when a lane shows none or two, or when the lanes disagree: then the frame
+ * is put together from several pictures.
+ */
+function readNumber(frame, { picture, left = 0, top = 0 }) {
+  const lanes = picture.lanes.filter((lane) => lane - top >= 0 && lane - top + LANE_HEIGHT <= frame.height);
+  assert.ok(lanes.length > 0, 'the frame shows no lane');
+  const numbers = lanes.map((lane) => readLane(frame, picture, left, lane - top));
+  assert.ok(numbers.every((number) => number === numbers[0]), `the lanes show different pictures: ${numbers}`);
+  return numbers[0];
+}
+
+function readLane(frame, picture, left, laneTop) {
+  const found = [];
+  for (let position = 0; position < picture.positions; position += 1) {
+    const number = readBlock(frame, RULER + STEP * position - left, laneTop + (LANE_HEIGHT - CELL) / 2);
+    if (number !== undefined && number % picture.positions === position) {
+      found.push(number);
+    }
+  }
+  assert.equal(found.length, 1, `a lane shows ${found.length} numbers: ${found}`);
+  return found[0];
+}
+
+function readBlock(frame, x, y) {
+  if (x < 0 || x + BLOCK_WIDTH > frame.width) {
+    return undefined;
+  }
+  const cells = Array.from({ length: DIGITS + 2 }, (_, i) => readCell(frame, x + i * CELL, y));
+  if (cells.includes(undefined) || cells[0] !== 1 || cells[DIGITS + 1] !== 0) {
+    return undefined;
+  }
+  let number = 0;
+  let digit = 0;
+  for (const cell of cells.slice(1, -1)) {
+    digit ^= cell; // Gray code: a digit tells whether the binary digit differs from the one before it
+    number = number * 2 + digit;
+  }
+  return number;
+}
+
+// 1 for white, 0 for black, undefined for anything between.
+function readCell({ pixels, width }, x, y) {
+  let sum = 0;
+  for (let dy = CELL / 4; dy < (CELL * 3) / 4; dy += 1) {
+    for (let dx = CELL / 4; dx < (CELL * 3) / 4; dx += 1) {
+      sum += pixels[(y + dy) * width + x + dx];
+    }
+  }
+  const mean = sum / ((CELL / 2) * (CELL / 2));
+  return mean >= 190 ? 1 : mean <= 65 ? 0 : undefined;
+}
+
+/** How far the numbers of following frames are apart; the numbers start again after the largest. */
+const steps = (numbers) => numbers.slice(1).map((number, i) => (number - numbers[i] + NUMBERS) % NUMBERS);
+
+/** The frames' numbers advance and never go back. */
+function assertAdvances(numbers) {
+  const far = steps(numbers).filter((step) => step > NUMBERS / 2);
+  assert.equal(far.length, 0, `a later frame shows an earlier picture: ${numbers}`);
+  assert.ok(new Set(numbers).size > numbers.length / 2, `the block hardly moves: ${numbers}`);
+}
+
+module.exports = {
+  Picture,
+  BLACK,
+  GREY,
+  NUMBERS,
+  QUARTERS,
+  TOLERANCE,
+  assertAdvances,
+  assertColour,
+  assertPicture,
+  assertRulerToThePixel,
+  readNumber,
+};

@@ -1,0 +1,62 @@
+'use strict';
+
+const assert = require('node:assert/strict');
+const { scenario } = require('./scenario');
+const { scratchFolder } = require('./scratch');
+
+/**
+ * Makes recordings one after the other in one child process and instance.
+ *
+ * @param {object[]} plans of each recording:
+ *   settings: [[method, ...arguments], ...], each of which must return true;
+ *   window: the pattern window that tells how long to record;
+ *   pictures: for so many pictures of it (90)
+ * @returns {Promise<{recordings: object[], log: Log}>} of each recording: started, file, painted (the window's count at
+ *   the start and at the end), capturing and stopped
+ */
+async function recordAll(plans, options) {
+  const given = plans.map(({ settings = [], window, pictures = 90, dir = scratchFolder() }) => ({
+    settings: [['setOutputDir', dir], ...settings],
+    progress: window.progress,
+    pictures,
+  }));
+  const { value, log } = await scenario(makeRecordings, given, options);
+  return { recordings: value, log };
+}
+
+async function makeRecordings({ Brisolte, log, painted, paintedMore }, plans) {
+  const capture = new Brisolte();
+  const recordings = [];
+  for (const { settings, progress, pictures } of plans) {
+    for (const [method, ...words] of settings) {
+      if (capture[method](...words) !== true) {
+        throw new Error(`${method}(${words}) was refused`);
+      }
+    }
+    const mark = log.mark();
+    const before = painted(progress);
+    const started = capture.startRecord();
+    const recording = { started, file: capture.getSaveFilePath(), capturing: capture.isCapturing() };
+    if (started) {
+      await log.line('First Video frame arrived at: ', mark);
+      await paintedMore(progress, pictures);
+      recording.stopped = capture.stopRecord();
+    }
+    recordings.push({ ...recording, painted: [before, painted(progress)], log: log.since(mark).text });
+  }
+  return recordings;
+}
+
+/** One recording that must succeed. */
+async function record(plan, options) {
+  const { recordings, log } = await recordAll([plan], options);
+  const [recording] = recordings;
+  assert.deepEqual(
+    { started: recording.started, capturing: recording.capturing, stopped: recording.stopped },
+    { started: true, capturing: true, stopped: true },
+    log.text,
+  );
+  return { ...recording, log };
+}
+
+module.exports = { record, recordAll };
