@@ -57,15 +57,6 @@ class Picture {
     const quarter = (y < Math.floor(this.height / 2) ? 0 : 2) + (x < Math.floor(this.width / 2) ? 0 : 1);
     return QUARTERS[(quarter + this.palette) % QUARTERS.length];
   }
-
-  /** The x of the places where the upper ruler changes its colour. */
-  rulerEdges() {
-    const edges = [];
-    for (let x = RULER; x < this.width; x += RULER) {
-      edges.push(x);
-    }
-    return edges;
-  }
 }
 
 const rulerColour = (along) => (Math.floor(along / RULER) % 2 === 0 ? WHITE : BLACK);
@@ -115,19 +106,39 @@ function assertPicture(frame, place) {
   assert.equal(wrong.length, 0, `${wrong.length} of ${compared} places are wrong, first ${wrong.slice(0, 5).join('; ')}`);
 }
 
-/** The upper ruler's edges are where they belong, to the pixel: left of each edge one colour, right of it the other. */
-function assertRulerToThePixel(frame, { picture, left = 0, top = 0 }) {
-  const y = RULER / 2 - top;
-  assert.ok(y >= 0, 'the frame does not show the upper ruler');
-  const edges = picture.rulerEdges().filter((x) => x - left >= 1 && x - left < frame.width);
-  assert.ok(edges.length > 0, 'the frame shows no edge of the ruler');
-  for (const edge of edges) {
-    const brightness = (x) => pixelOf(frame, x - left, y).reduce((sum, value) => sum + value, 0) / 3;
+/**
+ * The rulers that the frame shows have their edges where they belong, to the pixel: before each edge one colour, after
+ * it the other. At least one edge across and one edge down must be seen when `across` and `down` ask for them.
+ */
+function assertRulersToThePixel(frame, { picture, left = 0, top = 0, across = true, down = true }) {
+  const brightness = (x, y) => pixelOf(frame, x, y).reduce((sum, value) => sum + value, 0) / 3;
+  const middles = (length) => [RULER / 2, length - RULER / 2];
+  const rows = middles(picture.height).map((y) => y - top).filter((y) => y >= 0 && y < frame.height);
+  const columns = middles(picture.width).map((x) => x - left).filter((x) => x >= 0 && x < frame.width);
+  const edges = [
+    ...rows.flatMap((y) => edgesIn(picture.width, left, frame.width).map((x) => [brightness(x - 1, y), brightness(x, y), x + left])),
+    ...columns.flatMap((x) =>
+      edgesIn(picture.height, top, frame.height, RULER).map((y) => [brightness(x, y - 1), brightness(x, y), y + top]),
+    ),
+  ];
+  assert.ok(!across || rows.length > 0, 'the frame shows no ruler across');
+  assert.ok(!down || columns.length > 0, 'the frame shows no ruler down');
+  for (const [before, after, edge] of edges) {
     const rising = rulerColour(edge) === WHITE;
-    const [before, after] = [brightness(edge - 1), brightness(edge)];
-    assert.ok(rising ? before < 128 && after >= 128 : before >= 128 && after < 128,
-      `the ruler's edge at ${edge} is not there: ${before} and ${after}`);
+    assert.ok(
+      rising ? before < 128 && after >= 128 : before >= 128 && after < 128,
+      `the ruler's edge at ${edge} is not there: ${before} and ${after}`,
+    );
   }
+}
+
+// Where the ruler changes its colour, in the frame; the rulers down end where those across begin.
+function edgesIn(length, offset, frameLength, end = 0) {
+  const edges = [];
+  for (let at = RULER; at < length - end; at += RULER) {
+    edges.push(at - offset);
+  }
+  return edges.filter((at) => at >= 1 && at < frameLength);
 }
 
 /** Every place of this rectangle of an RGB frame has one colour. */
@@ -213,6 +224,6 @@ module.exports = {
   assertAdvances,
   assertColour,
   assertPicture,
-  assertRulerToThePixel,
+  assertRulersToThePixel,
   readNumber,
 };

@@ -1,0 +1,106 @@
+'use strict';
+
+const assert = require('node:assert/strict');
+const { test } = require('node:test');
+const { METHODS, loadSilently, packageFolder } = require('./support/package');
+const { scenario } = require('./support/scenario');
+
+const Brisolte = loadSilently();
+
+test('the package exports the class and nothing else', () => {
+  assert.deepEqual(Object.keys(require(packageFolder)), ['Brisolte']);
+  assert.equal(typeof Brisolte, 'function');
+  assert.equal(Brisolte.name, 'Capture');
+});
+
+test('the class has its methods in their order', () => {
+  const names = Object.getOwnPropertyNames(Brisolte.prototype).filter((name) => name !== 'constructor');
+  assert.deepEqual(names, METHODS);
+  for (const name of METHODS) {
+    assert.equal(typeof Brisolte.prototype[name], 'function', name);
+  }
+});
+
+test('the class cannot be called without new', () => {
+  for (const call of [() => Brisolte(), () => Brisolte.call({}), () => Reflect.apply(Brisolte, undefined, [1])]) {
+    assert.throws(call, (error) => {
+      assert.equal(error.constructor, TypeError);
+      assert.equal(error.message, "Class constructors cannot be invoked without 'new'");
+      return true;
+    });
+  }
+});
+
+test('the constructor ignores arguments', () => {
+  for (const words of [[1], ['x', {}], [null, undefined, Symbol('s')]]) {
+    assert.ok(new Brisolte(...words) instanceof Brisolte);
+  }
+});
+
+test('a subclass works', () => {
+  class Recorder extends Brisolte {}
+  const recorder = new Recorder();
+  assert.ok(recorder instanceof Brisolte);
+  assert.equal(recorder.setFrameRate(25), true);
+});
+
+test('a method called on something else throws and does no harm', () => {
+  const instance = new Brisolte();
+  for (const name of METHODS) {
+    for (const receiver of [undefined, null, {}, 5, Object.create(Brisolte.prototype)]) {
+      assert.throws(() => Brisolte.prototype[name].call(receiver, 'x'), undefined, name);
+    }
+  }
+  assert.equal(instance.isCapturing(), false);
+});
+
+test('a fresh instance is idle and has recorded nothing', () => {
+  const instance = new Brisolte();
+  assert.equal(instance.isCapturing(), false);
+  assert.equal(instance.getSaveFilePath(), '');
+  assert.equal(instance.stopRecord(), false);
+});
+
+test('the log level is 2 at first and shared by all instances', async () => {
+  const { value } = await scenario(({ Brisolte: Capture }) => {
+    const [one, other] = [new Capture(), new Capture()];
+    const levels = [one.getLogLevel()];
+    for (const level of [0, 1, 3, 4, 5, 2]) {
+      levels.push(one.setLogLevel(level), other.getLogLevel());
+    }
+    return levels.map((level) => (level === undefined ? 'undefined' : level));
+  });
+  assert.deepEqual(value, [2, ...[0, 1, 3, 4, 5, 2].flatMap((level) => ['undefined', level])]);
+});
+
+test('the log level decides which lines are written', async () => {
+  const { value } = await scenario(({ Brisolte: Capture, log }) => {
+    const capture = new Capture();
+    return [0, 1, 2, 3, 4, 5].map((level) => {
+      capture.setLogLevel(level);
+      const mark = log.mark();
+      capture.setOutputDir('');
+      capture.setOutputDir(process.cwd());
+      const { entries } = log.since(mark);
+      return entries.map((entry) => entry.level);
+    });
+  });
+  const both = ['ERROR', 'INFO'];
+  assert.deepEqual(value, [both, both, both, ['ERROR'], ['ERROR'], []]);
+});
+
+test('many instances may live at once and be collected', async () => {
+  const { value } = await scenario(
+    async ({ Brisolte: Capture, waitFor }) => {
+      let collected = 0;
+      const registry = new FinalizationRegistry(() => (collected += 1));
+      const make = () => Array.from({ length: 12 }, () => new Capture()).forEach((capture) => registry.register(capture));
+      make();
+      await waitFor('the collection', () => global.gc() ?? collected === 12);
+      return new Capture().isCapturing();
+    },
+    {},
+    { nodeOptions: ['--expose-gc'] },
+  );
+  assert.equal(value, false);
+});

@@ -1,0 +1,58 @@
+'use strict';
+
+// What every recording of the known picture must satisfy.
+
+const assert = require('node:assert/strict');
+const { describe, frames, packets } = require('./media');
+const { assertAdvances, assertPicture, assertRulersToThePixel, readNumber, NUMBERS } = require('./pattern');
+
+const even = (length) => length + (length % 2);
+
+/** The stream's size is this, rounded up to even. */
+function assertSize(video, { width, height }) {
+  assert.deepEqual([video.width, video.height], [even(width), even(height)]);
+}
+
+/** Time stamps begin at 0 and strictly rise. */
+function assertTimes(found) {
+  assert.ok(found.length > 0, 'no packets');
+  assert.equal(found[0].ms, 0);
+  assert.equal(found[0].key, true);
+  found.slice(1).forEach(({ ms }, i) => assert.ok(ms > found[i].ms, `frame ${i + 1} at ${ms} after ${found[i].ms}`));
+}
+
+/**
+ * The whole file shows the picture, moving, each frame one picture.
+ *
+ * @param {{file: string, painted: number[]}} recording
+ * @param {object} place as assertPicture takes it; `exact: false` leaves the edges to the encoder
+ * @returns {{video: object, packets: object[], numbers: number[]}}
+ */
+function assertRecording(recording, place) {
+  const { video } = describe(recording.file);
+  const found = packets(recording.file);
+  assertTimes(found);
+  const grey = frames(recording.file, 'grey');
+  assert.equal(grey.length, found.length, 'every packet is a frame');
+  const numbers = grey.map((frame) => readNumber(frame, place));
+  assertAdvances(numbers);
+  assertFresh(numbers, recording.painted);
+  for (const frame of frames(recording.file, 'rgb', { every: 20 })) {
+    assertPicture(frame, place);
+    if (place.exact !== false) {
+      assertRulersToThePixel(frame, place);
+    }
+  }
+  return { video, packets: found, numbers };
+}
+
+// Frames show pictures of the time of the recording: one may have been on the screen when it began.
+function assertFresh(numbers, [before, after]) {
+  const since = (number) => (number - before + 2 + NUMBERS) % NUMBERS;
+  const most = since(after + 1);
+  numbers.forEach((number) =>
+    assert.ok(since(number) <= most, `picture ${number} is not from the recording, ${before} to ${after}`),
+  );
+}
+
+module.exports = { assertRecording, assertSize, assertTimes, even };
