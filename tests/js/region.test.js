@@ -50,18 +50,18 @@ for (const { name, left, top, width, height, ...rest } of REGIONS) {
 const BEYOND = [
   {
     name: 'right and bottom',
-    place: [rect.width - 560, rect.height - 330, 640, 420],
+    place: [rect.width - 640, rect.height - 330, 720, 420],
     black: [
-      { left: 564, top: 4, right: 636, bottom: 416 },
-      { left: 4, top: 334, right: 636, bottom: 416 },
+      { left: 644, top: 4, right: 716, bottom: 416 },
+      { left: 4, top: 334, right: 716, bottom: 416 },
     ],
   },
   {
     name: 'left and top',
-    place: [-80, -90, 640, 420],
+    place: [-80, -90, 720, 420],
     black: [
       { left: 4, top: 4, right: 76, bottom: 416 },
-      { left: 4, top: 4, right: 636, bottom: 86 },
+      { left: 4, top: 4, right: 716, bottom: 86 },
     ],
   },
 ];

@@ -17,6 +17,7 @@ constexpr int kCell = 16;
 constexpr int kDigits = 12;
 constexpr int kBlockWidth = (kDigits + 2) * kCell;  // the digits between a white and a black guard
 constexpr int kStep = 8;
+constexpr int kTrack = 320;  // a block and the room in which it moves; a wide lane holds several alike
 constexpr std::uint32_t kNumbers = 1U << kDigits;
 constexpr int kSmallestHeight = 128;
 
@@ -76,18 +77,27 @@ void Picture::PaintLane(std::span<std::uint32_t> pixels, int top, std::uint32_t 
   // In the Gray code one digit differs between neighbours: a blend of two pictures shows one grey digit, not
   // nonsense.
   const std::uint32_t code = number ^ (number >> 1U);
-  const int left = kRuler + kStep * static_cast<int>(number % static_cast<std::uint32_t>(Positions()));
-  const int cellTop = top + (kLaneHeight - kCell) / 2;
-  Fill(pixels, left, cellTop, kCell, kCell, kWhite);
+  const int offset = kRuler + kStep * static_cast<int>(number % static_cast<std::uint32_t>(Positions()));
+  for (int track = 0; track < Tracks(); ++track) {
+    PaintBlock(pixels, offset + track * kTrack, top + (kLaneHeight - kCell) / 2, code);
+  }
+}
+
+void Picture::PaintBlock(std::span<std::uint32_t> pixels, int left, int top, std::uint32_t code) const {
+  Fill(pixels, left, top, kCell, kCell, kWhite);
   for (int digit = 0; digit < kDigits; ++digit) {
     const bool set = (code >> static_cast<unsigned>(kDigits - 1 - digit)) % 2 == 1;
-    Fill(pixels, left + (digit + 1) * kCell, cellTop, kCell, kCell, set ? kWhite : kBlack);
+    Fill(pixels, left + (digit + 1) * kCell, top, kCell, kCell, set ? kWhite : kBlack);
   }
-  Fill(pixels, left + (kDigits + 1) * kCell, cellTop, kCell, kCell, kBlack);
+  Fill(pixels, left + (kDigits + 1) * kCell, top, kCell, kCell, kBlack);
+}
+
+int Picture::Tracks() const {
+  return std::max(1, (width_ - 2 * kRuler) / kTrack);
 }
 
 int Picture::Positions() const {
-  const int room = width_ - 2 * kRuler - kBlockWidth;
+  const int room = std::min(width_ - 2 * kRuler, kTrack) - kBlockWidth;
   return room < 0 || height_ < kSmallestHeight ? 0 : room / kStep + 1;
 }
 

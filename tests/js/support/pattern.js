@@ -20,6 +20,7 @@ const CELL = 16;
 const DIGITS = 12;
 const BLOCK_WIDTH = (DIGITS + 2) * CELL;
 const STEP = 8;
+const TRACK = 320;
 const NUMBERS = 1 << DIGITS;
 const SMALLEST_HEIGHT = 128;
 
@@ -33,7 +34,9 @@ const SAMPLE_STEP = 5;
 class Picture {
   constructor(width, height, palette = 0) {
     Object.assign(this, { width, height, palette });
-    const room = width - 2 * RULER - BLOCK_WIDTH;
+    const room = Math.min(width - 2 * RULER, TRACK) - BLOCK_WIDTH;
+    const tracks = Math.max(1, Math.floor((width - 2 * RULER) / TRACK));
+    this.tracks = Array.from({ length: tracks }, (_, i) => RULER + i * TRACK);
     this.positions = room < 0 || height < SMALLEST_HEIGHT ? 0 : Math.floor(room / STEP) + 1;
     const quarter = Math.floor(height / 4);
     this.lanes = this.positions > 0 ? [quarter - LANE_HEIGHT / 2, height - quarter - LANE_HEIGHT / 2] : [];
@@ -116,7 +119,7 @@ function assertRulersToThePixel(frame, { picture, left = 0, top = 0, across = tr
   const rows = middles(picture.height).map((y) => y - top).filter((y) => y >= 0 && y < frame.height);
   const columns = middles(picture.width).map((x) => x - left).filter((x) => x >= 0 && x < frame.width);
   const edges = [
-    ...rows.flatMap((y) => edgesIn(picture.width, left, frame.width).map((x) => [brightness(x - 1, y), brightness(x, y), x + left])),
+    ...rows.flatMap((y) => edgesIn(picture.width, left, frame.width, 0).map((x) => [brightness(x - 1, y), brightness(x, y), x + left])),
     ...columns.flatMap((x) =>
       edgesIn(picture.height, top, frame.height, RULER).map((y) => [brightness(x, y - 1), brightness(x, y), y + top]),
     ),
@@ -133,9 +136,9 @@ function assertRulersToThePixel(frame, { picture, left = 0, top = 0, across = tr
 }
 
 // Where the ruler changes its colour, in the frame; the rulers down end where those across begin.
-function edgesIn(length, offset, frameLength, end = 0) {
+function edgesIn(length, offset, frameLength, corner) {
   const edges = [];
-  for (let at = RULER; at < length - end; at += RULER) {
+  for (let at = RULER + corner; at < length - corner; at += RULER) {
     edges.push(at - offset);
   }
   return edges.filter((at) => at >= 1 && at < frameLength);
@@ -152,33 +155,32 @@ function assertColour(frame, { left, top, right, bottom }, wanted, tolerance = T
 }
 
 /**
- * The number that a grey frame shows. Throws when a lane shows none or two, or when the lanes disagree: then the frame
- * is put together from several pictures.
+ * The number that a grey frame shows. Throws when a block shows none, or when the blocks disagree: then the frame is put
+ * together from several pictures.
  */
 function readNumber(frame, { picture, left = 0, top = 0 }) {
-  const lanes = picture.lanes.filter((lane) => lane - top >= 0 && lane - top + LANE_HEIGHT <= frame.height);
-  assert.ok(lanes.length > 0, 'the frame shows no lane');
-  const numbers = lanes.map((lane) => readLane(frame, picture, left, lane - top));
-  assert.ok(numbers.every((number) => number === numbers[0]), `the lanes show different pictures: ${numbers}`);
+  const travel = BLOCK_WIDTH + STEP * (picture.positions - 1);
+  const rows = picture.lanes.map((y) => y - top).filter((y) => y >= 0 && y + LANE_HEIGHT <= frame.height);
+  const columns = picture.tracks.map((x) => x - left).filter((x) => x >= 0 && x + travel <= frame.width);
+  assert.ok(rows.length > 0 && columns.length > 0, 'the frame shows no place where a block moves');
+  const numbers = rows.flatMap((y) => columns.map((x) => readTrack(frame, picture.positions, x, y)));
+  assert.ok(numbers.every((number) => number === numbers[0]), `blocks show different pictures: ${numbers}`);
   return numbers[0];
 }
 
-function readLane(frame, picture, left, laneTop) {
+function readTrack(frame, positions, x, y) {
   const found = [];
-  for (let position = 0; position < picture.positions; position += 1) {
-    const number = readBlock(frame, RULER + STEP * position - left, laneTop + (LANE_HEIGHT - CELL) / 2);
-    if (number !== undefined && number % picture.positions === position) {
+  for (let position = 0; position < positions; position += 1) {
+    const number = readBlock(frame, x + STEP * position, y + (LANE_HEIGHT - CELL) / 2);
+    if (number !== undefined && number % positions === position) {
       found.push(number);
     }
   }
-  assert.equal(found.length, 1, `a lane shows ${found.length} numbers: ${found}`);
+  assert.equal(found.length, 1, `the lane at ${x}, ${y} shows ${found.length} numbers: ${found}`);
   return found[0];
 }
 
 function readBlock(frame, x, y) {
-  if (x < 0 || x + BLOCK_WIDTH > frame.width) {
-    return undefined;
-  }
   const cells = Array.from({ length: DIGITS + 2 }, (_, i) => readCell(frame, x + i * CELL, y));
   if (cells.includes(undefined) || cells[0] !== 1 || cells[DIGITS + 1] !== 0) {
     return undefined;
