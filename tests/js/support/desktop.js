@@ -9,8 +9,11 @@ const { Picture } = require('./pattern');
 const { scratchFile } = require('./scratch');
 const { waitFor } = require('./wait');
 
-const PROGRAM =
-  process.env.BRISOLTE_PATTERN ?? path.join(__dirname, '..', '..', '..', 'build', 'windows', 'pattern', 'pattern.exe');
+const folder =
+  process.env.BRISOLTE_TEST_PROGRAMS ?? path.join(__dirname, '..', '..', '..', 'build', 'windows', 'pattern');
+
+/** The programs that the tests start. */
+const programs = { pattern: path.join(folder, 'pattern.exe'), hold: path.join(folder, 'hold.exe') };
 
 /** How many pictures a pattern window has painted, from its progress file. */
 const painted = (progress) => Number(fs.readFileSync(progress, 'latin1')) || 0;
@@ -36,7 +39,7 @@ class PatternWindow {
       ...(below ? [] : ['--topmost']),
     ];
     const errors = fs.openSync(this.errors, 'w');
-    this.process = spawn(PROGRAM, words, { stdio: ['ignore', errors, errors] });
+    this.process = spawn(programs.pattern, words, { stdio: ['ignore', errors, errors] });
     fs.closeSync(errors);
     this.ended = new Promise((resolve) => {
       this.process.on('error', resolve);
@@ -107,4 +110,4 @@ async function openPattern(t, options) {
   return window;
 }
 
-module.exports = { openPattern, painted, paintedMore };
+module.exports = { openPattern, painted, paintedMore, programs };

@@ -1,5 +1,6 @@
 'use strict';
 
+const { execFileSync } = require('node:child_process');
 const fs = require('node:fs');
 const os = require('node:os');
 const path = require('node:path');
@@ -26,4 +27,29 @@ function scratchFolder(name = `folder-${(count += 1)}`) {
   return folder;
 }
 
-module.exports = { scratchDir, scratchFile, scratchFolder };
+/** An existing folder in which nobody may create a file, for the time of a test. */
+function readOnlyFolder(t) {
+  if (process.env.BRISOLTE_READ_ONLY_DIR) {
+    return process.env.BRISOLTE_READ_ONLY_DIR;
+  }
+  const folder = scratchFolder();
+  const everyone = '*S-1-1-0';
+  const change = (...words) => execFileSync('icacls', [folder, ...words], { stdio: 'ignore' });
+  change('/deny', `${everyone}:(WD,AD)`);
+  t.after(() => change('/remove:d', everyone));
+  return folder;
+}
+
+/** The folder of a disk of a few megabytes that this test may fill; empty before and after it. */
+function smallDisk(t) {
+  const folder = process.env.BRISOLTE_SMALL_DISK;
+  if (!folder) {
+    throw new Error('BRISOLTE_SMALL_DISK must name a folder on a small disk of its own');
+  }
+  const empty = () => fs.readdirSync(folder).forEach((name) => fs.rmSync(path.join(folder, name), { recursive: true }));
+  empty();
+  t.after(empty);
+  return folder;
+}
+
+module.exports = { readOnlyFolder, scratchDir, scratchFile, scratchFolder, smallDisk };
