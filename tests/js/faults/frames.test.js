@@ -115,5 +115,6 @@ test('a session whose closing fails still completes the file', async (t) => {
     },
   );
   assert.deepEqual(value.answers, [true, true, false], log.text);
+  assert.ok(log.has('ERROR', /^Error during audio cleanup: .*80070005/i), log.text);
   assert.ok(media.frames(value.file, 'grey').length > 0, log.text);
 });
