@@ -20,6 +20,9 @@ const TIMED_OUT = 124;
 const SMALL_DISK = '/small-disk';
 const SMALL_DISK_BYTES = 256 * 1024;
 
+// A folder into which nobody can write, not even root: the build root's own are mounted so.
+const READ_ONLY_DIR = '/usr';
+
 /** A path of this machine as Windows programs see it. */
 export const windowsPath = (path) => `Z:${path}`.replaceAll('/', '\\');
 
@@ -65,6 +68,7 @@ export async function runUnderWine(program, words, options = {}) {
       // Wine takes these folders into PATH: the tests' programs find FFmpeg's libraries here.
       WINEPATH: windowsPath(`${ffmpeg}/bin`),
       BRISOLTE_SMALL_DISK: windowsPath(SMALL_DISK),
+      BRISOLTE_READ_ONLY_DIR: windowsPath(READ_ONLY_DIR),
       BRISOLTE_SCREEN: screen,
       BRISOLTE_STANDINS: standins ? '1' : '',
       ...env,

@@ -40,7 +40,7 @@ function readOnlyFolder(t) {
   return folder;
 }
 
-/** The folder of a disk of a few megabytes that this test may fill; empty before and after it. */
+/** The folder of a small disk that this test may fill; empty before and after it. */
 function smallDisk(t) {
   const folder = process.env.BRISOLTE_SMALL_DISK;
   if (!folder) {
