@@ -68,7 +68,7 @@ test('a still window gives a recording that can be played', async (t) => {
   await window.command('pause');
   const mover = await openPattern(t, { title: 'Clock', x: 500, y: 300, width: 100, height: 100 });
   const recording = await record({ window: mover, settings: [['setWindow', window.handle]] });
-  const shown = frames(recording.file, 'rgb');
+  const shown = frames(recording.file);
   assert.ok(shown.length >= 1);
   shown.forEach((frame) => assertPicture(frame, { picture: window.picture }));
 });

@@ -66,9 +66,10 @@ async function lastFrameAfterResize(t, width, height) {
     { dir: scratchFolder(), handle: window.handle, files: window.files, command: `resize ${width} ${height}` },
   );
   assert.deepEqual([value.started, value.stopped], [true, true]);
-  assertSize(media.describe(value.file).video, { width: 480, height: 270 });
-  assertTimes(media.packets(value.file));
-  return media.frames(value.file, 'rgb').at(-1);
+  const { video, packets } = media.describe(value.file);
+  assertSize(video, { width: 480, height: 270 });
+  assertTimes(packets);
+  return media.frames(value.file, video).at(-1);
 }
 
 test('a window that grows is recorded in the first size', async (t) => {
@@ -100,7 +101,7 @@ test('a window that closes ends the frames, not the recording', async (t) => {
     { dir: scratchFolder(), handle: window.handle, files: window.files },
   );
   assert.deepEqual(value.states, [true, true, false]);
-  assert.ok(media.frames(value.file, 'grey').length > 0);
+  assert.ok(media.frames(value.file).length > 0);
   assert.equal(value.again, false);
   assert.match(value.log, /\[ERROR\] Invalid window handle/);
 });

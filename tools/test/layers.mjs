@@ -87,7 +87,7 @@ async function runJavascript(file, layer) {
   const tools = await ffmpegTools();
   const results = resultFile(layer, file, 'xml');
   const words = [
-    ...['--test', '--test-isolation=none', '--expose-gc', '--test-reporter=spec', '--test-reporter-destination=stdout'],
+    ...['--test', '--experimental-test-isolation=none', '--expose-gc', '--test-reporter=spec', '--test-reporter-destination=stdout'],
     ...['--test-reporter=junit', `--test-reporter-destination=${windowsPath(results)}`, windowsPath(file)],
   ];
   const code = await runUnderWine('node', words, {

@@ -3,7 +3,7 @@
 // What every recording of the known picture must satisfy.
 
 const assert = require('node:assert/strict');
-const { describe, frames, packets } = require('./media');
+const { describe, frames } = require('./media');
 const { assertAdvances, assertPicture, assertRulersToThePixel, readNumber, NUMBERS } = require('./pattern');
 
 const even = (length) => length + (length % 2);
@@ -26,24 +26,23 @@ function assertTimes(found) {
  *
  * @param {{file: string, painted: number[]}} recording
  * @param {object} place as assertPicture takes it; `exact: false` leaves the edges to the encoder
- * @returns {{video: object, packets: object[], numbers: number[]}}
+ * @returns {{video: object, packets: object[], numbers: number[], frames: object[]}}
  */
 function assertRecording(recording, place) {
-  const { video } = describe(recording.file);
-  const found = packets(recording.file);
-  assertTimes(found);
-  const grey = frames(recording.file, 'grey');
-  assert.equal(grey.length, found.length, 'every packet is a frame');
-  const numbers = grey.map((frame) => readNumber(frame, place));
+  const { video, packets } = describe(recording.file);
+  assertTimes(packets);
+  const shown = frames(recording.file, video);
+  assert.equal(shown.length, packets.length, 'every packet is a frame');
+  const numbers = shown.map((frame) => readNumber(frame, place));
   assertAdvances(numbers);
   assertFresh(numbers, recording.painted);
-  for (const frame of frames(recording.file, 'rgb', { every: 20 })) {
+  for (const frame of shown.filter((_, i) => i % 20 === 0)) {
     assertPicture(frame, place);
     if (place.exact !== false) {
       assertRulersToThePixel(frame, place);
     }
   }
-  return { video, packets: found, numbers };
+  return { video, packets, numbers, frames: shown };
 }
 
 // Frames show pictures of the time of the recording: one may have been on the screen when it began.

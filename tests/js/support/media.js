@@ -25,45 +25,40 @@ function run(name, words) {
   return result;
 }
 
-function json(words) {
-  const { status, output, errors } = run('ffprobe', ['-v', 'error', ...words, '-of', 'json']);
-  assert.equal(status, 0, `ffprobe ${words.join(' ')}: ${errors}`);
-  return JSON.parse(output);
-}
-
-/** A file's container and streams as ffprobe tells them, with `video` for the one video stream. */
+/**
+ * A file's container, streams and video packets, as ffprobe tells them.
+ * @returns {{format: object, streams: object[], video: object, packets: {ms: number, key: boolean}[]}} `video` is the
+ *   first video stream, the packets are in file order
+ */
 function describe(file) {
-  const { format, streams } = json(['-show_format', '-show_streams', file]);
-  return { format, streams, video: streams.find((stream) => stream.codec_type === 'video') };
+  const { status, output, errors } = run('ffprobe', [
+    ...['-v', 'error', '-show_entries', 'format:stream:packet=codec_type,pts_time,flags', '-of', 'json', file],
+  ]);
+  assert.equal(status, 0, `ffprobe could not read ${file}: ${errors}`);
+  const { format, streams, packets = [] } = JSON.parse(output);
+  return {
+    format,
+    streams,
+    video: streams.find((stream) => stream.codec_type === 'video'),
+    packets: packets
+      .filter((packet) => packet.codec_type === 'video')
+      .map(({ pts_time: seconds, flags }) => ({ ms: Number(seconds) * 1000, key: flags.startsWith('K') })),
+  };
 }
-
-/** The video packets in file order: { ms, key, size }. */
-function packets(file) {
-  return json(['-select_streams', 'v:0', '-show_entries', 'packet=pts_time,flags,size', file]).packets.map((packet) => ({
-    ms: Number(packet.pts_time) * 1000,
-    key: packet.flags.startsWith('K'),
-    size: Number(packet.size),
-  }));
-}
-
-const FORMATS = { rgb: ['rgb24', 3], grey: ['gray', 1] };
 
 /**
- * The decoded frames as { pixels, width, height }: three bytes a pixel for `rgb`, one for `grey`.
- * @param {number} [options.every] only each n-th frame, from the first
+ * The decoded frames as { pixels, width, height }, three bytes a pixel: red, green, blue.
+ * @param {object} [video] the stream as describe gives it, when it is known already
  */
-function frames(file, kind, { every = 1 } = {}) {
-  const [format, bytes] = FORMATS[kind];
-  const { width, height } = describe(file).video;
+function frames(file, { width, height } = describe(file).video) {
   const raw = scratchFile('raw');
-  const filters = [...(every > 1 ? [`select='not(mod(n,${every}))'`] : []), 'scale=out_range=pc', `format=${format}`];
-  const words = ['-v', 'error', '-i', file, '-map', '0:v:0', '-vf', filters.join(','), '-fps_mode', 'passthrough'];
-  const { status, errors } = run('ffmpeg', ['-y', ...words, '-f', 'rawvideo', raw]);
+  const words = ['-v', 'error', '-i', file, '-map', '0:v:0', '-vf', 'scale=out_range=pc,format=rgb24'];
+  const { status, errors } = run('ffmpeg', ['-y', ...words, '-fps_mode', 'passthrough', '-f', 'rawvideo', raw]);
   assert.equal(status, 0, `ffmpeg could not decode ${file}: ${errors}`);
   assert.equal(errors, '', `ffmpeg found errors in ${file}`);
   const all = fs.readFileSync(raw);
   fs.rmSync(raw);
-  const size = width * height * bytes;
+  const size = width * height * 3;
   return Array.from({ length: all.length / size }, (_, i) => ({
     pixels: all.subarray(i * size, (i + 1) * size),
     width,
@@ -71,4 +66,4 @@ function frames(file, kind, { every = 1 } = {}) {
   }));
 }
 
-module.exports = { describe, frames, packets, run };
+module.exports = { describe, frames };

@@ -155,7 +155,7 @@ function assertColour(frame, { left, top, right, bottom }, wanted, tolerance = T
 }
 
 /**
- * The number that a grey frame shows. Throws when a block shows none, or when the blocks disagree: then the frame is put
+ * The number that an RGB frame shows. Throws when a block shows none, or when the blocks disagree: then the frame is put
  * together from several pictures.
  */
 function readNumber(frame, { picture, left = 0, top = 0 }) {
@@ -199,7 +199,7 @@ function readCell({ pixels, width }, x, y) {
   let sum = 0;
   for (let dy = CELL / 4; dy < (CELL * 3) / 4; dy += 1) {
     for (let dx = CELL / 4; dx < (CELL * 3) / 4; dx += 1) {
-      sum += pixels[(y + dy) * width + x + dx];
+      sum += pixels[((y + dy) * width + x + dx) * 3];
     }
   }
   const mean = sum / ((CELL / 2) * (CELL / 2));
