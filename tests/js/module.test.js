@@ -1,9 +1,12 @@
 'use strict';
 
 const assert = require('node:assert/strict');
+const fs = require('node:fs');
+const path = require('node:path');
 const { test } = require('node:test');
 const { METHODS, loadSilently, packageFolder } = require('./support/package');
-const { scenario } = require('./support/scenario');
+const { runNode, scenario } = require('./support/scenario');
+const { scratchFile, scratchFolder } = require('./support/scratch');
 
 const Brisolte = loadSilently();
 
@@ -103,4 +106,29 @@ test('many instances may live at once and be collected', async () => {
     { nodeOptions: ['--expose-gc'] },
   );
   assert.equal(value, false);
+});
+
+// What a user's installation has of the package.
+function installPackage(folder) {
+  const parts = ['index.js', 'package.json', 'prebuilds', path.join('node_modules', 'node-gyp-build')];
+  parts.forEach((part) => fs.cpSync(path.join(packageFolder, part), path.join(folder, part), { recursive: true }));
+}
+
+test('the package works in any folder, in an application of any name', async () => {
+  const folder = path.join(scratchFolder(), 'Meine Geräte & 漢字');
+  fs.mkdirSync(folder);
+  installPackage(folder);
+  const application = path.join(folder, 'Recorder.exe');
+  fs.copyFileSync(process.execPath, application);
+  const script = scratchFile('js');
+  const calls = '[capture.getMonitors().length > 0, capture.getSupportVideoCodec().length > 0, capture.setMode(0)]';
+  fs.writeFileSync(
+    script,
+    `const { Brisolte } = require(${JSON.stringify(folder)});
+    const capture = new Brisolte();
+    capture.setLogLevel(5);
+    console.log(JSON.stringify(${calls}));`,
+  );
+  const { exitCode, output, errors } = await runNode([script], { program: application });
+  assert.deepEqual([exitCode, output.trim()], [0, '[true,true,true]'], errors);
 });

@@ -20,20 +20,25 @@ const CHILD = path.join(__dirname, 'scenario-child.js');
  */
 async function scenario(body, given = {}, { nodeOptions = [], within = 90000 } = {}) {
   const job = { source: body.toString(), given, result: scratchFile('result'), log: scratchFile('log') };
-  const [jobFile, errors] = [scratchFile('job'), scratchFile('err')];
+  const jobFile = scratchFile('job');
   fs.writeFileSync(jobFile, JSON.stringify(job));
-  const files = [fs.openSync(job.log, 'w'), fs.openSync(errors, 'w')];
-  const child = spawn(process.execPath, [...nodeOptions, CHILD, jobFile], { stdio: ['ignore', ...files] });
-  files.forEach((file) => fs.closeSync(file));
-  const exitCode = await endOf(child, within);
-
-  const log = new Log(fs.readFileSync(job.log, 'utf8'));
+  const { exitCode, output, errors } = await runNode([...nodeOptions, CHILD, jobFile], { log: job.log, within });
   const outcome = fs.existsSync(job.result) ? JSON.parse(fs.readFileSync(job.result, 'utf8')) : {};
   if (exitCode !== 0 || outcome.failure !== undefined) {
-    const said = [outcome.failure ?? `the process ended with ${exitCode}`, fs.readFileSync(errors, 'utf8'), log.text];
+    const said = [outcome.failure ?? `the process ended with ${exitCode}`, errors, output];
     throw new Error(said.map((text) => text.slice(-6000)).join('\n'));
   }
-  return { value: outcome.value, log, exitCode };
+  return { value: outcome.value, log: new Log(output), exitCode };
+}
+
+/** Runs Node.js, or `program` in its place, and gives { exitCode, output, errors }; `log` is the file of its output. */
+async function runNode(words, { program = process.execPath, log = scratchFile('log'), within = 90000 } = {}) {
+  const errors = scratchFile('err');
+  const files = [fs.openSync(log, 'w'), fs.openSync(errors, 'w')];
+  const child = spawn(program, words, { stdio: ['ignore', ...files] });
+  files.forEach((file) => fs.closeSync(file));
+  const exitCode = await endOf(child, within);
+  return { exitCode, output: fs.readFileSync(log, 'utf8'), errors: fs.readFileSync(errors, 'utf8') };
 }
 
 function endOf(child, within) {
@@ -47,4 +52,4 @@ function endOf(child, within) {
   });
 }
 
-module.exports = { scenario };
+module.exports = { runNode, scenario };

@@ -1,0 +1,52 @@
+'use strict';
+
+const assert = require('node:assert/strict');
+const { test } = require('node:test');
+const { scenario } = require('./support/scenario');
+const { scratchFolder } = require('./support/scratch');
+
+test('what is not available says so and gives nothing', async () => {
+  const { value } = await scenario(({ Brisolte, log }) => {
+    const capture = new Brisolte();
+    const calls = [['captureScreenshot', 'C:\\picture.png'], ['getMicrophones'], ['getSpeakers']];
+    return calls.map(([method, ...words]) => {
+      const mark = log.mark();
+      return [capture[method](...words), log.since(mark).errors];
+    });
+  });
+  assert.deepEqual(value.map(([answer]) => answer), [false, [], []]);
+  value.forEach(([, errors]) => {
+    assert.equal(errors.length, 1);
+    assert.match(errors[0], /not available/);
+  });
+});
+
+test('a recording that needs what is not available fails, and the next one starts', async () => {
+  const { value } = await scenario(
+    ({ Brisolte, log }, { dir }) => {
+      const attempts = [
+        { calls: [['setMode', -1], ['setMicrophoneDevice', 'x']], undo: ['setMicrophoneDevice', ''] },
+        { calls: [['setMode', -1], ['setSpeakerDevice', 'x']], undo: ['setSpeakerDevice', ''] },
+        { calls: [['setMode', 0], ['setEncoder', 'mf_h264']], undo: ['setEncoder', 'libx264'] },
+        { calls: [['setMode', 0], ['setEncoder', 'mf_hevc']], undo: ['setEncoder', 'libx264'] },
+      ];
+      const capture = new Brisolte();
+      capture.setOutputDir(dir);
+      return attempts.map(({ calls, undo }) => {
+        calls.forEach(([method, value]) => capture[method](value));
+        const mark = log.mark();
+        const outcome = [capture.startRecord(), capture.isCapturing()];
+        const { errors } = log.since(mark);
+        capture[undo[0]](undo[1]);
+        return [...outcome, errors, capture.startRecord(), capture.stopRecord()];
+      });
+    },
+    { dir: scratchFolder() },
+  );
+  value.forEach(([started, capturing, errors, ...after], i) => {
+    assert.deepEqual([started, capturing], [false, false]);
+    assert.match(errors[0], /not available/);
+    assert.equal(errors.at(-1), i < 2 ? 'Failed to create video capture' : 'Failed to initialize encoder');
+    assert.deepEqual(after, [true, true]);
+  });
+});
