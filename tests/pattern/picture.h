@@ -23,17 +23,17 @@ class Picture {
 
   /// The rows that `PaintNumber` touches, from the first to one past the last; equal when the picture has no
   /// lanes.
-  int FirstLaneRow() const;
-  int EndLaneRow() const;
+  [[nodiscard]] int FirstLaneRow() const;
+  [[nodiscard]] int EndLaneRow() const;
 
  private:
-  std::uint32_t StillColour(int x, int y) const;
+  [[nodiscard]] std::uint32_t StillColour(int x, int y) const;
   void Fill(std::span<std::uint32_t> pixels, int left, int top, int width, int height,
             std::uint32_t colour) const;
   void PaintLane(std::span<std::uint32_t> pixels, int top, std::uint32_t number) const;
   void PaintBlock(std::span<std::uint32_t> pixels, int left, int top, std::uint32_t code) const;
-  int Tracks() const;
-  int Positions() const;
+  [[nodiscard]] int Tracks() const;
+  [[nodiscard]] int Positions() const;
 
   int width_;
   int height_;

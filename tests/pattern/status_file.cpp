@@ -1,6 +1,6 @@
 #include "status_file.h"
 
-#include <cstdio>
+#include <iomanip>
 #include <iterator>
 #include <sstream>
 #include <utility>
@@ -22,10 +22,8 @@ ProgressFile::ProgressFile(const std::filesystem::path& file) {
 
 void ProgressFile::Write(std::uint32_t count) {
   if (stream_.is_open()) {
-    char digits[9];
-    std::snprintf(digits, sizeof digits, "%08u", count % 100'000'000U);
     stream_.seekp(0);
-    stream_.write(digits, 8);
+    stream_ << std::setw(8) << std::setfill('0') << count;
     stream_.flush();
   }
 }

@@ -12,7 +12,7 @@ namespace {
 
 using Clock = std::chrono::steady_clock;
 
-constexpr wchar_t kClassName[] = L"BrisoltePattern";
+constexpr const wchar_t* kClassName = L"BrisoltePattern";
 
 DWORD StyleOf(const PatternOptions& options) {
   return options.borderless ? WS_POPUP : WS_OVERLAPPEDWINDOW;
@@ -109,10 +109,12 @@ void PatternWindow::Run() {
 
 LRESULT CALLBACK PatternWindow::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   if (message == WM_NCCREATE) {
+    // NOLINTNEXTLINE(performance-no-int-to-ptr): Windows hands pointers through as integers
     auto* self = static_cast<PatternWindow*>(reinterpret_cast<CREATESTRUCTW*>(lParam)->lpCreateParams);
     self->window_ = window;
     SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(self));
   }
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): Windows hands pointers through as integers
   auto* self = reinterpret_cast<PatternWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
   return self != nullptr ? self->Handle(message, wParam, lParam)
                          : DefWindowProcW(window, message, wParam, lParam);
@@ -172,7 +174,7 @@ void PatternWindow::PaintNext() {
   }
   ++number_;
   picture_.PaintNumber(pixels_, number_);
-  const HDC target = GetDC(window_);
+  HDC target = GetDC(window_);
   // One copy for both lanes, so that no copy of the screen can fall between them.
   Show(target, picture_.FirstLaneRow(), picture_.EndLaneRow());
   ReleaseDC(window_, target);
@@ -247,7 +249,7 @@ void PatternWindow::WriteReady() const {
   ReplaceFileText(options_.ready, text.str());
 }
 
-void PatternWindow::WaitUntil(Clock::time_point due) const {
+void PatternWindow::WaitUntil(Clock::time_point due) {
   const auto wait = std::chrono::ceil<std::chrono::milliseconds>(due - Clock::now()).count();
   if (wait > 0) {
     MsgWaitForMultipleObjectsEx(0, nullptr, static_cast<DWORD>(wait), QS_ALLINPUT, MWMO_INPUTAVAILABLE);

@@ -29,6 +29,8 @@ class PatternWindow {
   explicit PatternWindow(const PatternOptions& options);
   PatternWindow(const PatternWindow&) = delete;
   PatternWindow& operator=(const PatternWindow&) = delete;
+  PatternWindow(PatternWindow&&) = delete;
+  PatternWindow& operator=(PatternWindow&&) = delete;
   ~PatternWindow();
 
   /// Paints at the asked rate and obeys commands until the window is closed or its time is over.
@@ -44,7 +46,7 @@ class PatternWindow {
   void Obey(const std::string& command);
   void SetClientSize(int width, int height) const;
   void WriteReady() const;
-  void WaitUntil(std::chrono::steady_clock::time_point due) const;
+  static void WaitUntil(std::chrono::steady_clock::time_point due);
   static void PumpMessages();
 
   PatternOptions options_;
