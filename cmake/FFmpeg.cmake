@@ -5,7 +5,9 @@ add_library(ffmpeg INTERFACE)
 if(FFMPEG_ROOT)
   target_include_directories(ffmpeg SYSTEM INTERFACE ${FFMPEG_ROOT}/include)
   foreach(library avcodec avformat avutil swscale swresample)
-    find_library(FFMPEG_${library} ${library} PATHS ${FFMPEG_ROOT}/lib NO_DEFAULT_PATH NO_CMAKE_FIND_ROOT_PATH REQUIRED)
+    # Not cached: another FFMPEG_ROOT has other libraries.
+    find_library(FFMPEG_${library} ${library} NO_CACHE PATHS ${FFMPEG_ROOT}/lib NO_DEFAULT_PATH
+      NO_CMAKE_FIND_ROOT_PATH REQUIRED)
     target_link_libraries(ffmpeg INTERFACE ${FFMPEG_${library}})
   endforeach()
   file(GLOB FFMPEG_DLLS ${FFMPEG_ROOT}/bin/*.dll)

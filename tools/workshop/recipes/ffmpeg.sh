@@ -13,6 +13,8 @@ cp -r /usr/include/ffnvcodec "$work/include"
 mkdir "$work/pkgconfig"
 cp "$libraries"/lib/pkgconfig/*.pc "$work/pkgconfig"
 sed -i "s|^prefix=.*|prefix=$libraries|" "$work"/pkgconfig/*.pc
+# x265 asks for the compiler's runtime as a DLL, which would have to lie beside ours.
+sed -i 's/-lgcc_s\b/-lgcc_eh/g' "$work/pkgconfig/x265.pc"
 cat /usr/lib/*/pkgconfig/ffnvcodec.pc /usr/lib/pkgconfig/ffnvcodec.pc /usr/share/pkgconfig/ffnvcodec.pc \
   2> /dev/null > "$work/pkgconfig/ffnvcodec.pc" || true
 
@@ -23,7 +25,7 @@ PKG_CONFIG_LIBDIR=$work/pkgconfig ./configure \
   --extra-cflags="-I$libraries/include -I$work/include" --extra-ldflags="-L$libraries/lib -static" \
   --extra-libs="-lstdc++" \
   --disable-static --enable-shared --disable-programs --disable-doc --disable-debug \
-  --disable-avdevice --disable-avfilter --disable-network \
+  --disable-avdevice --disable-avfilter --disable-postproc --disable-network \
   --disable-autodetect --disable-everything --enable-gpl --enable-w32threads \
   --enable-libx264 --enable-libx265 --enable-libvpx --enable-libmp3lame \
   --enable-ffnvcodec --enable-nvenc --enable-mediafoundation \
