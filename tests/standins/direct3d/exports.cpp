@@ -30,9 +30,10 @@ Result CallWines(const char* name, Arguments... arguments) {
   return function != nullptr ? function(arguments...) : static_cast<Result>(E_NOTIMPL);
 }
 
-HRESULT CreateHooked(HRESULT result, ID3D11Device* device) {
-  if (SUCCEEDED(result) && device != nullptr) {
-    HookDevice(*device);
+/// Hooks the device that a call has made. Without a device to give there is nothing to hook either.
+HRESULT Hooked(HRESULT result, ID3D11Device* const* device) {
+  if (SUCCEEDED(result) && device != nullptr && *device != nullptr) {
+    HookDevice(**device);
   }
   return result;
 }
@@ -58,10 +59,9 @@ HRESULT WINAPI D3D11CreateDevice(IDXGIAdapter* adapter, D3D_DRIVER_TYPE type, HM
     }
     return *fault;
   }
-  // Without a device to give there is nothing to hook either.
-  return CreateHooked(CallWines<HRESULT>("D3D11CreateDevice", adapter, type, software, flags, levels,
-                                         levelCount, sdk, device, level, context),
-                      device != nullptr ? *device : nullptr);
+  return Hooked(CallWines<HRESULT>("D3D11CreateDevice", adapter, type, software, flags, levels, levelCount,
+                                   sdk, device, level, context),
+                device);
 }
 
 HRESULT WINAPI D3D11CreateDeviceAndSwapChain(IDXGIAdapter* adapter, D3D_DRIVER_TYPE type, HMODULE software,
@@ -69,10 +69,9 @@ HRESULT WINAPI D3D11CreateDeviceAndSwapChain(IDXGIAdapter* adapter, D3D_DRIVER_T
                                              UINT sdk, const DXGI_SWAP_CHAIN_DESC* swapDesc,
                                              IDXGISwapChain** swapChain, ID3D11Device** device,
                                              D3D_FEATURE_LEVEL* level, ID3D11DeviceContext** context) {
-  return CreateHooked(
-      CallWines<HRESULT>("D3D11CreateDeviceAndSwapChain", adapter, type, software, flags, levels, levelCount,
-                         sdk, swapDesc, swapChain, device, level, context),
-      device != nullptr ? *device : nullptr);
+  return Hooked(CallWines<HRESULT>("D3D11CreateDeviceAndSwapChain", adapter, type, software, flags, levels,
+                                   levelCount, sdk, swapDesc, swapChain, device, level, context),
+                device);
 }
 
 // These five are between Wine's dxgi.dll and its d3d11.dll.

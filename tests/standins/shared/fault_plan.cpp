@@ -1,5 +1,7 @@
 #include "shared/fault_plan.h"
 
+#include <exception>
+#include <iterator>
 #include <sstream>
 
 namespace brisolte::standins {
@@ -27,25 +29,24 @@ FaultPlan::FaultPlan(std::string_view text) {
 }
 
 void FaultPlan::AddLine(std::string_view line) {
-  std::istringstream words{std::string(line)};
-  std::string call;
-  std::string result;
-  if (!(words >> call >> result) || call.starts_with('#')) {
+  std::istringstream input{std::string(line)};
+  const std::vector<std::string> words{std::istream_iterator<std::string>(input), {}};
+  if (words.size() < 2 || words.size() % 2 != 0 || words[0].starts_with('#')) {
     return;
   }
-  const auto code = Number(result);
-  if (!code) {
+  const auto result = Number(words[1]);
+  if (!result) {
     return;
   }
-  Rule rule{.result = static_cast<std::int32_t>(*code)};
-  for (std::string key, value; words >> key >> value;) {
-    const auto number = Number(value);
-    if (!number || (key != "skip" && key != "times")) {
+  Rule rule{.result = static_cast<std::int32_t>(*result)};
+  for (std::size_t i = 2; i < words.size(); i += 2) {
+    const auto number = Number(words[i + 1]);
+    if (!number || (words[i] != "skip" && words[i] != "times")) {
       return;
     }
-    (key == "skip" ? rule.skip : rule.times) = *number;
+    (words[i] == "skip" ? rule.skip : rule.times) = *number;
   }
-  rules_[call].push_back(rule);
+  rules_[words[0]].push_back(rule);
 }
 
 std::optional<std::int32_t> FaultPlan::Take(std::string_view call) {

@@ -1,0 +1,40 @@
+#include "shared/fault_plan.h"
+
+#include <gtest/gtest.h>
+
+namespace brisolte::standins {
+
+namespace {
+
+constexpr auto kDenied = static_cast<std::int32_t>(0x80070005);
+
+TEST(FaultPlan, AnswersNothingWithoutARule) {
+  FaultPlan plan("Map 0x80070005\n");
+  EXPECT_EQ(FaultPlan().Take("Map"), std::nullopt);
+  EXPECT_EQ(plan.Take("Ma"), std::nullopt);
+  EXPECT_EQ(plan.Take(""), std::nullopt);
+}
+
+TEST(FaultPlan, AnswersEveryCallUnlessToldOtherwise) {
+  FaultPlan plan("Map 0x80070005\r\nClose 1");
+  EXPECT_EQ(plan.Take("Map"), kDenied);
+  EXPECT_EQ(plan.Take("Map"), kDenied);
+  EXPECT_EQ(plan.Take("Close"), 1);
+}
+
+TEST(FaultPlan, SkipsAndCounts) {
+  FaultPlan plan("Map 0x80070005 skip 2 times 1\nMap 7 times 1");
+  EXPECT_EQ(plan.Take("Map"), 7);
+  EXPECT_EQ(plan.Take("Map"), std::nullopt);
+  EXPECT_EQ(plan.Take("Map"), kDenied);
+  EXPECT_EQ(plan.Take("Map"), std::nullopt);
+}
+
+TEST(FaultPlan, LeavesOutWhatDoesNotReadAsARule) {
+  FaultPlan plan("# Map 1\n\nMap\nMap x\nMap 1 skip\nMap 1 often 3\nMap 1 times x\nMap 1 times 2x\n");
+  EXPECT_EQ(plan.Take("Map"), std::nullopt);
+}
+
+}  // namespace
+
+}  // namespace brisolte::standins
