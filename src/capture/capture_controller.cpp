@@ -18,13 +18,9 @@ bool IsDirectory(const std::string& text) {
   if (text.find('\0') != std::string::npos) {
     return false;
   }
-  std::filesystem::path path = PathFromUtf8(text);
+  const std::filesystem::path path = PathFromUtf8(text);
   if (path.empty()) {
     return false;
-  }
-  // A drive without a path is its current directory, but not every C runtime finds a status for it.
-  if (path == path.root_name()) {
-    path += ".";
   }
   return std::filesystem::is_directory(std::filesystem::status(path));
 }

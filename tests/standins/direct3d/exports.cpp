@@ -1,8 +1,6 @@
 #include <d3d11.h>
 #include <windows.h>
 
-#include <string>
-
 #include "direct3d/device_hooks.h"
 #include "shared/faults.h"
 #include "shared/winrt_direct3d.h"
@@ -11,13 +9,9 @@ namespace brisolte::standins {
 
 namespace {
 
-// By its whole path: the name alone would find this DLL.
+// Where the Wine runner puts it: this DLL has taken its place.
 HMODULE WinesOwn() {
-  static const HMODULE module = [] {
-    wchar_t folder[MAX_PATH] = L"";
-    GetSystemDirectoryW(folder, MAX_PATH);
-    return LoadLibraryW((std::wstring(folder) + L"\\d3d11.dll").c_str());
-  }();
+  static const HMODULE module = LoadLibraryW(L"C:\\wine\\d3d11.dll");
   return module;
 }
 
