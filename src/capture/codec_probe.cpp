@@ -37,12 +37,12 @@ AVPixelFormat ProbeFormat(const AVCodec& codec) {
 }
 
 bool WorksOnADevice(const AVCodec& codec) {
-  for (int i = 0; const AVCodecHWConfig* const config = avcodec_get_hw_config(&codec, i); ++i) {
-    if ((config->methods & AV_CODEC_HW_CONFIG_METHOD_HW_DEVICE_CTX) != 0) {
-      return true;
-    }
+  int index = 0;
+  const AVCodecHWConfig* config = avcodec_get_hw_config(&codec, index);
+  while (config != nullptr && (config->methods & AV_CODEC_HW_CONFIG_METHOD_HW_DEVICE_CTX) == 0) {
+    config = avcodec_get_hw_config(&codec, ++index);
   }
-  return false;
+  return config != nullptr;
 }
 
 bool OpensOnThisMachine(const AVCodec& codec) {

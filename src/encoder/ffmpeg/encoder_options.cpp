@@ -1,6 +1,5 @@
 #include "encoder/ffmpeg/encoder_options.h"
 
-#include <algorithm>
 #include <array>
 #include <initializer_list>
 #include <string_view>
@@ -129,6 +128,15 @@ void ApplyMotionJpegSettings(int frameRate, AVCodecContext& context) {
   context.flags2 |= AV_CODEC_FLAG2_LOCAL_HEADER;
 }
 
+void ApplyRow(const EncoderRow& row, AVCodecContext& context, OptionDictionary& options) {
+  for (const Option& option : row.options) {
+    options.Set(option.name, option.value);
+  }
+  if (row.adjust != nullptr) {
+    row.adjust(context);
+  }
+}
+
 }  // namespace
 
 void ApplyEncoderOptions(const std::string& encoderName, int frameRate, AVCodecContext& context,
@@ -137,16 +145,11 @@ void ApplyEncoderOptions(const std::string& encoderName, int frameRate, AVCodecC
   if (IsMotionJpeg(encoderName)) {
     ApplyMotionJpegSettings(frameRate, context);
   }
-  const auto& rows = EncoderRows();
-  const auto row = std::ranges::find(rows, encoderName, &EncoderRow::encoder);
-  if (row == rows.end()) {
-    return;
-  }
-  for (const Option& option : row->options) {
-    options.Set(option.name, option.value);
-  }
-  if (row->adjust != nullptr) {
-    row->adjust(context);
+  for (const EncoderRow& row : EncoderRows()) {
+    if (row.encoder == encoderName) {
+      ApplyRow(row, context, options);
+      return;
+    }
   }
 }
 

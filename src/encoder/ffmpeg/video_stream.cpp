@@ -68,7 +68,10 @@ bool VideoStream::Initialize(OutputFile& file, const CaptureSettings& settings, 
   const int sourceHeight = static_cast<int>(height);
   const int encodedHeight = EvenHeight(sourceHeight);
   // A muxer cannot be rid of a stream again, so a second attempt uses the first one's.
-  if (!file.AcceptsStreams() || (stream_ == nullptr && (stream_ = file.AddStream()) == nullptr)) {
+  if (stream_ == nullptr) {
+    stream_ = file.AddStream();
+  }
+  if (stream_ == nullptr || !file.AcceptsStreams()) {
     Logger::Error("FFmpegEncoder: Failed to create video stream");
     return false;
   }
