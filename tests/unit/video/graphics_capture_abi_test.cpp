@@ -3,7 +3,9 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstddef>
 #include <cstdint>
+#include <cstring>
 #include <string>
 #include <utility>
 
@@ -36,12 +38,18 @@ constexpr auto kTable = MakeTable(std::make_index_sequence<16>());
 template <typename Interface>
 class Recorder {
  public:
-  Interface* operator->() { return reinterpret_cast<Interface*>(object_); }
+  Recorder() {
+    // Copied as bytes: a compiler may not mistake the table for data of another type than the calls read.
+    const void* table = kTable.data();
+    std::memcpy(object_.data(), &table, sizeof(table));
+  }
+
+  Interface* operator->() { return reinterpret_cast<Interface*>(start_); }
 
  private:
-  const void* table_ = kTable.data();
-  // Volatile, or a compiler would see through to functions of another type than the ones it calls.
-  const void** volatile object_ = &table_;
+  alignas(void*) std::array<std::byte, sizeof(void*)> object_{};
+  // Volatile, or it would see through to functions of another type than the ones it calls.
+  std::byte* volatile start_ = object_.data();
 };
 
 std::string IdentifierText(const IID& iid) {
