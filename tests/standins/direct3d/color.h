@@ -43,17 +43,17 @@ class RgbToYcbcr {
  public:
   RgbToYcbcr(Matrix matrix, Range input, Range output);
 
-  /// Converts two rows of an even number of BGRA pixels; chroma is the mean of each block of four.
+  /// Converts two rows of an even number of BGRA pixels; chroma is that of the mean of each block of four.
   void ConvertRows(const std::uint8_t* upper, const std::uint8_t* lower, int pixels, std::uint8_t* upperLuma,
                    std::uint8_t* lowerLuma, std::uint8_t* chroma) const;
 
  private:
-  std::uint8_t Luma(const std::uint8_t* bgra) const;
+  // Fixed point with 15 bits behind the point, so that each fits the factors of a 16-bit multiplication.
+  struct Weights {
+    int red, green, blue, bias;
+  };
 
-  // Fixed point with 16 bits behind the point.
-  int yRed_, yGreen_, yBlue_, yBias_;
-  int cbRed_, cbGreen_, cbBlue_;
-  int crRed_, crGreen_, crBlue_;
+  Weights y_, cb_, cr_;
 };
 
 /// The rows of a picture put together from a piece of another one, scaled by nearest neighbour, on a

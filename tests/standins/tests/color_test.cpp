@@ -57,6 +57,30 @@ TEST(RgbToYcbcr, KnowsBothRanges) {
   EXPECT_EQ(Convert(limited, 0, 0, 0).y, 0) << "below black";
 }
 
+TEST(RgbToYcbcr, TreatsEveryPixelOfARowAlike) {
+  constexpr int kPixels = 22;
+  std::array<std::uint8_t, kPixels * 4> upper{};
+  std::array<std::uint8_t, kPixels * 4> lower{};
+  for (std::size_t i = 0; i < upper.size(); ++i) {
+    upper[i] = static_cast<std::uint8_t>(i * 37);
+    lower[i] = static_cast<std::uint8_t>(255 - i * 11);
+  }
+  for (const Range range : {Range::kLimited, Range::kFull}) {
+    const RgbToYcbcr convert(Matrix::kBt709, range, Range::kLimited);
+    std::array<std::uint8_t, kPixels * 3> all{};
+    convert.ConvertRows(upper.data(), lower.data(), kPixels, all.data(), all.data() + kPixels,
+                        all.data() + 2 * kPixels);
+    for (std::size_t x = 0; x < kPixels; x += 2) {
+      std::array<std::uint8_t, 6> two{};
+      convert.ConvertRows(&upper[x * 4], &lower[x * 4], 2, &two[0], &two[2], &two[4]);
+      for (std::size_t row = 0; row < 3; ++row) {
+        EXPECT_EQ(all[row * kPixels + x], two[row * 2]) << x;
+        EXPECT_EQ(all[row * kPixels + x + 1], two[row * 2 + 1]) << x;
+      }
+    }
+  }
+}
+
 TEST(ComposedRows, ScalesAPieceOntoABackground) {
   const std::array<std::uint32_t, 8> picture{1, 2, 3, 4, 5, 6, 7, 8};
   ComposedRows rows({reinterpret_cast<const std::uint8_t*>(picture.data()), 16}, {1, 0, 3, 2}, {2, 1, 6, 3},
