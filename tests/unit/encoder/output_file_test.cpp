@@ -2,8 +2,10 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <memory>
 
 #ifdef _WIN32
 #include <windows.h>
@@ -121,15 +123,15 @@ TEST(PrepareOutputFile, FailsForAnEmptyPath) {
 
 #ifdef _WIN32
 
-TEST(PrepareOutputFile, FailsForAReadOnlyFile) {
-  const TemporaryDirectory directory;
-  const std::string path = directory / "file.mp4";
-  WriteSomething(path);
-  SetFileAttributesW(PathFromUtf8(path).c_str(), FILE_ATTRIBUTE_READONLY);
+TEST(PrepareOutputFile, FailsInAReadOnlyDirectory) {
+  const char* const directory = std::getenv("BRISOLTE_READ_ONLY_DIR");
+  ASSERT_NE(directory, nullptr) << "the runner names a directory that nobody can write";
+  const std::string path = std::string(directory) + "\\file.mp4";
   const CapturedLog log;
   EXPECT_FALSE(PrepareOutputFile(path));
-  EXPECT_TRUE(log.has("[ERROR] Cannot write to output file: " + path));
-  SetFileAttributesW(PathFromUtf8(path).c_str(), FILE_ATTRIBUTE_NORMAL);
+  EXPECT_THAT(log.lines(), ElementsAre(std::string("[INFO] Creating output directory: ") + directory,
+                                       "[INFO] Output directory already exists",
+                                       "[ERROR] Cannot write to output file: " + path));
 }
 
 TEST(PrepareOutputFile, RaisesWhenTheFileCannotBeRemoved) {

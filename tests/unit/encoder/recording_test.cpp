@@ -169,6 +169,74 @@ TEST_P(Recording, ShowsEachPictureAtItsPlace) {
   }
 }
 
+/// Recordings for which one encoder is enough.
+class OneRecording : public ::testing::Test {
+ protected:
+  CaptureSettings Settings(const char* encoder, const char* file) const {
+    CaptureSettings settings;
+    settings.encoderName = encoder;
+    settings.outputFilePath = directory_ / file;
+    return settings;
+  }
+
+  TemporaryDirectory directory_;
+};
+
+TEST_F(OneRecording, KeepsFramesOfTheSameMillisecondApart) {
+  const CaptureSettings settings = Settings("libx264", "file.mp4");
+  const Picture picture(Picture::Layout::kNv12, 64, 48, {10, 20, 30});
+  FFmpegEncoder encoder(settings);
+  ASSERT_TRUE(encoder.InitializeVideoEncoder(64, 48, nullptr));
+  ASSERT_TRUE(encoder.Start());
+  for (const std::int64_t milliseconds : {0, 20, 20, 20, 10, 40}) {
+    EXPECT_TRUE(encoder.ProcessFrameAsync(picture.Frame(milliseconds)));
+  }
+  ASSERT_TRUE(encoder.Stop());
+  const DecodedVideo video = ReadVideo(settings.outputFilePath);
+  ASSERT_THAT(video.packetSeconds, SizeIs(6));
+  ExpectRising(video.packetSeconds);
+  EXPECT_NEAR(video.packetSeconds.back(), 0.040, 0.001);
+}
+
+// The ProRes encoders do not: one refuses the width, the other one spoils the last column's colour.
+TEST_F(OneRecording, KeepsAnOddWidthWhereTheEncoderDoes) {
+  struct Format {
+    const char* encoder;
+    const char* file;
+    Picture::Layout layout;
+    ColourRule rule;
+  };
+  for (const auto& [name, file, layout, rule] :
+       {Format{"mpeg4", "a.mp4", Picture::Layout::kNv12, ColourRule::kBt709Limited},
+        Format{"libvpx", "b.webm", Picture::Layout::kNv12, ColourRule::kBt709Limited},
+        Format{"mjpeg", "c.avi", Picture::Layout::kBgra, ColourRule::kBt601Full}}) {
+    SCOPED_TRACE(name);
+    const CaptureSettings settings = Settings(name, file);
+    FFmpegEncoder encoder(settings);
+    ASSERT_TRUE(encoder.InitializeVideoEncoder(161, 121, nullptr));
+    ASSERT_TRUE(encoder.Start());
+    encoder.ProcessFrameAsync(FourColours(layout, 161, 121).Frame(0));
+    ASSERT_TRUE(encoder.Stop());
+    const DecodedVideo video = ReadVideo(settings.outputFilePath);
+    EXPECT_EQ(video.width, 161);
+    EXPECT_EQ(video.height, 120);
+    ASSERT_THAT(video.frames, SizeIs(1));
+    ExpectFourColours(video, rule);
+  }
+}
+
+TEST_F(OneRecording, NamesItsStreamAndWorksInAnyScript) {
+  const CaptureSettings settings = Settings("libx264", "\xC3\xBC\xE6\xBC\xA2/\xF0\x9F\x8E\xA5.mp4");
+  FFmpegEncoder encoder(settings);
+  ASSERT_TRUE(encoder.InitializeVideoEncoder(64, 48, nullptr));
+  ASSERT_TRUE(encoder.Start());
+  EXPECT_TRUE(encoder.ProcessFrameAsync(Picture(Picture::Layout::kNv12, 64, 48, {10, 20, 30}).Frame(0)));
+  ASSERT_TRUE(encoder.Stop());
+  const DecodedVideo video = ReadVideo(settings.outputFilePath);
+  EXPECT_EQ(video.handlerName, "VideoHandler");
+  EXPECT_EQ(video.language, "eng");
+}
+
 INSTANTIATE_TEST_SUITE_P(Encoders, Recording, ::testing::ValuesIn(kCases), [](const auto& instance) {
   std::string name = instance.param.encoder;
   std::erase_if(name, [](char c) { return c == '-' || c == '_'; });
