@@ -70,7 +70,7 @@ const plainError = (text) => (error) => {
 };
 
 for (const [method, [type, text]] of Object.entries(SETTERS)) {
-  test(`${method} takes nothing but a ${type}`, () => {
+  test(`${method} takes nothing but ${type === 'object' ? 'an' : 'a'} ${type}`, () => {
     const instance = new Brisolte();
     // A function has properties too, and passes where an object is asked for.
     const passes = (kind) => kind === type || (type === 'object' && kind === 'function');

@@ -109,15 +109,16 @@ test('many instances may live at once and be collected', async () => {
 });
 
 // What a user's installation has of the package.
-function installPackage(folder) {
-  const parts = ['index.js', 'package.json', 'prebuilds', path.join('node_modules', 'node-gyp-build')];
-  parts.forEach((part) => fs.cpSync(path.join(packageFolder, part), path.join(folder, part), { recursive: true }));
+async function installPackage(folder) {
+  for (const part of ['index.js', 'package.json', 'prebuilds', path.join('node_modules', 'node-gyp-build')]) {
+    await fs.promises.cp(path.join(packageFolder, part), path.join(folder, part), { recursive: true });
+  }
 }
 
 test('the package works in any folder, in an application of any name', async () => {
   const folder = path.join(scratchFolder(), 'Meine Geräte & 漢字');
   fs.mkdirSync(folder);
-  installPackage(folder);
+  await installPackage(folder);
   const application = path.join(folder, 'Recorder.exe');
   fs.copyFileSync(process.execPath, application);
   const script = scratchFile('js');
