@@ -54,6 +54,9 @@ prefix() {
 }
 
 export WINEDLLOVERRIDES="mscoree,mshtml="
+# A copy of the screen is a reply of several megabytes. Its memory would be fresh from the system each time, which costs
+# more than the copy itself.
+export GLIBC_TUNABLES=glibc.malloc.mmap_threshold=1073741824:glibc.malloc.trim_threshold=1073741824
 display
 sound
 prefix
