@@ -16,7 +16,7 @@ const SMALL = { x: 30, y: 30, width: 320, height: 192 };
 
 // Tries to record into `dir`, then makes a good recording into `good` with the same instance. What startRecord throws
 // comes back as its message.
-async function tryThenRecord({ Brisolte, log, painted, paintedMore }, { dir, good, handle, progress, spoil, mode }) {
+async function tryThenRecord({ Brisolte, log, painted, paintedMore, require: load }, { dir, good, handle, progress, spoil, mode }) {
   const attempt = (call) => {
     try {
       return call();
@@ -27,7 +27,7 @@ async function tryThenRecord({ Brisolte, log, painted, paintedMore }, { dir, goo
   const capture = new Brisolte();
   const accepted = capture.setOutputDir(dir);
   if (spoil) {
-    new Function('require', 'dir', spoil)(require, dir);
+    new Function('require', 'dir', spoil)(load, dir);
   }
   capture.setWindow(handle);
   if (mode !== undefined) {

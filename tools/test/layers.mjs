@@ -87,8 +87,11 @@ async function runJavascript(file, layer) {
   const tools = await ffmpegTools();
   const results = resultFile(layer, file, 'xml');
   const words = [
-    ...['--test', '--experimental-test-isolation=none', '--expose-gc', '--test-reporter=spec', '--test-reporter-destination=stdout'],
-    ...['--test-reporter=junit', `--test-reporter-destination=${windowsPath(results)}`, windowsPath(file)],
+    ...['--test', '--experimental-test-isolation=none', '--expose-gc'],
+    // A child that a failing test left behind must not keep the whole run waiting.
+    '--test-force-exit',
+    ...['--test-reporter=spec', '--test-reporter-destination=stdout', '--test-reporter=junit'],
+    ...[`--test-reporter-destination=${windowsPath(results)}`, windowsPath(file)],
   ];
   const code = await runUnderWine('node', words, {
     standins: true,
