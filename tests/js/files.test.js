@@ -16,7 +16,8 @@ const SMALL = { x: 30, y: 30, width: 320, height: 192 };
 
 // Tries to record into `dir`, then makes a good recording into `good` with the same instance. What startRecord throws
 // comes back as its message.
-async function tryThenRecord({ Brisolte, log, painted, paintedMore, require: load }, { dir, good, handle, progress, spoil, mode }) {
+async function tryThenRecord({ Brisolte, log, painted, paintedMore, require: load }, given) {
+  const { dir, good, handle, progress, spoil, mode } = given;
   const attempt = (call) => {
     try {
       return call();

@@ -85,7 +85,7 @@ test('a window that shrinks is recorded in the first size', async (t) => {
 test('a window that closes ends the frames, not the recording', async (t) => {
   const window = await openPattern(t, { title: 'Closing' });
   const { value } = await scenario(
-    async ({ Brisolte, log, paintedMore, waitFor, require: load }, { dir, handle, files }) => {
+    async ({ Brisolte, log, paintedMore, waitFor, require: load }, { dir, other, handle, files }) => {
       const capture = new Brisolte();
       capture.setOutputDir(dir);
       capture.setWindow(handle);
@@ -95,10 +95,12 @@ test('a window that closes ends the frames, not the recording', async (t) => {
       load('node:fs').appendFileSync(files.control, 'close\n');
       await waitFor('the end of the window', () => !capture.getWindows().some((each) => each.handle === handle));
       const states = [capture.isCapturing(), capture.stopRecord(), capture.isCapturing()];
+      const file = capture.getSaveFilePath();
+      capture.setOutputDir(other);
       const mark = log.mark();
-      return { states, file: capture.getSaveFilePath(), again: capture.startRecord(), log: log.since(mark).text };
+      return { states, file, again: capture.startRecord(), log: log.since(mark).text };
     },
-    { dir: scratchFolder(), handle: window.handle, files: window.files },
+    { dir: scratchFolder(), other: scratchFolder(), handle: window.handle, files: window.files },
   );
   assert.deepEqual(value.states, [true, true, false]);
   assert.ok(media.frames(value.file).length > 0);
@@ -108,7 +110,7 @@ test('a window that closes ends the frames, not the recording', async (t) => {
 
 test('what is no window fails', async (t) => {
   const window = await openPattern(t, { title: 'Mover' });
-  const handles = [0, 1, -1, 2 ** 40, 2 ** 53, NaN];
+  const handles = [0, 1, -1, 2 ** 40, 2 ** 53, 2 ** 64];
   const plans = handles.map((handle) => ({ window, settings: [['setWindow', handle]] }));
   const { recordings } = await recordAll([...plans, { window, pictures: 20, settings: target(window) }]);
   for (const { started, capturing, log } of recordings.slice(0, -1)) {

@@ -46,14 +46,21 @@ function describe(file) {
   };
 }
 
+const MATRICES = { bt709: 'bt709', bt470bg: 'bt601', smpte170m: 'bt601' };
+
 /**
  * The decoded frames as { pixels, width, height }, three bytes a pixel: red, green, blue.
  * @param {object} [video] the stream as describe gives it, when it is known already
  */
-function frames(file, { width, height } = describe(file).video) {
+function frames(file, { width, height, color_space: space } = describe(file).video) {
   const raw = scratchFile('raw');
-  const words = ['-v', 'error', '-i', file, '-map', '0:v:0', '-vf', 'scale=out_range=pc,format=rgb24'];
-  const { status, errors } = run('ffmpeg', ['-y', ...words, '-fps_mode', 'passthrough', '-f', 'rawvideo', raw]);
+  // What the container says holds: FFmpeg's decoder of VP8, which has no field for it, always says BT.601.
+  const matrix = MATRICES[space] ?? 'auto';
+  const filters = `scale=in_color_matrix=${matrix}:out_range=pc,format=rgb24`;
+  const words = ['-v', 'error', '-i', file, '-map', '0:v:0', '-vf', filters];
+  // Frames keep their own times: on the grid of a guessed frame rate two could fall together.
+  const times = ['-fps_mode', 'passthrough', '-enc_time_base', 'demux'];
+  const { status, errors } = run('ffmpeg', ['-y', ...words, ...times, '-f', 'rawvideo', raw]);
   assert.equal(status, 0, `ffmpeg could not decode ${file}: ${errors}`);
   assert.equal(errors, '', `ffmpeg found errors in ${file}`);
   const all = fs.readFileSync(raw);
