@@ -11,6 +11,9 @@
 /// does not clash.
 namespace brisolte::abi {
 
+// Names and types are the platform's.
+// NOLINTBEGIN(readability-identifier-naming, modernize-avoid-c-arrays)
+
 struct IDirect3D11CaptureFrame;
 struct IDirect3D11CaptureFramePool;
 struct IDirect3DDevice;
@@ -136,5 +139,7 @@ struct IGraphicsCaptureSession : IInspectable {
   static constexpr IID kIid{0x814E42A9, 0xF70F, 0x4AD7, {0x93, 0x9B, 0xFD, 0xDC, 0xC6, 0xEB, 0x88, 0x0D}};
   virtual HRESULT STDMETHODCALLTYPE StartCapture() = 0;
 };
+
+// NOLINTEND(readability-identifier-naming, modernize-avoid-c-arrays)
 
 }  // namespace brisolte::abi

@@ -49,7 +49,7 @@ ComPtr<abi::IDirect3DDevice> WrapGraphicsDevice(ID3D11Device& device) {
   if (FAILED(device.QueryInterface(__uuidof(IDXGIDevice), reinterpret_cast<void**>(dxgi.GetAddressOf())))) {
     throw std::runtime_error("Failed to get DXGI device");
   }
-  const WrapFunction wrap = FindWrapFunction();
+  WrapFunction wrap = FindWrapFunction();
   ComPtr<IInspectable> inspectable;
   ComPtr<abi::IDirect3DDevice> wrapped;
   if (wrap != nullptr && SUCCEEDED(wrap(dxgi.Get(), inspectable.GetAddressOf())) && inspectable != nullptr) {

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <exception>
 #include <string>
@@ -40,15 +41,16 @@ bool VideoCapture::RunConstructionSteps() {
       Step{&VideoCapture::CreateFramePool, "VideoCapture: CreateFramePool failed"},
       Step{&VideoCapture::ConfigureVideoStream, "VideoCapture: ConfigureVideoStream failed"},
   };
-  for (const Step& step : kSteps) {
-    if (!(this->*step.run)()) {
+  return std::ranges::all_of(kSteps, [this](const Step& step) {
+    const bool done = (this->*step.run)();
+    if (!done) {
       Logger::Error(step.failure);
-      return false;
     }
-  }
-  return true;
+    return done;
+  });
 }
 
+// NOLINTNEXTLINE(readability-make-member-function-const): it stands in a table with steps that are not.
 bool VideoCapture::InitializeCaptureConfig() {
   if (settings_.frameRate <= 0) {
     Logger::Error("Invalid frame rate");

@@ -4,6 +4,7 @@
 #include <wrl/client.h>
 
 #include <cstdint>
+#include <utility>
 
 #include "video/capture_geometry.h"
 #include "video/graphics_device.h"
@@ -14,7 +15,7 @@ namespace brisolte {
 /// is what encoders declare in their streams.
 class VideoProcessor {
  public:
-  explicit VideoProcessor(const GraphicsDevice& graphics) : graphics_(graphics) {}
+  explicit VideoProcessor(GraphicsDevice graphics) : graphics_(std::move(graphics)) {}
 
   HRESULT CreateEnumerator(const CaptureGeometry& geometry, std::int32_t frameRate);
   /// Needs the enumerator.
