@@ -28,19 +28,24 @@ std::uint8_t Mix(const Weights& by, int blue, int green, int red, int shift) {
   return Byte((by.blue * blue + by.green * green + by.red * red + by.bias) >> shift);
 }
 
-/// Eight BGRA pixels as 16-bit numbers, two a register.
-struct Pixels {
-  explicit Pixels(const std::uint8_t* bgra) {
-    const __m128i zero = _mm_setzero_si128();
-    for (int i = 0; i < 2; ++i) {
-      const __m128i four =
-          _mm_loadu_si128(reinterpret_cast<const __m128i*>(bgra + static_cast<std::ptrdiff_t>(i) * 16));
-      pairs[i * 2] = _mm_unpacklo_epi8(four, zero);
-      pairs[i * 2 + 1] = _mm_unpackhi_epi8(four, zero);
-    }
+/// Four BGRA pixels as 16-bit numbers, two a register.
+struct FourPixels {
+  explicit FourPixels(const std::uint8_t* bgra) {
+    const __m128i bytes = _mm_loadu_si128(reinterpret_cast<const __m128i*>(bgra));
+    left = _mm_unpacklo_epi8(bytes, _mm_setzero_si128());
+    right = _mm_unpackhi_epi8(bytes, _mm_setzero_si128());
   }
 
-  __m128i pairs[4];
+  __m128i left{};
+  __m128i right{};
+};
+
+/// Eight pixels of a row.
+struct Pixels {
+  explicit Pixels(const std::uint8_t* bgra) : first(bgra), second(bgra + 16) {}
+
+  FourPixels first;
+  FourPixels second;
 };
 
 /// One set of weights, applied to many pixels.
@@ -54,7 +59,7 @@ class Eight {
         bias_(_mm_set1_epi32(by.bias)) {}
 
   /// The weighted sums of the four pixels in two registers.
-  __m128i Sums(__m128i first, __m128i second, int shift) const {
+  [[nodiscard]] __m128i Sums(__m128i first, __m128i second, int shift) const {
     const __m128 one = _mm_castsi128_ps(_mm_madd_epi16(first, factors_));
     const __m128 two = _mm_castsi128_ps(_mm_madd_epi16(second, factors_));
     const __m128i blueGreen = _mm_castps_si128(_mm_shuffle_ps(one, two, _MM_SHUFFLE(2, 0, 2, 0)));
@@ -63,8 +68,8 @@ class Eight {
   }
 
   void StoreLuma(const Pixels& in, std::uint8_t* luma) const {
-    const __m128i words = _mm_packs_epi32(Sums(in.pairs[0], in.pairs[1], kLumaShift),
-                                          Sums(in.pairs[2], in.pairs[3], kLumaShift));
+    const __m128i words = _mm_packs_epi32(Sums(in.first.left, in.first.right, kLumaShift),
+                                          Sums(in.second.left, in.second.right, kLumaShift));
     _mm_storel_epi64(reinterpret_cast<__m128i*>(luma), _mm_packus_epi16(words, words));
   }
 
@@ -79,15 +84,17 @@ __m128i BlockSum(__m128i above, __m128i below) {
   return _mm_add_epi16(columns, _mm_srli_si128(columns, 8));
 }
 
+/// The sums of two blocks of four pixels beside each other.
+__m128i BlockSums(const FourPixels& above, const FourPixels& below) {
+  return _mm_unpacklo_epi64(BlockSum(above.left, below.left), BlockSum(above.right, below.right));
+}
+
 void StoreChroma(const Eight& cb, const Eight& cr, const Pixels& above, const Pixels& below,
                  std::uint8_t* chroma) {
-  __m128i blocks[2];
-  for (int i = 0; i < 2; ++i) {
-    blocks[i] = _mm_unpacklo_epi64(BlockSum(above.pairs[i * 2], below.pairs[i * 2]),
-                                   BlockSum(above.pairs[i * 2 + 1], below.pairs[i * 2 + 1]));
-  }
-  const __m128i blue = cb.Sums(blocks[0], blocks[1], kChromaShift);
-  const __m128i red = cr.Sums(blocks[0], blocks[1], kChromaShift);
+  const __m128i first = BlockSums(above.first, below.first);
+  const __m128i second = BlockSums(above.second, below.second);
+  const __m128i blue = cb.Sums(first, second, kChromaShift);
+  const __m128i red = cr.Sums(first, second, kChromaShift);
   const __m128i words = _mm_packs_epi32(_mm_unpacklo_epi32(blue, red), _mm_unpackhi_epi32(blue, red));
   _mm_storel_epi64(reinterpret_cast<__m128i*>(chroma), _mm_packus_epi16(words, words));
 }
@@ -172,7 +179,7 @@ const std::uint8_t* ComposedRows::Row(int y) {
   }
   auto& row = rows_[next_];
   next_ = 1 - next_;
-  std::fill(row.begin(), row.end(), background_);
+  std::ranges::fill(row, background_);
   if (within) {
     FillPiece(from, row.data());
   }

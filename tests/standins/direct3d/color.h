@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -15,8 +16,8 @@ struct Rectangle {
   int right = 0;
   int bottom = 0;
 
-  int width() const { return right - left; }
-  int height() const { return bottom - top; }
+  [[nodiscard]] int width() const { return right - left; }
+  [[nodiscard]] int height() const { return bottom - top; }
   friend bool operator==(const Rectangle&, const Rectangle&) = default;
 };
 
@@ -50,7 +51,10 @@ class RgbToYcbcr {
  private:
   // Fixed point with 15 bits behind the point, so that each fits the factors of a 16-bit multiplication.
   struct Weights {
-    int red, green, blue, bias;
+    int red = 0;
+    int green = 0;
+    int blue = 0;
+    int bias = 0;
   };
 
   Weights y_, cb_, cr_;
@@ -68,7 +72,7 @@ class ComposedRows {
   const std::uint8_t* Row(int y);
 
  private:
-  const std::uint8_t* SourceRow(int y) const;
+  [[nodiscard]] const std::uint8_t* SourceRow(int y) const;
   void FillPiece(const std::uint8_t* from, std::uint32_t* row) const;
 
   BgraPicture picture_;
@@ -76,8 +80,8 @@ class ComposedRows {
   Rectangle destination_;
   Rectangle target_;
   std::uint32_t background_;
-  std::vector<std::uint32_t> rows_[2];
-  int next_ = 0;
+  std::array<std::vector<std::uint32_t>, 2> rows_;
+  std::size_t next_ = 0;
 };
 
 }  // namespace brisolte::standins

@@ -1,6 +1,7 @@
 #include "direct3d/video_blt.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdint>
 #include <cstring>
 
@@ -25,9 +26,9 @@ class Mapping {
   Mapping(Mapping&&) = delete;
   Mapping& operator=(Mapping&&) = delete;
 
-  HRESULT result() const { return result_; }
-  std::uint8_t* data() const { return static_cast<std::uint8_t*>(mapped_.pData); }
-  std::size_t pitch() const { return mapped_.RowPitch; }
+  [[nodiscard]] HRESULT result() const { return result_; }
+  [[nodiscard]] std::uint8_t* data() const { return static_cast<std::uint8_t*>(mapped_.pData); }
+  [[nodiscard]] std::size_t pitch() const { return mapped_.RowPitch; }
 
  private:
   ID3D11DeviceContext& context_;
@@ -72,25 +73,24 @@ struct Geometry {
   Rectangle destination;
 };
 
+std::uint8_t Byte(float share) {
+  return static_cast<std::uint8_t>(std::lround(std::clamp(share, 0.0F, 1.0F) * 255.0F));
+}
+
 std::uint32_t BackgroundPixel(const ProcessorState& state) {
-  const auto byte = [](float value) {
-    return static_cast<std::uint32_t>(std::clamp(value, 0.0F, 1.0F) * 255.0F + 0.5F);
-  };
   const auto& rgba = state.background.RGBA;
-  return byte(rgba.A) << 24 | byte(rgba.R) << 16 | byte(rgba.G) << 8 | byte(rgba.B);
+  return static_cast<std::uint32_t>(Byte(rgba.A)) << 24 | static_cast<std::uint32_t>(Byte(rgba.R) << 16) |
+         static_cast<std::uint32_t>(Byte(rgba.G) << 8) | Byte(rgba.B);
 }
 
 void FillYcbcr(const D3D11_VIDEO_COLOR_YCbCrA& color, const Rectangle& target, const Nv12Picture& out) {
-  const auto byte = [](float value) {
-    return static_cast<std::uint8_t>(std::clamp(value, 0.0F, 1.0F) * 255.0F + 0.5F);
-  };
   for (int y = target.top; y < target.bottom; ++y) {
-    std::memset(out.luma + static_cast<std::size_t>(y) * out.pitch + target.left, byte(color.Y),
+    std::memset(out.luma + static_cast<std::size_t>(y) * out.pitch + target.left, Byte(color.Y),
                 static_cast<std::size_t>(target.width()));
     std::uint8_t* chroma = out.chroma + static_cast<std::size_t>(y / 2) * out.pitch;
     for (int x = target.left; x < target.right; x += 2) {
-      chroma[x] = byte(color.Cb);
-      chroma[x + 1] = byte(color.Cr);
+      chroma[x] = Byte(color.Cb);
+      chroma[x + 1] = Byte(color.Cr);
     }
   }
 }

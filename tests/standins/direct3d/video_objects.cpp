@@ -56,7 +56,7 @@ HRESULT VideoEnumerator::GetVideoProcessorRateConversionCaps(
 
 HRESULT VideoProcessor::Staging(const D3D11_TEXTURE2D_DESC& like, bool input,
                                 ComPtr<ID3D11Texture2D>& texture) {
-  auto& kept = staging_[input ? 0 : 1];
+  auto& kept = input ? inputStaging_ : outputStaging_;
   D3D11_TEXTURE2D_DESC has{};
   if (kept) {
     kept->GetDesc(&has);

@@ -15,11 +15,17 @@ template <typename Interface, typename... Others>
 class DeviceChild : public ComObject<Interface, Others...> {
  public:
   void STDMETHODCALLTYPE GetDevice(ID3D11Device** device) override { *device = ComPtr(device_).Detach(); }
-  HRESULT STDMETHODCALLTYPE GetPrivateData(REFGUID, UINT*, void*) override { return DXGI_ERROR_NOT_FOUND; }
-  HRESULT STDMETHODCALLTYPE SetPrivateData(REFGUID, UINT, const void*) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE SetPrivateDataInterface(REFGUID, const IUnknown*) override { return E_NOTIMPL; }
+  HRESULT STDMETHODCALLTYPE GetPrivateData(REFGUID /*key*/, UINT* /*size*/, void* /*data*/) override {
+    return DXGI_ERROR_NOT_FOUND;
+  }
+  HRESULT STDMETHODCALLTYPE SetPrivateData(REFGUID /*key*/, UINT /*size*/, const void* /*data*/) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE SetPrivateDataInterface(REFGUID /*key*/, const IUnknown* /*data*/) override {
+    return E_NOTIMPL;
+  }
 
-  ID3D11Device* device() const { return device_.Get(); }
+  [[nodiscard]] ID3D11Device* device() const { return device_.Get(); }
 
  protected:
   explicit DeviceChild(ID3D11Device* device) : device_(device) {}
@@ -59,12 +65,12 @@ class VideoEnumerator final : public DeviceChild<ID3D11VideoProcessorEnumerator,
   HRESULT STDMETHODCALLTYPE GetVideoProcessorCaps(D3D11_VIDEO_PROCESSOR_CAPS* caps) override;
   HRESULT STDMETHODCALLTYPE
   GetVideoProcessorRateConversionCaps(UINT index, D3D11_VIDEO_PROCESSOR_RATE_CONVERSION_CAPS* caps) override;
-  HRESULT STDMETHODCALLTYPE GetVideoProcessorCustomRate(UINT, UINT,
-                                                        D3D11_VIDEO_PROCESSOR_CUSTOM_RATE*) override {
+  HRESULT STDMETHODCALLTYPE GetVideoProcessorCustomRate(
+      UINT /*type*/, UINT /*index*/, D3D11_VIDEO_PROCESSOR_CUSTOM_RATE* /*rate*/) override {
     return E_INVALIDARG;
   }
-  HRESULT STDMETHODCALLTYPE GetVideoProcessorFilterRange(D3D11_VIDEO_PROCESSOR_FILTER,
-                                                         D3D11_VIDEO_PROCESSOR_FILTER_RANGE*) override {
+  HRESULT STDMETHODCALLTYPE GetVideoProcessorFilterRange(
+      D3D11_VIDEO_PROCESSOR_FILTER /*filter*/, D3D11_VIDEO_PROCESSOR_FILTER_RANGE* /*range*/) override {
     return E_INVALIDARG;
   }
 
@@ -82,8 +88,8 @@ class InputView final : public DeviceChild<ID3D11VideoProcessorInputView, IOwnVi
   }
   void STDMETHODCALLTYPE GetDesc(D3D11_VIDEO_PROCESSOR_INPUT_VIEW_DESC* desc) override { *desc = desc_; }
 
-  ID3D11Texture2D* texture() const { return texture_.Get(); }
-  const D3D11_VIDEO_PROCESSOR_INPUT_VIEW_DESC& desc() const { return desc_; }
+  [[nodiscard]] ID3D11Texture2D* texture() const { return texture_.Get(); }
+  [[nodiscard]] const D3D11_VIDEO_PROCESSOR_INPUT_VIEW_DESC& desc() const { return desc_; }
 
  private:
   ComPtr<ID3D11Texture2D> texture_;
@@ -101,8 +107,8 @@ class OutputView final : public DeviceChild<ID3D11VideoProcessorOutputView, IOwn
   }
   void STDMETHODCALLTYPE GetDesc(D3D11_VIDEO_PROCESSOR_OUTPUT_VIEW_DESC* desc) override { *desc = desc_; }
 
-  ID3D11Texture2D* texture() const { return texture_.Get(); }
-  const D3D11_VIDEO_PROCESSOR_OUTPUT_VIEW_DESC& desc() const { return desc_; }
+  [[nodiscard]] ID3D11Texture2D* texture() const { return texture_.Get(); }
+  [[nodiscard]] const D3D11_VIDEO_PROCESSOR_OUTPUT_VIEW_DESC& desc() const { return desc_; }
 
  private:
   ComPtr<ID3D11Texture2D> texture_;
@@ -138,7 +144,8 @@ class VideoProcessor final : public DeviceChild<ID3D11VideoProcessor, IOwnProces
  private:
   const D3D11_VIDEO_PROCESSOR_CONTENT_DESC desc_;
   ProcessorState state_;
-  ComPtr<ID3D11Texture2D> staging_[2];
+  ComPtr<ID3D11Texture2D> inputStaging_;
+  ComPtr<ID3D11Texture2D> outputStaging_;
 };
 
 /// The object of this stand-in behind an interface; null for anything else.

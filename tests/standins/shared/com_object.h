@@ -5,6 +5,7 @@
 #include <winstring.h>
 #include <wrl/client.h>
 
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <cwchar>
@@ -127,7 +128,7 @@ class InspectableObject : public ComObject<First, Others...> {
     if (*iids == nullptr) {
       return E_OUTOFMEMORY;
     }
-    const IID all[] = {IidOf<First>(), IidOf<Others>()...};
+    const std::array<IID, kCount> all{IidOf<First>(), IidOf<Others>()...};
     for (; *count < kCount; ++*count) {
       (*iids)[*count] = all[*count];
     }
