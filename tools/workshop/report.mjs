@@ -3,6 +3,9 @@
 const HEARTBEAT_MS = 15_000;
 const startedAt = Date.now();
 
+// Steps within steps: only the innermost shows that it is alive.
+const running = [];
+
 const seconds = (since) => `${Math.round((Date.now() - since) / 1000)} s`;
 
 /** A failure whose message is all a person needs; it is shown without a stack. */
@@ -19,7 +22,13 @@ export async function step(name, work) {
   const since = Date.now();
   let where = '';
   console.log(`==> ${name}`);
-  const heartbeat = setInterval(() => console.log(`    ... ${seconds(since)}${where && `: ${where}`}`), HEARTBEAT_MS);
+  const self = Symbol(name);
+  running.push(self);
+  const heartbeat = setInterval(() => {
+    if (running.at(-1) === self) {
+      console.log(`    ... ${seconds(since)}${where && `: ${where}`}`);
+    }
+  }, HEARTBEAT_MS);
   try {
     const result = await work((text) => {
       where = text;
@@ -28,6 +37,7 @@ export async function step(name, work) {
     return result;
   } finally {
     clearInterval(heartbeat);
+    running.splice(running.indexOf(self), 1);
   }
 }
 
