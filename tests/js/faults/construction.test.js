@@ -61,6 +61,7 @@ const SCREEN = 0;
 const FAILED = 'Failed to create video capture';
 const step = (name) => `VideoCapture: ${name} failed`;
 const always = (call) => [`${call} ${ACCESS_DENIED}`];
+const nothing = (call) => [`${call} 0`];
 
 // The ERROR lines that each failing call leads to. Each begins with the text here; the system's own text may follow.
 const FAULTS = [
@@ -95,6 +96,16 @@ const FAULTS = [
   {
     rules: always('CreateCaptureSession'),
     errors: ['Failed to create videoCapture from frame pool', step('CreateFramePool')],
+  },
+  { rules: nothing('CreateForWindow'), errors: ['Capture item is null after creation', step('CreateCaptureItem')] },
+  { rules: nothing('CreateFreeThreaded'), errors: ['Failed to create frame pool object', step('CreateFramePool')] },
+  {
+    rules: nothing('CreateCaptureSession'),
+    errors: ['Frame pool is null after creating capture session', step('CreateFramePool')],
+  },
+  {
+    rules: nothing('CreateDirect3D11DeviceFromDXGIDevice'),
+    errors: ['Failed to create WinRT Direct3D device', step('InitializeWGCDevice')],
   },
   {
     rules: always('CreateVideoProcessorEnumerator'),

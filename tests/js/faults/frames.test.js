@@ -35,7 +35,7 @@ const FAULTS = [
   { call: 'GetInterfaceAccess', text: '[ERROR] Failed to get IDirect3DDxgiInterfaceAccess interface' },
   { call: 'GetDxgiSurface', text: `[ERROR] Failed to get DXGI surface: ${DENIED}` },
   { call: 'GetSurfaceDesc', text: `[ERROR] Failed to get DXGI surface description: ${DENIED}` },
-  { call: 'GetTexture2D', text: `[ERROR] Failed to get capture texture: ${DENIED}` },
+  { call: 'QueryTexture', text: `[ERROR] Failed to get capture texture: ${DENIED}` },
   { call: 'CreateSharedTexture', text: `[ERROR] Failed to create shared texture: ${DENIED}` },
   { call: 'CreateStagingTexture', text: `[ERROR] Failed to create staging texture: ${DENIED}` },
   { call: 'Map', text: `[ERROR] Failed to map staging texture: ${DENIED}` },
@@ -64,8 +64,9 @@ for (const { call, text } of FAULTS) {
 
 test('events whose frame cannot be had are survived', async (t) => {
   const window = await openPattern(t, { title: 'No frames', ...SMALL });
-  for (const call of ['TryGetNextFrame', 'get_SystemRelativeTime', 'CloseFrame']) {
-    const { value } = await scenario(
+  const calls = ['TryGetNextFrame', 'get_SystemRelativeTime', 'CloseFrame'].map((call) => `${call} ${ACCESS_DENIED}`);
+  for (const rule of [...calls, 'TryGetNextFrame 0']) {
+    const { value, log } = await scenario(
       async ({ Brisolte, paintedMore, require: load }, given) => {
         const fs = load('node:fs');
         const capture = new Brisolte();
@@ -79,14 +80,15 @@ test('events whose frame cannot be had are survived', async (t) => {
         return [...answers, capture.isCapturing(), capture.stopRecord(), capture.isCapturing()];
       },
       {
-        rule: `${call} ${ACCESS_DENIED}`,
+        rule,
         faults: FAULTS_FILE,
         dir: scratchFolder(),
         handle: window.handle,
         progress: window.progress,
       },
     );
-    assert.deepEqual(value, [true, true, true, false], call);
+    assert.deepEqual(value, [true, true, true, false], rule);
+    assert.equal(log.has('WARNING', 'No frame available'), rule === 'TryGetNextFrame 0', log.text);
   }
 });
 

@@ -23,6 +23,7 @@ Slot<HRESULT(STDMETHODCALLTYPE*)(ID3D11Device*, const D3D11_TEXTURE2D_DESC*, con
     createTexture2D;
 Slot<void(STDMETHODCALLTYPE*)(ID3D11Texture2D*, D3D11_TEXTURE2D_DESC*)> textureDesc;
 Slot<HRESULT(STDMETHODCALLTYPE*)(IDXGISurface*, DXGI_SURFACE_DESC*)> surfaceDesc;
+Slot<HRESULT(STDMETHODCALLTYPE*)(IDXGISurface*, REFIID, void**)> surfaceQuery;
 
 HRESULT STDMETHODCALLTYPE QueryInterfaceHook(ID3D11Device* self, REFIID iid, void** object) {
   const char* call = iid == __uuidof(ID3D11VideoDevice) ? "QueryVideoDevice"
@@ -52,12 +53,23 @@ HRESULT STDMETHODCALLTYPE SurfaceDescHook(IDXGISurface* self, DXGI_SURFACE_DESC*
   return surfaceDesc.original()(self, desc);
 }
 
+HRESULT STDMETHODCALLTYPE SurfaceQueryHook(IDXGISurface* self, REFIID iid, void** object) {
+  if (iid == __uuidof(ID3D11Texture2D) && object != nullptr) {
+    if (const auto fault = TakeFault("QueryTexture")) {
+      *object = nullptr;
+      return *fault;
+    }
+  }
+  return surfaceQuery.original()(self, iid, object);
+}
+
 void HookTexture(ID3D11Texture2D& texture) {
   const std::lock_guard lock(hooking);
   textureDesc.Replace(&texture, 10, TextureDescHook);
   ComPtr<IDXGISurface> surface;
   if (SUCCEEDED(
           texture.QueryInterface(__uuidof(IDXGISurface), reinterpret_cast<void**>(surface.GetAddressOf())))) {
+    surfaceQuery.Replace(surface.Get(), 0, SurfaceQueryHook);
     surfaceDesc.Replace(surface.Get(), 8, SurfaceDescHook);
   }
 }
