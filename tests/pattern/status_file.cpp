@@ -1,8 +1,11 @@
 #include "status_file.h"
 
+#include <chrono>
 #include <iomanip>
 #include <iterator>
 #include <sstream>
+#include <system_error>
+#include <thread>
 #include <utility>
 
 namespace brisolte {
@@ -11,7 +14,16 @@ void ReplaceFileText(const std::filesystem::path& file, const std::string& text)
   std::filesystem::path whole = file;
   whole += L".part";
   std::ofstream(whole, std::ios::binary | std::ios::trunc) << text;
-  std::filesystem::rename(whole, file);
+  // A reader may have the old file open at this moment, and Windows lets nobody replace it then.
+  std::error_code failure;
+  for (int attempt = 0; attempt < 2000; ++attempt) {
+    std::filesystem::rename(whole, file, failure);
+    if (!failure) {
+      return;
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  throw std::filesystem::filesystem_error("rename", whole, file, failure);
 }
 
 ProgressFile::ProgressFile(const std::filesystem::path& file) {
