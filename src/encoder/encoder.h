@@ -47,8 +47,9 @@ class Encoder {
   /// be null).
   virtual bool InitializeVideoEncoder(std::uint32_t width, std::uint32_t height, ID3D11Device* device) = 0;
 
-  /// Creates the audio stream of one source.
-  virtual bool CreateAudioStream(AudioStreamKind kind, const WaveFormat& format) = 0;
+  /// Creates the audio stream of one source. `format` (borrowed for the call) may be null: the settings'
+  /// sample rate and channels hold then.
+  virtual bool CreateAudioStream(AudioStreamKind kind, const WaveFormat* format) = 0;
 
   /// Whether frames are wanted as NV12; otherwise they are wanted as packed BGRA.
   virtual bool GetPixelFormat() = 0;

@@ -121,7 +121,7 @@ bool FFmpegEncoder::EnqueueVideoPacket(const AVPacket& packet) {
   return writer_.EnqueuePacket(&packet, packet.stream_index, true);
 }
 
-bool FFmpegEncoder::CreateAudioStream(AudioStreamKind /*kind*/, const WaveFormat& /*format*/) {
+bool FFmpegEncoder::CreateAudioStream(AudioStreamKind /*kind*/, const WaveFormat* /*format*/) {
   Logger::Error("FFmpegEncoder: Sound is not available yet");
   return false;
 }

@@ -43,7 +43,7 @@ class FFmpegEncoder final : public Encoder {
   /// `device` is not used. Fails once `Start` was called. See `VideoStream::Initialize` for a second call.
   bool InitializeVideoEncoder(std::uint32_t width, std::uint32_t height, ID3D11Device* device) override;
 
-  bool CreateAudioStream(AudioStreamKind kind, const WaveFormat& format) override;
+  bool CreateAudioStream(AudioStreamKind kind, const WaveFormat* format) override;
   bool GetPixelFormat() override;
 
   /// Called by `Stop`. Fails while running, without a header, and a second time.

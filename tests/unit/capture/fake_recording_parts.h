@@ -74,7 +74,7 @@ class FakeEncoder : public Encoder {
                               ID3D11Device* /*device*/) override {
     return true;
   }
-  bool CreateAudioStream(AudioStreamKind /*kind*/, const WaveFormat& /*format*/) override { return true; }
+  bool CreateAudioStream(AudioStreamKind /*kind*/, const WaveFormat* /*format*/) override { return true; }
   bool GetPixelFormat() override { return true; }
   bool Finalize() override { return true; }
 

@@ -358,7 +358,7 @@ TEST_F(FFmpegEncoderTest, KeepsQuietAboutFramesThatTheEncoderHolds) {
 TEST_F(FFmpegEncoderTest, RefusesSoundByName) {
   FFmpegEncoder encoder(Settings());
   const CapturedLog log;
-  EXPECT_FALSE(encoder.CreateAudioStream(AudioStreamKind::kMicrophone, WaveFormat()));
+  EXPECT_FALSE(encoder.CreateAudioStream(AudioStreamKind::kMicrophone, nullptr));
   EXPECT_FALSE(encoder.ProcessAudioFrame({1, 2}, "microphone"));
   EXPECT_FALSE(encoder.ProcessAudioFrame({}, "speaker"));
   EXPECT_FALSE(encoder.ProcessAudioFrame({1, 2}, "Microphone"));
@@ -387,7 +387,7 @@ TEST_F(FFmpegEncoderTest, SurvivesItsCallsInAnyOrder) {
         [&] { encoder.ProcessAudioFrame({1, 2, 3}, "speaker"); },
         // No size is larger than the picture, whose pixels are then read as either layout.
         [&] { encoder.InitializeVideoEncoder(sizes[random() % 6] / 4, sizes[random() % 6] / 2, nullptr); },
-        [&] { encoder.CreateAudioStream(AudioStreamKind::kSpeaker, WaveFormat()); },
+        [&] { encoder.CreateAudioStream(AudioStreamKind::kSpeaker, nullptr); },
         [&] { encoder.GetPixelFormat(); },
         [&] { encoder.Finalize(); },
     };

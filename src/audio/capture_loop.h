@@ -1,0 +1,23 @@
+#pragma once
+
+#include <atomic>
+
+namespace brisolte {
+
+/// A stream that is asked for sound again and again.
+class PolledStream {
+ public:
+  PolledStream() = default;
+  PolledStream(const PolledStream&) = delete;
+  PolledStream& operator=(const PolledStream&) = delete;
+  virtual ~PolledStream() = default;
+
+  /// Passes on what is waiting, unless `running` is clear. True when something was taken.
+  virtual bool Poll(const std::atomic<bool>& running) = 0;
+};
+
+/// Polls both streams until `running` is cleared, without a pause while sound flows and with a short one when
+/// neither stream delivered. A standard exception of a poll is logged and ends only that step.
+void RunCaptureLoop(const std::atomic<bool>& running, PolledStream& microphone, PolledStream& speaker);
+
+}  // namespace brisolte

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <charconv>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+#include "common/logger.h"
+#include "common/text.h"
+
+namespace brisolte {
+
+/// The line for a platform call that failed: what was tried, the system's text, and the code once more at the
+/// end, where it is found below texts that break the line.
+inline std::string HResultFailure(std::string_view step, std::int32_t hresult) {
+  char digits[8];
+  const auto end = std::to_chars(digits, digits + sizeof digits, static_cast<std::uint32_t>(hresult), 16).ptr;
+  return std::string(step)
+      .append(HResultText(hresult))
+      .append(" (HRESULT: 0x")
+      .append(digits, static_cast<std::size_t>(end - digits))
+      .append(")");
+}
+
+/// Whether a platform call succeeded; when it did not, an ERROR line says so.
+inline bool SucceededOrLog(std::int32_t hresult, std::string_view step) {
+  if (hresult >= 0) {
+    return true;
+  }
+  Logger::Error(HResultFailure(step, hresult));
+  return false;
+}
+
+}  // namespace brisolte
