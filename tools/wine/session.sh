@@ -30,10 +30,12 @@ display() {
 sound() {
   export XDG_RUNTIME_DIR=/run/user PULSE_SERVER=unix:/run/pulse.socket
   mkdir -p -m 700 "$XDG_RUNTIME_DIR"
+  # A null sink that may rewind works in blocks of two seconds, and its monitor delivers the first of them more than a
+  # second late.
   pulseaudio -n --daemonize=no --exit-idle-time=-1 --disable-shm=yes \
     --load='module-native-protocol-unix socket=/run/pulse.socket auth-anonymous=1' \
-    --load='module-null-sink sink_name=speaker sink_properties=device.description=Speaker' \
-    --load='module-null-sink sink_name=room sink_properties=device.description=Room' \
+    --load='module-null-sink norewinds=1 sink_name=speaker sink_properties=device.description=Speaker' \
+    --load='module-null-sink norewinds=1 sink_name=room sink_properties=device.description=Room' \
     --load='module-remap-source source_name=microphone master=room.monitor source_properties=device.description=Microphone' \
     > /output/pulseaudio.log 2>&1 &
   wait_for 'sound server' test -S /run/pulse.socket
