@@ -27,7 +27,7 @@ using Microsoft::WRL::ComPtr;
 /// A property's value, cleared at the end.
 class PropertyValue {
  public:
-  PropertyValue() { PropVariantInit(&value_); }
+  PropertyValue() = default;
   PropertyValue(const PropertyValue&) = delete;
   PropertyValue& operator=(const PropertyValue&) = delete;
   ~PropertyValue() { PropVariantClear(&value_); }
@@ -42,7 +42,7 @@ class PropertyValue {
   }
 
  private:
-  PROPVARIANT value_;
+  PROPVARIANT value_{};  // zeroed: VT_EMPTY
 };
 
 HRESULT GetId(IMMDevice& device, std::string& id) {

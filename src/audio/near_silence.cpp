@@ -8,8 +8,8 @@ namespace {
 
 template <typename Sample>
 void Repeat(Sample sample, std::uint64_t count, std::span<std::uint8_t> buffer) {
-  const std::uint64_t room = buffer.size() / sizeof sample;
-  for (std::uint64_t i = 0; i < std::min(count, room); ++i) {
+  const std::uint64_t fitting = std::min<std::uint64_t>(count, buffer.size() / sizeof sample);
+  for (std::uint64_t i = 0; i < fitting; ++i) {
     // Copied bytewise: nothing says that a device's buffer is aligned.
     std::memcpy(buffer.data() + i * sizeof sample, &sample, sizeof sample);
   }
@@ -25,15 +25,19 @@ void FillWithNearSilence(const WaveFormat& format, std::uint32_t frames, std::sp
   const std::uint64_t samples = std::uint64_t{frames} * format.channels;
   switch (*type) {
     case SampleType::kFloat32:
-      return Repeat(1.0e-5F, samples, buffer);
+      Repeat(1.0e-5F, samples, buffer);
+      break;
     case SampleType::kSigned16:
-      return Repeat(std::int16_t{1}, samples, buffer);
+      Repeat(std::int16_t{1}, samples, buffer);
+      break;
     case SampleType::kSigned32:
-      return Repeat(std::int32_t{1}, samples, buffer);
+      Repeat(std::int32_t{1}, samples, buffer);
+      break;
     case SampleType::kUnsigned8:
-      return Repeat(std::uint8_t{0x80}, samples, buffer);
+      Repeat(std::uint8_t{0x80}, samples, buffer);
+      break;
     case SampleType::kSigned24Packed:
-      return;
+      break;
   }
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <charconv>
 #include <cstdint>
 #include <string>
@@ -13,12 +14,13 @@ namespace brisolte {
 /// The line for a platform call that failed: what was tried, the system's text, and the code once more at the
 /// end, where it is found below texts that break the line.
 inline std::string HResultFailure(std::string_view step, std::int32_t hresult) {
-  char digits[8];
-  const auto end = std::to_chars(digits, digits + sizeof digits, static_cast<std::uint32_t>(hresult), 16).ptr;
+  std::array<char, 8> digits{};
+  const auto end =
+      std::to_chars(digits.data(), digits.data() + digits.size(), static_cast<std::uint32_t>(hresult), 16);
   return std::string(step)
       .append(HResultText(hresult))
       .append(" (HRESULT: 0x")
-      .append(digits, static_cast<std::size_t>(end - digits))
+      .append(digits.data(), end.ptr)
       .append(")");
 }
 

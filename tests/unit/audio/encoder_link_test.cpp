@@ -37,7 +37,7 @@ TEST(EncoderLink, LetsTheEncoderGoWhileAnotherThreadDelivers) {
   auto encoder = std::make_unique<RecordingEncoder>();
   EncoderLink link(*encoder);
   std::atomic<bool> done = false;
-  std::jthread worker([&] {
+  const std::jthread worker([&] {
     while (!done) {
       link.Deliver({1}, "speaker");
     }

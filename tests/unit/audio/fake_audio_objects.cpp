@@ -5,6 +5,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <memory>
 #include <utility>
 
 #include "common/text.h"
@@ -56,7 +57,8 @@ class FakeObject : public Interface {
 
 template <typename Object, typename... Arguments>
 HRESULT Give(void** out, Arguments&&... arguments) {
-  *out = new Object(std::forward<Arguments>(arguments)...);
+  // Its only reference is the caller's from here on.
+  *out = std::make_unique<Object>(std::forward<Arguments>(arguments)...).release();
   return S_OK;
 }
 
@@ -339,7 +341,7 @@ class FakeFactory : public FakeObject<IClassFactory> {
 
 ComPtr<IClassFactory> MakeEnumeratorFactory(FakeAudioService& service) {
   ComPtr<IClassFactory> factory;
-  factory.Attach(new FakeFactory(service, "factory"));
+  factory.Attach(std::make_unique<FakeFactory>(service, "factory").release());
   return factory;
 }
 
