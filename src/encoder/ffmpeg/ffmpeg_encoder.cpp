@@ -14,6 +14,11 @@ std::int64_t WallClockMilliseconds() {
   return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
 }
 
+std::int64_t MillisecondsSince(std::chrono::steady_clock::time_point time) {
+  const auto elapsed = std::chrono::steady_clock::now() - time;
+  return std::chrono::duration_cast<std::chrono::milliseconds>(elapsed).count();
+}
+
 /// Runs `step`; an exception becomes an ERROR line and false. The routine reads "in ..." or "during ...".
 template <typename Step>
 bool Guarded(const std::string& prefix, const std::string& routine, Step step) {
@@ -29,7 +34,10 @@ bool Guarded(const std::string& prefix, const std::string& routine, Step step) {
 
 }  // namespace
 
-FFmpegEncoder::FFmpegEncoder(CaptureSettings settings) : settings_(std::move(settings)) {
+FFmpegEncoder::FFmpegEncoder(CaptureSettings settings)
+    : settings_(std::move(settings)),
+      microphone_(MakeAudioStream("microphone")),
+      speaker_(MakeAudioStream("speaker")) {
   if (settings_.outputFilePath.empty()) {
     Logger::Warning("FFmpegEncoder: Output path is empty, initialization cannot proceed");
     return;
@@ -37,10 +45,20 @@ FFmpegEncoder::FFmpegEncoder(CaptureSettings settings) : settings_(std::move(set
   Initialize();
 }
 
+AudioStream FFmpegEncoder::MakeAudioStream(const std::string& name) {
+  return {name,
+          {[this] { return AcceptsAudio(); }, [this] { return MillisecondsSince(startTime_); },
+           [this](const AVPacket& packet) {
+             return writer_.EnqueuePacket(&packet, packet.stream_index, false);
+           }}};
+}
+
 FFmpegEncoder::~FFmpegEncoder() {
   Logger::Info("FFmpegEncoder: Destructor started");
   Stop();
   video_.Release();
+  microphone_.Release();
+  speaker_.Release();
   file_.Close();
   Logger::Info("FFmpegEncoder: Destructor completed");
 }
@@ -62,6 +80,10 @@ bool FFmpegEncoder::Start() {
   }
   WriteHeader();
   Logger::Info("Audio capture starting with timestamp: " + std::to_string(WallClockMilliseconds()) + " ms");
+  {
+    const std::scoped_lock audio(audioMutex_);
+    startTime_ = std::chrono::steady_clock::now();
+  }
   writer_.Start([this](AVPacket& packet) { return file_.WritePacket(packet); });
   return true;
 }
@@ -69,6 +91,7 @@ bool FFmpegEncoder::Start() {
 void FFmpegEncoder::WriteHeader() {
   // The muxer may choose another time base for the streams, which stamps the packets.
   const std::scoped_lock video(videoMutex_);
+  const std::scoped_lock audio(audioMutex_);
   file_.WriteHeader();
 }
 
@@ -77,15 +100,27 @@ bool FFmpegEncoder::Stop() {
   if (!writer_.running()) {
     return false;
   }
+  stopping_ = true;
+  DrainStreams();
+  writer_.Stop();
+  stopping_ = false;
+  file_.Finalize();
+  Logger::Info("FFmpegEncoder: Writer thread has stopped");
+  return true;
+}
+
+void FFmpegEncoder::DrainStreams() {
   Guarded("", "in Stop", [this] {
     const std::scoped_lock video(videoMutex_);
     video_.Drain([this](const AVPacket& packet) { return EnqueueVideoPacket(packet); });
     return true;
   });
-  writer_.Stop();
-  file_.Finalize();
-  Logger::Info("FFmpegEncoder: Writer thread has stopped");
-  return true;
+  Guarded("", "in Stop", [this] {
+    const std::scoped_lock audio(audioMutex_);
+    microphone_.Drain();
+    speaker_.Drain();
+    return true;
+  });
 }
 
 bool FFmpegEncoder::Finalize() {
@@ -121,19 +156,47 @@ bool FFmpegEncoder::EnqueueVideoPacket(const AVPacket& packet) {
   return writer_.EnqueuePacket(&packet, packet.stream_index, true);
 }
 
-bool FFmpegEncoder::CreateAudioStream(AudioStreamKind /*kind*/, const WaveFormat* /*format*/) {
-  Logger::Error("FFmpegEncoder: Sound is not available yet");
-  return false;
+AudioStream* FFmpegEncoder::FindAudioStream(AudioStreamKind kind) {
+  switch (kind) {
+    case AudioStreamKind::kMicrophone:
+      return &microphone_;
+    case AudioStreamKind::kSpeaker:
+      return &speaker_;
+  }
+  return nullptr;
 }
 
-bool FFmpegEncoder::ProcessAudioFrame(const std::vector<std::uint8_t>& /*samples*/,
+AudioStream* FFmpegEncoder::FindAudioStream(const std::string& name) {
+  if (name == microphone_.name()) {
+    return &microphone_;
+  }
+  return name == speaker_.name() ? &speaker_ : nullptr;
+}
+
+bool FFmpegEncoder::CreateAudioStream(AudioStreamKind kind, const WaveFormat* format) {
+  const std::scoped_lock lifecycle(lifecycleMutex_);
+  const std::scoped_lock audio(audioMutex_);
+  AudioStream* const stream = FindAudioStream(kind);
+  if (stream == nullptr) {
+    Logger::Error("Invalid parameters for CreateAudioStream");
+    return false;
+  }
+  return Guarded("", "in CreateAudioStream", [&] { return stream->Create(file_, format, settings_); });
+}
+
+bool FFmpegEncoder::ProcessAudioFrame(const std::vector<std::uint8_t>& samples,
                                       const std::string& streamName) {
-  if (streamName != "microphone" && streamName != "speaker") {
+  const std::scoped_lock audio(audioMutex_);
+  if (!AcceptsAudio() || samples.empty()) {
+    Logger::Warning("Audio processing skipped: thread not running or empty data");
+    return false;
+  }
+  AudioStream* const stream = FindAudioStream(streamName);
+  if (stream == nullptr) {
     Logger::Error("Invalid stream name: " + streamName);
     return false;
   }
-  Logger::Error("FFmpegEncoder: Sound is not available yet");
-  return false;
+  return Guarded("", "in ProcessAudioFrame", [&] { return stream->Process(samples); });
 }
 
 }  // namespace brisolte

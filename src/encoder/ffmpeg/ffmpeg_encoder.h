@@ -1,5 +1,7 @@
 #pragma once
 
+#include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <mutex>
 #include <string>
@@ -7,6 +9,7 @@
 
 #include "capture/capture_settings.h"
 #include "encoder/encoder.h"
+#include "encoder/ffmpeg/audio_stream.h"
 #include "encoder/ffmpeg/output_file.h"
 #include "encoder/ffmpeg/packet_writer.h"
 #include "encoder/ffmpeg/video_stream.h"
@@ -32,17 +35,20 @@ class FFmpegEncoder final : public Encoder {
   /// fails to be written) and when it runs already. Raises std::system_error when the system gives no thread.
   bool Start() override;
 
-  /// Takes what the video encoder still holds, waits until everything is written and finalizes the file.
+  /// Takes what the encoders still hold and what is left of the sound, waits until everything is written and
+  /// finalizes the file.
   bool Stop() override;
 
   /// True when at least one packet was queued; false also when the encoder keeps the frame for now.
   bool ProcessFrameAsync(const VideoFrame& frame) override;
 
+  /// True when at least one chunk of 1024 samples was encoded; false also when there is no whole one yet.
   bool ProcessAudioFrame(const std::vector<std::uint8_t>& samples, const std::string& streamName) override;
 
   /// `device` is not used. Fails once `Start` was called. See `VideoStream::Initialize` for a second call.
   bool InitializeVideoEncoder(std::uint32_t width, std::uint32_t height, ID3D11Device* device) override;
 
+  /// Fails once `Start` was called. See `AudioStream::Create` for a second call of one kind.
   bool CreateAudioStream(AudioStreamKind kind, const WaveFormat* format) override;
   bool GetPixelFormat() override;
 
@@ -52,13 +58,24 @@ class FFmpegEncoder final : public Encoder {
  private:
   void WriteHeader();
   bool EnqueueVideoPacket(const AVPacket& packet);
+  void DrainStreams();
+
+  bool AcceptsAudio() const { return writer_.running() && !stopping_; }
+  AudioStream MakeAudioStream(const std::string& name);
+  AudioStream* FindAudioStream(AudioStreamKind kind);
+  AudioStream* FindAudioStream(const std::string& name);
 
   const CaptureSettings settings_;
-  std::mutex
-      lifecycleMutex_;     ///< guards `file_` but for the writer thread's writing; taken before `videoMutex_`
-  std::mutex videoMutex_;  ///< guards `video_` and what it shares with `file_`
+  // Taken in this order.
+  std::mutex lifecycleMutex_;  ///< guards `file_` but for the writer thread's writing
+  std::mutex videoMutex_;      ///< guards `video_` and what it shares with `file_`
+  std::mutex audioMutex_;      ///< guards the audio streams, what they share with `file_`, `startTime_`
   OutputFile file_;
   VideoStream video_;
+  AudioStream microphone_;
+  AudioStream speaker_;
+  std::chrono::steady_clock::time_point startTime_;
+  std::atomic<bool> stopping_ = false;  ///< keeps a long delivery of sound from holding up `Stop`
   PacketWriter writer_;
 };
 

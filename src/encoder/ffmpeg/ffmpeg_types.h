@@ -28,12 +28,20 @@ struct PacketDeleter {
 struct ScalerDeleter {
   void operator()(SwsContext* scaler) const { sws_freeContext(scaler); }
 };
+struct ResamplerDeleter {
+  void operator()(SwrContext* resampler) const { swr_free(&resampler); }
+};
+struct AudioFifoDeleter {
+  void operator()(AVAudioFifo* fifo) const { av_audio_fifo_free(fifo); }
+};
 
 using FormatContextPtr = std::unique_ptr<AVFormatContext, FormatContextDeleter>;
 using CodecContextPtr = std::unique_ptr<AVCodecContext, CodecContextDeleter>;
 using FramePtr = std::unique_ptr<AVFrame, FrameDeleter>;
 using PacketPtr = std::unique_ptr<AVPacket, PacketDeleter>;
 using ScalerPtr = std::unique_ptr<SwsContext, ScalerDeleter>;
+using ResamplerPtr = std::unique_ptr<SwrContext, ResamplerDeleter>;
+using AudioFifoPtr = std::unique_ptr<AVAudioFifo, AudioFifoDeleter>;
 
 /// Options on their way into FFmpeg, which takes out of them what it knows.
 class OptionDictionary {

@@ -6,6 +6,7 @@
 
 #include "common/logger.h"
 #include "common/text.h"
+#include "encoder/ffmpeg/container_limits.h"
 
 namespace brisolte {
 namespace {
@@ -147,6 +148,12 @@ AVStream* OutputFile::AddStream() {
   return avformat_new_stream(format_.get(), nullptr);
 }
 
+void OutputFile::AllowUnofficial() {
+  if (format_) {
+    format_->strict_std_compliance = FF_COMPLIANCE_UNOFFICIAL;
+  }
+}
+
 int OutputFile::TryHeader() {
   // Neither a half-made header nor a finished file can be begun anew.
   if (stage_ != Stage::kAddingStreams) {
@@ -167,6 +174,9 @@ bool OutputFile::WriteHeader() {
   LogStreams(*format_);
   if (const int result = TryHeader(); result < 0) {
     Logger::Error("FFmpegEncoder: Failed to write file header: " + ErrorText(result));
+    if (const std::string reason = WhyContainerRefuses(*format_); !reason.empty()) {
+      Logger::Error("FFmpegEncoder: " + reason);
+    }
     return false;
   }
   Logger::Info("FFmpegEncoder: File header written successfully");

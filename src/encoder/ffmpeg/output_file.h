@@ -32,6 +32,10 @@ class OutputFile {
   /// A new stream, owned by the file. Null when it accepts none, and without memory.
   AVStream* AddStream();
 
+  /// Lets the container hold what its specification leaves out but players take. Without a muxer nothing
+  /// happens.
+  void AllowUnofficial();
+
   /// Writes the header for the streams added so far. There is one attempt a file: later ones fail.
   bool WriteHeader();
 

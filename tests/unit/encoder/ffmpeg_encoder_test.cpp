@@ -15,6 +15,7 @@
 #include "support/captured_log.h"
 #include "support/pictures.h"
 #include "support/temporary_directory.h"
+#include "support/tones.h"
 
 namespace brisolte {
 namespace {
@@ -355,24 +356,13 @@ TEST_F(FFmpegEncoderTest, KeepsQuietAboutFramesThatTheEncoderHolds) {
   EXPECT_THAT(log.text(), Not(HasSubstr("[ERROR]")));
 }
 
-TEST_F(FFmpegEncoderTest, RefusesSoundByName) {
-  FFmpegEncoder encoder(Settings());
-  const CapturedLog log;
-  EXPECT_FALSE(encoder.CreateAudioStream(AudioStreamKind::kMicrophone, nullptr));
-  EXPECT_FALSE(encoder.ProcessAudioFrame({1, 2}, "microphone"));
-  EXPECT_FALSE(encoder.ProcessAudioFrame({}, "speaker"));
-  EXPECT_FALSE(encoder.ProcessAudioFrame({1, 2}, "Microphone"));
-  EXPECT_THAT(log.lines(), ElementsAre("[ERROR] FFmpegEncoder: Sound is not available yet",
-                                       "[ERROR] FFmpegEncoder: Sound is not available yet",
-                                       "[ERROR] FFmpegEncoder: Sound is not available yet",
-                                       "[ERROR] Invalid stream name: Microphone"));
-}
-
 TEST_F(FFmpegEncoderTest, SurvivesItsCallsInAnyOrder) {
   const auto seed = std::random_device()();
   SCOPED_TRACE(seed);
   std::mt19937 random(seed);
   const CapturedLog log(LogLevel::kFatal);
+  const std::vector<std::uint8_t> sound(20'000);
+  const WaveFormat format = testing::DeviceFormat(SampleType::kFloat32, 2, 48'000);
   for (int round = 0; round < 60; ++round) {
     const char* const names[] = {"libx264", "mpeg4", "mjpeg", "prores_ks", "libvpx", "nonsense"};
     const char* const files[] = {"file.mp4", "file.webm", "file.mov", "file.avi", "file.mp3", "file.unknown"};
@@ -384,10 +374,12 @@ TEST_F(FFmpegEncoderTest, SurvivesItsCallsInAnyOrder) {
         [&] { encoder.Stop(); },
         [&] { encoder.ProcessFrameAsync(picture_.Frame(static_cast<std::int64_t>(random()))); },
         [&] { encoder.ProcessFrameAsync(VideoFrame()); },
+        [&] { encoder.ProcessAudioFrame(sound, random() % 2 == 0 ? "speaker" : "microphone"); },
         [&] { encoder.ProcessAudioFrame({1, 2, 3}, "speaker"); },
         // No size is larger than the picture, whose pixels are then read as either layout.
         [&] { encoder.InitializeVideoEncoder(sizes[random() % 6] / 4, sizes[random() % 6] / 2, nullptr); },
         [&] { encoder.CreateAudioStream(AudioStreamKind::kSpeaker, nullptr); },
+        [&] { encoder.CreateAudioStream(AudioStreamKind::kMicrophone, &format); },
         [&] { encoder.GetPixelFormat(); },
         [&] { encoder.Finalize(); },
     };

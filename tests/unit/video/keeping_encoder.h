@@ -114,7 +114,7 @@ class KeepingEncoder : public Encoder {
   bool ProcessAudioFrame(const std::vector<std::uint8_t>& /*samples*/, const std::string& /*name*/) override {
     return false;
   }
-  bool CreateAudioStream(AudioStreamKind /*kind*/, const WaveFormat& /*format*/) override { return false; }
+  bool CreateAudioStream(AudioStreamKind /*kind*/, const WaveFormat* /*format*/) override { return false; }
   bool Finalize() override { return true; }
 
  private:

@@ -1,0 +1,118 @@
+#include "encoder/ffmpeg/audio_resampler.h"
+
+#include <string>
+
+#include "common/logger.h"
+#include "encoder/ffmpeg/packed_samples.h"
+
+namespace brisolte {
+namespace {
+
+AVSampleFormat ConvertibleFormat(SampleType type) {
+  switch (type) {
+    case SampleType::kUnsigned8:
+      return AV_SAMPLE_FMT_U8;
+    case SampleType::kSigned16:
+      return AV_SAMPLE_FMT_S16;
+    case SampleType::kSigned24Packed:  // unpacked first
+    case SampleType::kSigned32:
+      return AV_SAMPLE_FMT_S32;
+    case SampleType::kFloat32:
+      return AV_SAMPLE_FMT_FLT;
+  }
+  return AV_SAMPLE_FMT_NONE;
+}
+
+void Configure(SwrContext& resampler, const AudioInput& input) {
+  AVChannelLayout in{};
+  AVChannelLayout out{};
+  av_channel_layout_default(&in, input.channels);
+  av_channel_layout_default(&out, input.encodedChannels());
+  av_opt_set_chlayout(&resampler, "in_chlayout", &in, 0);
+  av_opt_set_chlayout(&resampler, "out_chlayout", &out, 0);
+  av_opt_set_int(&resampler, "in_sample_rate", input.sampleRate, 0);
+  av_opt_set_int(&resampler, "out_sample_rate", input.sampleRate, 0);
+  av_opt_set_sample_fmt(&resampler, "in_sample_fmt", ConvertibleFormat(input.sampleType), 0);
+  av_opt_set_sample_fmt(&resampler, "out_sample_fmt", AV_SAMPLE_FMT_FLTP, 0);
+  av_channel_layout_uninit(&in);
+  av_channel_layout_uninit(&out);
+}
+
+}  // namespace
+
+bool AudioResampler::InitializeResampler(const AudioInput& input) {
+  input_ = input;
+  frame_.reset();
+  capacity_ = 0;
+  resampler_.reset(swr_alloc());
+  if (!resampler_) {
+    Logger::Error("Failed to allocate audio resampler");
+    return false;
+  }
+  Logger::Info("Initializing audio resampler with channels=" + std::to_string(input.channels) +
+               ", sample_rate=" + std::to_string(input.sampleRate) +
+               ", bits_per_sample=" + std::to_string(input.bitsPerSample));
+  Configure(*resampler_, input);
+  if (const int result = swr_init(resampler_.get()); result < 0) {
+    Logger::Error("Failed to initialize audio resampler, error code: " + std::to_string(result));
+    resampler_.reset();
+    return false;
+  }
+  Logger::Info("Audio resampler initialized successfully");
+  return true;
+}
+
+std::span<const std::uint8_t> AudioResampler::Unpacked(std::span<const std::uint8_t> bytes) {
+  if (input_.sampleType != SampleType::kSigned24Packed) {
+    return bytes;
+  }
+  UnpackSigned24(bytes, unpacked_);
+  return {reinterpret_cast<const std::uint8_t*>(unpacked_.data()), unpacked_.size() * sizeof(std::int32_t)};
+}
+
+bool AudioResampler::MakeRoom(int samples) {
+  if (frame_ && capacity_ >= samples) {
+    frame_->nb_samples = capacity_;
+    if (const int result = av_frame_make_writable(frame_.get()); result < 0) {
+      Logger::Error("Failed to make output frame writable");
+      return false;
+    }
+    return true;
+  }
+  capacity_ = 0;
+  frame_.reset(av_frame_alloc());
+  if (frame_) {
+    frame_->format = AV_SAMPLE_FMT_FLTP;
+    frame_->nb_samples = samples;
+    frame_->sample_rate = input_.sampleRate;
+    av_channel_layout_default(&frame_->ch_layout, input_.encodedChannels());
+  }
+  if (!frame_ || av_frame_get_buffer(frame_.get(), 0) < 0) {
+    Logger::Error("Failed to make output frame writable");
+    return false;
+  }
+  capacity_ = samples;
+  return true;
+}
+
+AVFrame* AudioResampler::Convert(std::span<const std::uint8_t> bytes) {
+  const int samples = static_cast<int>(bytes.size() / input_.blockBytes);
+  const int room = swr_get_out_samples(resampler_.get(), samples);
+  if (room < 0) {
+    Logger::Error("Failed to get output sample count: " + ErrorText(room));
+    return nullptr;
+  }
+  if (!MakeRoom(room)) {
+    return nullptr;
+  }
+  const std::uint8_t* input[] = {Unpacked(bytes).data()};
+  const int converted = swr_convert(resampler_.get(), frame_->extended_data, room, input, samples);
+  if (converted < 0) {
+    Logger::Error("Audio resampling failed: " + ErrorText(converted));
+    return nullptr;
+  }
+  frame_->nb_samples = converted;
+  return frame_.get();
+}
+
+}  // namespace brisolte

@@ -1,0 +1,34 @@
+#pragma once
+
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "encoder/ffmpeg/audio_input.h"
+#include "encoder/ffmpeg/ffmpeg_types.h"
+
+namespace brisolte {
+
+/// Converts the samples of one source into what the encoder takes: planar 32-bit floating point at the
+/// source's rate, with the channels mixed down where there are too many.
+class AudioResampler {
+ public:
+  /// Replaces an earlier conversion. False, with an ERROR line, when FFmpeg cannot convert.
+  bool InitializeResampler(const AudioInput& input);
+
+  /// Converts the whole samples in `bytes`, at least one. The result is this object's and valid until the
+  /// next call; its time is not set. Null, with an ERROR line, on failure.
+  AVFrame* Convert(std::span<const std::uint8_t> bytes);
+
+ private:
+  std::span<const std::uint8_t> Unpacked(std::span<const std::uint8_t> bytes);
+  bool MakeRoom(int samples);
+
+  AudioInput input_;
+  ResamplerPtr resampler_;
+  FramePtr frame_;
+  int capacity_ = 0;  ///< samples that `frame_` has room for
+  std::vector<std::int32_t> unpacked_;
+};
+
+}  // namespace brisolte

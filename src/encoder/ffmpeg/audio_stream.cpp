@@ -1,0 +1,131 @@
+#include "encoder/ffmpeg/audio_stream.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "common/logger.h"
+
+namespace brisolte {
+namespace {
+
+/// Lower rates, those of telephone headsets, are not official in MP4, but players take them.
+constexpr int kLowestRateInMp4 = 16'000;
+
+}  // namespace
+
+AudioStream::AudioStream(std::string name, Recording recording)
+    : name_(std::move(name)), recording_(std::move(recording)) {}
+
+bool AudioStream::Create(OutputFile& file, const WaveFormat* format, const CaptureSettings& settings) {
+  const auto input = DescribeAudioInput(format, settings);
+  if (!file.initialized() || !input) {
+    Logger::Error("Invalid parameters for CreateAudioStream");
+    return false;
+  }
+  if (!file.AcceptsStreams()) {
+    Logger::Error("Failed to create audio stream");
+    return false;
+  }
+  // The stream comes after its encoder: it could not be taken out of the file again, and without parameters
+  // the file's header would fail.
+  Source source;
+  source.pending = PendingSamples(input->blockBytes);
+  if (!source.encoder.Open(*input) || !AddStream(file, source.encoder) ||
+      !source.resampler.InitializeResampler(*input)) {
+    return false;
+  }
+  if (input->sampleRate < kLowestRateInMp4) {
+    file.AllowUnofficial();
+  }
+  source_ = std::move(source);
+  return true;
+}
+
+bool AudioStream::AddStream(OutputFile& file, const AudioEncoder& encoder) {
+  const AVCodecContext& context = encoder.context();
+  if (stream_ == nullptr && (stream_ = file.AddStream()) == nullptr) {
+    Logger::Error("Failed to create audio stream");
+    return false;
+  }
+  if (const int result = avcodec_parameters_from_context(stream_->codecpar, &context); result < 0) {
+    Logger::Error("Failed to copy audio codec parameters to stream: " + ErrorText(result));
+    return false;
+  }
+  stream_->time_base = context.time_base;
+  Logger::Info("Setting as " + name_ + " stream (index=" + std::to_string(stream_->index) + ")");
+  return true;
+}
+
+bool AudioStream::Process(std::span<const std::uint8_t> bytes) {
+  if (!source_) {
+    Logger::Error("Audio context not initialized for " + name_);
+    return false;
+  }
+  source_->pending.Append(bytes);
+  source_->lastDelivery = recording_.elapsed();
+  if (!source_->pending.hasChunk()) {
+    return false;
+  }
+  source_->pending.ReportBacklog(name_);
+  bool encoded = false;
+  while (source_->pending.hasChunk()) {
+    if (!recording_.running()) {
+      Logger::Info(name_ + " frame processing interrupted: thread is stopping");
+      break;
+    }
+    encoded = EncodeChunk(recording_.elapsed()) || encoded;
+  }
+  return encoded;
+}
+
+bool AudioStream::EncodeChunk(std::int64_t milliseconds) {
+  if (!ResampleChunk(milliseconds)) {
+    return false;
+  }
+  bool encoded = true;
+  while (encoded && source_->encoder.hasFrame()) {
+    encoded = EncodeAudioFrame();
+  }
+  return encoded;
+}
+
+bool AudioStream::ResampleChunk(std::int64_t milliseconds) {
+  const AVFrame* const samples = source_->resampler.Convert(source_->pending.Take());
+  const AVRational timeBase = source_->encoder.context().time_base;
+  return samples != nullptr &&
+         source_->encoder.Queue(*samples, av_rescale_q(milliseconds, {1, 1000}, timeBase));
+}
+
+bool AudioStream::EncodeAudioFrame() {
+  if (!recording_.running()) {
+    Logger::Info("Skipping frame encoding: audio thread is stopping");
+    return false;
+  }
+  return source_->encoder.EncodeFrame([this](AVPacket& packet) { EnqueuePacket(packet); });
+}
+
+void AudioStream::Drain() {
+  if (!source_ || source_->drained) {
+    return;
+  }
+  source_->drained = true;
+  while (source_->pending.samples() > 0) {
+    ResampleChunk(source_->lastDelivery);
+  }
+  source_->encoder.Drain([this](AVPacket& packet) { EnqueuePacket(packet); });
+}
+
+void AudioStream::EnqueuePacket(AVPacket& packet) {
+  packet.flags |= AV_PKT_FLAG_KEY;
+  packet.stream_index = stream_->index;
+  av_packet_rescale_ts(&packet, source_->encoder.context().time_base, stream_->time_base);
+  // The stream's ticks may be as long as a packet, and the muxer refuses two in one.
+  packet.pts = std::max(packet.pts, lastPacketTime_ + 1);
+  packet.dts = packet.pts;
+  lastPacketTime_ = packet.pts;
+  if (!recording_.enqueue(packet)) {
+    Logger::Error("Failed to add Audio packet to encoder");
+  }
+}
+
+}  // namespace brisolte

@@ -1,0 +1,300 @@
+#include <gmock/gmock.h>
+
+#include <algorithm>
+#include <cmath>
+#include <ostream>
+#include <random>
+#include <string>
+#include <vector>
+
+#include "encoder/ffmpeg/ffmpeg_encoder.h"
+#include "support/captured_log.h"
+#include "support/decoded_audio.h"
+#include "support/pictures.h"
+#include "support/temporary_directory.h"
+#include "support/tones.h"
+
+namespace brisolte {
+namespace {
+
+using testing::CapturedLog;
+using testing::CountStreams;
+using testing::DecodedAudio;
+using testing::DeviceFormat;
+using testing::FitTone;
+using ::testing::HasSubstr;
+using ::testing::Not;
+using testing::Picture;
+using testing::ReadSounds;
+using ::testing::SizeIs;
+using testing::TemporaryDirectory;
+using testing::Tone;
+using testing::ToneBytes;
+
+// What an encoder holds back at the front, at most: its own delay, and less than a frame.
+constexpr std::size_t kMostDelay = 1105 + 1152;
+
+std::string NameOf(SampleType type) {
+  switch (type) {
+    case SampleType::kUnsigned8:
+      return "Unsigned8";
+    case SampleType::kSigned16:
+      return "Signed16";
+    case SampleType::kSigned24Packed:
+      return "Signed24Packed";
+    case SampleType::kSigned32:
+      return "Signed32";
+    case SampleType::kFloat32:
+      return "Float32";
+  }
+  return "Unknown";
+}
+
+/// Hands over `count` samples in pieces of random sizes, also ones that end within a sample.
+void Deliver(FFmpegEncoder& encoder, const std::string& stream, const std::vector<std::uint8_t>& bytes,
+             unsigned seed) {
+  std::mt19937 random(seed);
+  for (std::size_t at = 0; at < bytes.size();) {
+    const std::size_t size = std::min<std::size_t>(1 + random() % 20'000, bytes.size() - at);
+    const auto begin = bytes.begin() + static_cast<std::ptrdiff_t>(at);
+    encoder.ProcessAudioFrame({begin, begin + static_cast<std::ptrdiff_t>(size)}, stream);
+    at += size;
+  }
+}
+
+/// The tone is there at its level, from the beginning to the end without a break, in which a jump of its
+/// phase would leave much more than the encoder's noise.
+void ExpectTone(std::span<const float> samples, const Tone& tone, double rate) {
+  constexpr std::size_t kEdge = 3000;
+  ASSERT_GT(samples.size(), 3 * kEdge);
+  const auto middle = samples.subspan(kEdge, samples.size() - 2 * kEdge);
+  const auto fit = FitTone(middle, tone.frequency, rate);
+  EXPECT_NEAR(20 * std::log10(fit.level / tone.level), 0, 1);
+  EXPECT_LT(fit.residual, tone.level / 10);
+}
+
+class SoundRecording : public ::testing::Test {
+ protected:
+  CaptureSettings Settings(const std::string& file) const {
+    CaptureSettings settings;
+    settings.encoderName = "mpeg4";
+    settings.outputFilePath = directory_ / file;
+    return settings;
+  }
+
+  /// Records the microphone alone and reads it back.
+  DecodedAudio RecordSound(const WaveFormat& format, const std::vector<Tone>& tones, std::size_t samples,
+                           const std::string& file = "sound.mp3") const {
+    const auto seed = std::random_device()();
+    SCOPED_TRACE(seed);
+    FFmpegEncoder encoder(Settings(file));
+    EXPECT_TRUE(encoder.CreateAudioStream(AudioStreamKind::kMicrophone, &format));
+    EXPECT_TRUE(encoder.Start());
+    Deliver(encoder, "microphone", ToneBytes(format, tones, 0, samples), seed);
+    EXPECT_TRUE(encoder.Stop());
+    const auto sounds = ReadSounds(directory_ / file);
+    EXPECT_THAT(sounds, SizeIs(1));
+    return sounds.empty() ? DecodedAudio() : sounds.front();
+  }
+
+  const CapturedLog log_;
+  const TemporaryDirectory directory_;
+  const Picture picture_{Picture::Layout::kNv12, 64, 48, {90, 120, 60}};
+};
+
+struct Case {
+  SampleType type;
+  bool extensible;
+};
+
+class SampleFormats : public SoundRecording, public ::testing::WithParamInterface<Case> {};
+
+TEST_P(SampleFormats, RecordsEverySampleAtItsLevel) {
+  const WaveFormat format = DeviceFormat(GetParam().type, 2, 48'000, GetParam().extensible);
+  const std::vector<Tone> tones{{440, 0.5}, {1000, 0.25}};
+  const DecodedAudio sound = RecordSound(format, tones, 50'001);
+  EXPECT_EQ(sound.codec, "mp3");
+  EXPECT_EQ(sound.sampleRate, 48'000);
+  EXPECT_EQ(sound.bitRate, 128'000);
+  EXPECT_EQ(sound.samples(), 50'001U);
+  ASSERT_THAT(sound.channels, SizeIs(2));
+  ExpectTone(sound.channels[0], tones[0], 48'000);
+  ExpectTone(sound.channels[1], tones[1], 48'000);
+  EXPECT_THAT(log_.text(), Not(HasSubstr("[ERROR]")));
+  EXPECT_THAT(log_.text(), Not(HasSubstr("write frame:")));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    All, SampleFormats,
+    ::testing::Values(Case{SampleType::kUnsigned8, false}, Case{SampleType::kSigned16, false},
+                      Case{SampleType::kSigned24Packed, false}, Case{SampleType::kSigned32, false},
+                      Case{SampleType::kFloat32, false}, Case{SampleType::kUnsigned8, true},
+                      Case{SampleType::kSigned16, true}, Case{SampleType::kSigned24Packed, true},
+                      Case{SampleType::kSigned32, true}, Case{SampleType::kFloat32, true}),
+    [](const auto& instance) {
+      return NameOf(instance.param.type) + (instance.param.extensible ? "Extensible" : "Plain");
+    });
+
+class ChannelCounts : public SoundRecording, public ::testing::WithParamInterface<std::uint16_t> {};
+
+TEST_P(ChannelCounts, KeepsTheLeftOnTheLeft) {
+  const std::uint16_t channels = GetParam();
+  const WaveFormat format = DeviceFormat(SampleType::kFloat32, channels, 48'000, channels > 2);
+  const Tone tone{500, 0.4};
+  const DecodedAudio sound = RecordSound(format, {tone}, 40'000);
+  EXPECT_EQ(sound.samples(), 40'000U);
+  ASSERT_THAT(sound.channels, SizeIs(channels == 1 ? 1 : 2));
+  ExpectTone(sound.channels[0], tone, 48'000);
+  if (channels > 1) {
+    EXPECT_LT(FitTone(sound.channels[1], tone.frequency, 48'000).level, tone.level / 30);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(OneToEight, ChannelCounts, ::testing::Range<std::uint16_t>(1, 9));
+
+class Rates : public SoundRecording, public ::testing::WithParamInterface<std::uint32_t> {};
+
+TEST_P(Rates, RecordsEverySample) {
+  const WaveFormat format = DeviceFormat(SampleType::kSigned16, 1, GetParam());
+  const Tone tone{300, 0.5};
+  const std::size_t samples = std::size_t{2} * GetParam() + 77;
+  const DecodedAudio sound = RecordSound(format, {tone}, samples);
+  EXPECT_EQ(sound.sampleRate, static_cast<int>(GetParam()));
+  EXPECT_EQ(sound.samples(), samples);
+  ASSERT_THAT(sound.channels, SizeIs(1));
+  ExpectTone(sound.channels[0], tone, GetParam());
+}
+
+TEST_P(Rates, FitIntoVideoFiles) {
+  const WaveFormat format = DeviceFormat(SampleType::kSigned16, 1, GetParam());
+  const Tone tone{300, 0.5};
+  const std::size_t samples = std::size_t{2} * GetParam();
+  for (const std::string file : {"file.mp4", "file.mov", "file.avi"}) {
+    SCOPED_TRACE(file);
+    const DecodedAudio sound = RecordSound(format, {tone}, samples, file);
+    EXPECT_GE(sound.samples(), samples);
+    EXPECT_LE(sound.samples(), samples + 2 * kMostDelay);
+    ASSERT_THAT(sound.channels, SizeIs(1));
+    ExpectTone(std::span(sound.channels[0]).first(samples), tone, GetParam());
+  }
+  EXPECT_THAT(log_.text(), Not(HasSubstr("[ERROR]")));
+  EXPECT_THAT(log_.text(), Not(HasSubstr("write frame:")));
+}
+
+INSTANTIATE_TEST_SUITE_P(OfMp3, Rates,
+                         ::testing::Values(8'000, 11'025, 12'000, 16'000, 22'050, 24'000, 32'000, 44'100,
+                                           48'000));
+
+TEST_F(SoundRecording, LeavesOutRatesThatMp3DoesNotHave) {
+  for (const std::uint32_t rate : {7'999U, 37'800U, 64'000U, 88'200U, 96'000U, 176'400U, 192'000U}) {
+    const WaveFormat format = DeviceFormat(SampleType::kFloat32, 2, rate);
+    FFmpegEncoder encoder(Settings("file.mp4"));
+    EXPECT_TRUE(encoder.InitializeVideoEncoder(64, 48, nullptr));
+    EXPECT_FALSE(encoder.CreateAudioStream(AudioStreamKind::kSpeaker, &format)) << rate;
+    EXPECT_EQ(log_.lines().back(), "[ERROR] Could not open audio codec: Invalid argument");
+    EXPECT_TRUE(encoder.Start());
+    EXPECT_FALSE(encoder.ProcessAudioFrame(std::vector<std::uint8_t>(8192), "speaker"));
+    EXPECT_EQ(log_.lines().back(), "[ERROR] Audio context not initialized for speaker");
+    EXPECT_TRUE(encoder.ProcessFrameAsync(picture_.Frame(0)));
+    EXPECT_TRUE(encoder.Stop());
+    EXPECT_EQ(CountStreams(directory_ / "file.mp4"), 1U);
+  }
+}
+
+TEST_F(SoundRecording, GoesOnWithTheOtherSourceWhenOneIsLeftOut) {
+  const WaveFormat tooFast = DeviceFormat(SampleType::kFloat32, 2, 96'000);
+  const WaveFormat format = DeviceFormat(SampleType::kFloat32, 2, 44'100);
+  const Tone tone{700, 0.3};
+  {
+    FFmpegEncoder encoder(Settings("file.mp3"));
+    EXPECT_FALSE(encoder.CreateAudioStream(AudioStreamKind::kMicrophone, &tooFast));
+    EXPECT_TRUE(encoder.CreateAudioStream(AudioStreamKind::kSpeaker, &format));
+    EXPECT_TRUE(encoder.Start());
+    Deliver(encoder, "speaker", ToneBytes(format, {tone, tone}, 0, 44'100), 1);
+    EXPECT_TRUE(encoder.Stop());
+  }
+  const auto sounds = ReadSounds(directory_ / "file.mp3");
+  ASSERT_THAT(sounds, SizeIs(1));
+  EXPECT_EQ(sounds[0].samples(), 44'100U);
+  ExpectTone(sounds[0].channels[0], tone, 44'100);
+}
+
+TEST_F(SoundRecording, KeepsTwoSourcesApartBesideThePicture) {
+  const WaveFormat microphone = DeviceFormat(SampleType::kSigned16, 1, 44'100);
+  const WaveFormat speaker = DeviceFormat(SampleType::kFloat32, 6, 48'000, true);
+  const Tone voice{440, 0.5};
+  const Tone music{1300, 0.3};
+  for (const std::string file : {"both.mp4", "both.mov", "both.avi"}) {
+    SCOPED_TRACE(file);
+    FFmpegEncoder encoder(Settings(file));
+    EXPECT_TRUE(encoder.InitializeVideoEncoder(64, 48, nullptr));
+    EXPECT_TRUE(encoder.CreateAudioStream(AudioStreamKind::kMicrophone, &microphone));
+    EXPECT_TRUE(encoder.CreateAudioStream(AudioStreamKind::kSpeaker, &speaker));
+    EXPECT_TRUE(encoder.Start());
+    for (std::size_t i = 0; i < 100; ++i) {
+      EXPECT_TRUE(encoder.ProcessFrameAsync(picture_.Frame(static_cast<std::int64_t>(i) * 10)));
+      encoder.ProcessAudioFrame(ToneBytes(microphone, {voice}, i * 441, 441), "microphone");
+      encoder.ProcessAudioFrame(ToneBytes(speaker, {music, music}, i * 480, 480), "speaker");
+    }
+    EXPECT_TRUE(encoder.Stop());
+    const auto sounds = ReadSounds(directory_ / file);
+    EXPECT_EQ(CountStreams(directory_ / file), 3U);
+    ASSERT_THAT(sounds, SizeIs(2));
+    EXPECT_EQ(sounds[0].sampleRate, 44'100);
+    EXPECT_EQ(sounds[1].sampleRate, 48'000);
+    ASSERT_THAT(sounds[0].channels, SizeIs(1));
+    ASSERT_THAT(sounds[1].channels, SizeIs(2));
+    EXPECT_GE(sounds[0].samples(), 44'100U);
+    EXPECT_GE(sounds[1].samples(), 48'000U);
+    ExpectTone(std::span(sounds[0].channels[0]).first(44'100), voice, 44'100);
+    ExpectTone(std::span(sounds[1].channels[1]).first(48'000), music, 48'000);
+    EXPECT_LT(FitTone(sounds[0].channels[0], music.frequency, 44'100).level, 0.005);
+    EXPECT_LT(FitTone(sounds[1].channels[0], voice.frequency, 48'000).level, 0.005);
+  }
+  EXPECT_THAT(log_.text(), Not(HasSubstr("[ERROR]")));
+  EXPECT_THAT(log_.text(), Not(HasSubstr("write frame:")));
+}
+
+// Everything arrives within a few milliseconds, and still has times that a file can hold.
+TEST_F(SoundRecording, HasRisingTimesInABurst) {
+  const WaveFormat format = DeviceFormat(SampleType::kFloat32, 2, 48'000);
+  for (const std::string file : {"file.mp4", "file.mov", "file.avi", "file.mp3"}) {
+    SCOPED_TRACE(file);
+    const DecodedAudio sound = RecordSound(format, {{440, 0.5}}, 96'000, file);
+    EXPECT_GE(sound.packetSeconds.size(), 96'000U / 1152);
+    for (std::size_t i = 1; i < sound.packetSeconds.size(); ++i) {
+      EXPECT_GT(sound.packetSeconds[i], sound.packetSeconds[i - 1]);
+    }
+    EXPECT_THAT(sound.keyFrames, ::testing::Each(true));
+  }
+  EXPECT_THAT(log_.text(), Not(HasSubstr("write frame:")));
+}
+
+TEST_F(SoundRecording, HasTheSettingsFormatWithoutOneOfTheDevice) {
+  CaptureSettings settings = Settings("file.mp3");
+  settings.audioSampleRate = 32'000;
+  settings.audioChannels = 1;
+  const Tone tone{440, 0.5};
+  {
+    FFmpegEncoder encoder(settings);
+    EXPECT_TRUE(encoder.CreateAudioStream(AudioStreamKind::kMicrophone, nullptr));
+    EXPECT_TRUE(encoder.Start());
+    const WaveFormat format = DeviceFormat(SampleType::kFloat32, 1, 32'000);
+    Deliver(encoder, "microphone", ToneBytes(format, {tone}, 0, 32'000), 1);
+    EXPECT_TRUE(encoder.Stop());
+  }
+  const auto sounds = ReadSounds(directory_ / "file.mp3");
+  ASSERT_THAT(sounds, SizeIs(1));
+  EXPECT_EQ(sounds[0].sampleRate, 32'000);
+  EXPECT_EQ(sounds[0].samples(), 32'000U);
+  ASSERT_THAT(sounds[0].channels, SizeIs(1));
+  ExpectTone(sounds[0].channels[0], tone, 32'000);
+}
+
+TEST_F(SoundRecording, KeepsASoundShorterThanAChunk) {
+  const WaveFormat format = DeviceFormat(SampleType::kSigned16, 2, 44'100);
+  EXPECT_EQ(RecordSound(format, {{440, 0.5}}, 100).samples(), 100U);
+}
+
+}  // namespace
+}  // namespace brisolte
