@@ -44,9 +44,10 @@ TEST(FFmpegEncoderThreads, MayDeliverStartStopAndDestroyAtAnyMoment) {
     ASSERT_TRUE(encoder->CreateAudioStream(AudioStreamKind::kMicrophone, &microphone));
     ASSERT_TRUE(encoder->CreateAudioStream(AudioStreamKind::kSpeaker, nullptr));
     std::atomic<bool> done = false;
-    std::thread frames([&] {
+    std::thread frames([&, random = std::mt19937(seed + ~round)]() mutable {
       for (std::int64_t time = 0; !done; time += 33) {
         encoder->ProcessFrameAsync(picture.Frame(time));
+        Dawdle(random);
       }
     });
     std::thread sound([&, random = std::mt19937(seed ^ round)]() mutable {
