@@ -16,8 +16,9 @@ export function sandboxed(root, command, { writable = [], readable = [], mounts 
     ...['--die-with-parent', '--unshare-pid', '--unshare-ipc', '--clearenv'],
     ...['--setenv', 'PATH', PATH, '--setenv', 'HOME', '/root', '--setenv', 'LANG', 'C.UTF-8'],
     ...Object.entries(env).flatMap(([name, value]) => ['--setenv', name, String(value)]),
-    ...['--tmpfs', '/', '--dev', '/dev', '--proc', '/proc', '--tmpfs', '/tmp', '--tmpfs', '/root', '--tmpfs', '/run'],
-    ...['usr', 'etc', 'var'].flatMap((top) => ['--ro-bind', `${root}/${top}`, `/${top}`]),
+    // Read-only are the root's own folders only, so that the caller's can appear anywhere beside them.
+    ...['--tmpfs', '/', '--dir', '/var/tmp', '--dev', '/dev', '--proc', '/proc', '--tmpfs', '/tmp', '--tmpfs', '/root', '--tmpfs', '/run'],
+    ...['usr', 'etc', 'var/lib', 'var/cache'].flatMap((top) => ['--ro-bind', `${root}/${top}`, `/${top}`]),
     ...['--ro-bind-try', '/etc/resolv.conf', '/etc/resolv.conf'],
     ...['bin', 'sbin', 'lib', 'lib64'].flatMap((top) => ['--symlink', `usr/${top}`, `/${top}`]),
     ...same('--ro-bind', readable),
