@@ -2,7 +2,8 @@
 
 #include <gmock/gmock.h>
 
-#include <regex>
+#include <algorithm>
+#include <string>
 
 #include "support/captured_log.h"
 
@@ -39,8 +40,9 @@ TEST(Logger, WritesWhatTheLevelLetsThrough) {
 TEST(Logger, PutsTimeTagAndMessageOnALine) {
   const CapturedLog log;
   Logger::Info("hello");
-  const std::regex line(R"(\d{4}-\d{2}-\d{2} \d{2}:\d{2}:\d{2} \[INFO\] hello\n)");
-  EXPECT_TRUE(std::regex_match(log.text(), line)) << log.text();
+  std::string shape = log.text();
+  std::ranges::replace_if(shape, [](char c) { return c >= '0' && c <= '9'; }, 'd');
+  EXPECT_EQ(shape, "dddd-dd-dd dd:dd:dd [INFO] hello\n") << log.text();
 }
 
 TEST(Logger, WritesALineForAnEmptyMessage) {
