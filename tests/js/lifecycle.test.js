@@ -145,21 +145,22 @@ test('an instance that is collected while it records completes its file', async 
 
 test('a failed start leaves nothing that keeps an instance from being collected', async () => {
   const { value } = await scenario(
-    async ({ Brisolte, waitFor }, { dir }) => {
+    async ({ Brisolte, waitFor }, { dirs }) => {
       let collected = 0;
       const registry = new FinalizationRegistry(() => (collected += 1));
-      const fail = () => {
+      const fail = (dir) => {
         const capture = new Brisolte();
         registry.register(capture);
         capture.setOutputDir(dir);
         capture.setWindow(1);
         return capture.startRecord();
       };
-      const answers = [fail(), fail()];
+      const answers = dirs.map(fail);
       await waitFor('the collection', () => global.gc() ?? collected === 2);
       return answers;
     },
-    { dir: scratchFolder() },
+    // One each: the first may still hold the file of the second in which both start.
+    { dirs: [scratchFolder(), scratchFolder()] },
     { nodeOptions: ['--expose-gc'] },
   );
   assert.deepEqual(value, [false, false]);
