@@ -32,7 +32,7 @@ class OutputFile {
   /// A new stream, owned by the file. Null when it accepts none, and without memory.
   AVStream* AddStream();
 
-  /// Lets the container hold what its specification leaves out but players take. Without a muxer nothing
+  /// Lets the container hold what its standard leaves out but players take. Without a muxer nothing
   /// happens.
   void AllowUnofficial();
 
