@@ -4,7 +4,6 @@ import { mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from 'nod
 import { tmpdir } from 'node:os';
 import { join, resolve } from 'node:path';
 import { parseArgs } from 'node:util';
-import { measure, writeStill } from './demo/measure.mjs';
 import { runUnderWine, windowsPath } from './wine/runner.mjs';
 import { buildRoot } from './workshop/build-root.mjs';
 import { main, step, WorkshopError } from './workshop/report.mjs';
@@ -18,6 +17,7 @@ const USAGE = `usage: npm run demo -- [options]
   --window TITLE               the window to record, by its whole title
   --region L,T,W,H             the region to record: left, top, width, height
   --encoder NAME               video encoder, libx264 unless said otherwise
+  --audio                      records the microphone and the speaker as well
   --out DIR                    where the recording and frame.png go, demo-out unless said otherwise
   --json FILE                  writes what was measured to FILE
   --verbose                    shows the module's own log`;
@@ -29,6 +29,7 @@ const OPTIONS = {
   window: { type: 'string' },
   region: { type: 'string' },
   encoder: { type: 'string', default: 'libx264' },
+  audio: { type: 'boolean', default: false },
   out: { type: 'string', default: 'demo-out' },
   json: { type: 'string' },
   verbose: { type: 'boolean', default: false },
@@ -41,7 +42,7 @@ await main(async () => {
     console.log(USAGE);
     return 0;
   }
-  await step('Build: the module', () => buildTree('windows', ['brisolte', 'pattern', 'standins']));
+  await step('Build: the module', () => buildTree('windows', ['brisolte', 'pattern', 'tone', 'standins']));
   const outputDir = resolve(request.out);
   mkdirSync(outputDir, { recursive: true });
   const file = await step(`Recording: ${request.mode}, ${request.seconds} s`, () => record(request, outputDir));
@@ -96,6 +97,7 @@ async function record(request, outputDir) {
       ...request,
       packageDir: windowsPath(treeDir),
       contentProgram: windowsPath(join(buildDir('windows'), 'pattern', 'pattern.exe')),
+      toneProgram: windowsPath(join(buildDir('windows'), 'pattern', 'tone.exe')),
       scratchDir: windowsPath(scratchDir),
       outputDir: windowsPath(outputDir),
       resultFile: windowsPath(resultFile),
@@ -119,6 +121,8 @@ async function record(request, outputDir) {
 async function readBack(file, outputDir) {
   const root = await buildRoot();
   const inRoot = (words) => sandboxed(root, words, { writable: [outputDir] });
+  // Needs npm packages, which are there only since the build.
+  const { measure, writeStill } = await import('./demo/measure.mjs');
   const found = measure(file, inRoot);
   writeStill(file, found.seconds, join(outputDir, 'frame.png'), inRoot);
   return found;

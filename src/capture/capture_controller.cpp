@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <mutex>
 #include <stdexcept>
+#include <string>
 #include <utility>
 
 #include "common/logger.h"
@@ -182,12 +183,19 @@ bool CaptureController::setOutputDir(const std::string& directory) {
 
 std::vector<AudioDeviceInfo> CaptureController::getMicrophones() {
   const std::lock_guard guard(lock_);
-  return parts_->ListMicrophones();
+  Logger::Info("Starting microphone enumeration...");
+  std::vector<AudioDeviceInfo> devices = parts_->ListMicrophones();
+  Logger::Info("Microphone enumeration completed, found " + std::to_string(devices.size()) +
+               " microphone devices");
+  return devices;
 }
 
 std::vector<AudioDeviceInfo> CaptureController::getSpeakers() {
   const std::lock_guard guard(lock_);
-  return parts_->ListSpeakers();
+  Logger::Info("Starting speaker enumeration...");
+  std::vector<AudioDeviceInfo> devices = parts_->ListSpeakers();
+  Logger::Info("Speaker enumeration completed, found " + std::to_string(devices.size()) + " speaker devices");
+  return devices;
 }
 
 bool CaptureController::captureScreenshot(const std::string& filePath) {

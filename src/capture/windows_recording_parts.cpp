@@ -1,5 +1,7 @@
 #include "capture/windows_recording_parts.h"
 
+#include "audio/audio_capture.h"
+#include "audio/audio_devices.h"
 #include "capture/windows_graphics_device.h"
 #include "common/logger.h"
 #include "encoder/ffmpeg/ffmpeg_encoder.h"
@@ -26,23 +28,19 @@ class WindowsRecordingParts final : public RecordingParts {
     return brisolte::CreateVideoCapture(settings, encoder);
   }
 
-  std::unique_ptr<CaptureSource> CreateAudioCapture(const CaptureSettings& /*settings*/,
-                                                    Encoder& /*encoder*/) override {
-    Logger::Error("Recording sound is not available yet");
-    return nullptr;
+  std::unique_ptr<CaptureSource> CreateAudioCapture(const CaptureSettings& settings,
+                                                    Encoder& encoder) override {
+    return brisolte::CreateAudioCapture(settings, encoder);
   }
 
   std::vector<MonitorEntry> ListMonitors() override { return EnumerateMonitors(); }
   std::vector<WindowEntry> ListWindows() override { return EnumerateWindows(); }
 
   std::vector<AudioDeviceInfo> ListMicrophones() override {
-    Logger::Error("Listing microphones is not available yet");
-    return {};
+    return EnumerateAudioDevices(AudioDataFlow::kCapture);
   }
-
   std::vector<AudioDeviceInfo> ListSpeakers() override {
-    Logger::Error("Listing speakers is not available yet");
-    return {};
+    return EnumerateAudioDevices(AudioDataFlow::kRender);
   }
 
   bool CaptureScreenshot(const CaptureSettings& /*settings*/, GraphicsDevice& /*device*/,

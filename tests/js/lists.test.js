@@ -142,3 +142,35 @@ test('the probe logs what it finds and why a hardware encoder is missing', async
     .filter((codec) => codec.isHardwareAccel)
     .forEach(({ name }) => assert.ok(log.has('INFO', `Hardware codec ${name} supported by device`), name));
 });
+
+test('audio devices have their shape, one of each direction is the default', () => {
+  for (const [devices, name] of [
+    [capture.getMicrophones(), 'Microphone'],
+    [capture.getSpeakers(), 'Speaker'],
+  ]) {
+    devices.forEach((device) => {
+      assertShape(device, { id: 'string', name: 'string', isDefault: 'boolean', isActive: 'boolean' });
+      assert.ok(device.id.length > 0);
+      assert.equal(device.isActive, true);
+    });
+    assert.ok(devices.some((device) => device.name.includes(name)));
+    assert.equal(devices.filter((device) => device.isDefault).length, 1);
+    assert.equal(new Set(devices.map(({ id }) => id)).size, devices.length);
+  }
+});
+
+test('enumerating audio devices says how many there are', async () => {
+  const { value, log } = await scenario(({ Brisolte }) => {
+    const instance = new Brisolte();
+    return [instance.getMicrophones().length, instance.getSpeakers().length];
+  });
+  const [microphones, speakers] = value;
+  assert.deepEqual(log.messages('INFO'), [
+    'Starting microphone enumeration...',
+    `Enumerated ${microphones} microphone devices`,
+    `Microphone enumeration completed, found ${microphones} microphone devices`,
+    'Starting speaker enumeration...',
+    `Enumerated ${speakers} speaker devices`,
+    `Speaker enumeration completed, found ${speakers} speaker devices`,
+  ]);
+});

@@ -2,17 +2,14 @@
 // Creates and opens each file for itself alone, then creates READY, and lets go when READY is removed.
 
 #include <windows.h>
-// After windows.h, which declares what it needs.
-#include <shellapi.h>
 
 #include <memory>
+#include <string>
 #include <vector>
 
-namespace {
+#include "support/command_line.h"
 
-struct LocalFreeDeleter {
-  void operator()(wchar_t** list) const { LocalFree(static_cast<HLOCAL>(list)); }
-};
+namespace {
 
 struct HandleCloser {
   void operator()(HANDLE handle) const { CloseHandle(handle); }
@@ -28,19 +25,18 @@ Handle Create(const wchar_t* file) {
 }  // namespace
 
 int WINAPI WinMain(HINSTANCE /*instance*/, HINSTANCE /*previous*/, LPSTR /*command*/, int /*show*/) {
-  int count = 0;
-  const std::unique_ptr<wchar_t*, LocalFreeDeleter> list(CommandLineToArgvW(GetCommandLineW(), &count));
-  if (!list || count < 3) {
+  const std::vector<std::wstring> arguments = brisolte::testing::CommandLineArguments();
+  if (arguments.size() < 2) {
     return 2;
   }
   std::vector<Handle> held;
-  for (int i = 2; i < count; ++i) {
-    held.push_back(Create(list.get()[i]));
+  for (std::size_t i = 1; i < arguments.size(); ++i) {
+    held.push_back(Create(arguments[i].c_str()));
     if (!held.back()) {
       return 1;
     }
   }
-  const wchar_t* ready = list.get()[1];
+  const wchar_t* ready = arguments[0].c_str();
   if (!Create(ready)) {
     return 1;
   }

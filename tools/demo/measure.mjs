@@ -2,6 +2,7 @@
 
 import { extname } from 'node:path';
 import { outputOf } from '../workshop/processes.mjs';
+import { strongestFrequency } from './spectrum.mjs';
 
 /**
  * Reads a finished recording to its end.
@@ -14,7 +15,12 @@ export function measure(file, hostCommand) {
     file,
     container: containerOf(file, format.format_name.split(',')),
     seconds: Number(format.duration),
-    streams: streams.map((stream) => describe(stream, Number(stream.duration ?? format.duration))),
+    streams: streams.map((stream) => {
+      const seconds = Number(stream.duration ?? format.duration);
+      return stream.codec_type === 'audio'
+        ? describeSound(stream, seconds, hear(file, stream, seconds, hostCommand))
+        : describePicture(stream, seconds);
+    }),
   };
 }
 
@@ -30,7 +36,7 @@ function containerOf(file, family) {
   return family.includes(extension) ? extension : family[0];
 }
 
-function describe(stream, seconds) {
+function describePicture(stream, seconds) {
   const frames = Number(stream.nb_read_frames);
   return {
     codec: stream.codec_name,
@@ -41,4 +47,24 @@ function describe(stream, seconds) {
     frames,
     averageFps: Math.round((100 * frames) / seconds) / 100,
   };
+}
+
+function describeSound(stream, seconds, samples) {
+  const sampleRate = Number(stream.sample_rate);
+  return {
+    codec: stream.codec_name,
+    type: stream.codec_type,
+    sampleRate,
+    channels: stream.channels,
+    seconds,
+    strongestFrequency: strongestFrequency(samples, sampleRate),
+  };
+}
+
+/** Up to two seconds from the middle of one stream, its channels mixed to one. */
+function hear(file, stream, seconds, hostCommand) {
+  const from = ['-ss', String(Math.max(0, seconds / 2 - 1)), '-t', '2', '-i', file];
+  const words = ['ffmpeg', '-v', 'error', ...from, '-map', `0:${stream.index}`, '-ac', '1', '-f', 'f32le', '-'];
+  const bytes = new Uint8Array(outputOf(hostCommand(words), { encoding: 'buffer' }));
+  return new Float32Array(bytes.buffer, 0, Math.floor(bytes.length / 4));
 }

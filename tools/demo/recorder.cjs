@@ -11,26 +11,51 @@ const { setTimeout: delay } = require('node:timers/promises');
 const CONTENT_TITLE = 'Brisolte demo';
 const CONTENT = { x: 120, y: 60, width: 1040, height: 600 };
 const DEFAULT_REGION = { left: 320, top: 180, width: 640, height: 360 };
+// What is played for the recording to hear: in the room that the microphone hears, and on the speaker.
+const TONES = [
+  { endpoint: 'Room', frequency: 440 },
+  { endpoint: 'Speaker', frequency: 1000 },
+];
 
 const request = JSON.parse(readFileSync(process.argv[2], 'utf8'));
 const { Brisolte } = require(request.packageDir);
 
-async function showContent() {
-  const ready = join(request.scratchDir, 'content-ready.json');
-  const place = Object.entries(CONTENT).flatMap(([name, value]) => [`--${name}`, String(value)]);
-  const content = spawn(
-    request.contentProgram,
-    [...place, '--title', CONTENT_TITLE, '--fps', '60', '--ready', ready],
-    { stdio: 'ignore' },
-  );
+const started = [];
+
+/** Starts a program, which ends with the demo, and waits until it has written `ready`. */
+async function start(program, words, ready, what) {
+  const child = spawn(program, words, { stdio: 'ignore' });
+  started.push(child);
   for (let waited = 0; !existsSync(ready); waited += 50) {
-    if (waited > 15_000 || content.exitCode !== null) {
-      throw new Error('the moving content did not appear on the screen');
+    if (waited > 15_000 || child.exitCode !== null) {
+      throw new Error(`${what} did not start`);
     }
     await delay(50);
   }
-  return content;
 }
+
+function showContent() {
+  const ready = join(request.scratchDir, 'content-ready.json');
+  const place = Object.entries(CONTENT).flatMap(([name, value]) => [`--${name}`, String(value)]);
+  const words = [...place, '--title', CONTENT_TITLE, '--fps', '60', '--ready', ready];
+  return start(request.contentProgram, words, ready, 'the moving content');
+}
+
+async function playTones() {
+  for (const { endpoint, frequency } of TONES) {
+    const [ready, control] = ['ready', 'control'].map((ending) => join(request.scratchDir, `${endpoint}.${ending}`));
+    writeFileSync(control, `play ${request.seconds + 60}\n`);
+    await start(request.toneProgram, [endpoint, String(frequency), '0.5', ready, control], ready, `the tone of ${frequency} Hz`);
+  }
+}
+
+const idOfDefault = (devices, what) => {
+  const device = devices.find(({ isDefault }) => isDefault) ?? devices[0];
+  if (!device) {
+    throw new Error(`there is no ${what}`);
+  }
+  return device.id;
+};
 
 function chooseTarget(recorder) {
   if (request.mode === 'region') {
@@ -67,19 +92,24 @@ async function record(recorder) {
 }
 
 async function main() {
-  const content = await showContent();
   try {
+    await showContent();
     const recorder = new Brisolte();
     recorder.setLogLevel(request.verbose ? 1 : 3);
     chooseTarget(recorder);
     recorder.setFrameRate(request.fps);
     recorder.setEncoder(request.encoder);
+    if (request.audio) {
+      await playTones();
+      recorder.setMicrophoneDevice(idOfDefault(recorder.getMicrophones(), 'microphone'));
+      recorder.setSpeakerDevice(idOfDefault(recorder.getSpeakers(), 'speaker'));
+    }
     if (!recorder.setOutputDir(request.outputDir)) {
       throw new Error(`${request.outputDir} is not a directory`);
     }
     writeFileSync(request.resultFile, JSON.stringify({ file: await record(recorder) }));
   } finally {
-    content.kill();
+    started.forEach((child) => child.kill());
   }
 }
 

@@ -73,4 +73,25 @@ function frames(file, { width, height, color_space: space } = describe(file).vid
   }));
 }
 
-module.exports = { describe, frames };
+/**
+ * The first channel of one sound of a file, decoded.
+ * @param {number} index among the sounds of the file
+ * @returns {{samples: Float32Array, rate: number, channels: number, codec: string, seconds: number}} `seconds` is the
+ *   length of the stream as the container has it
+ */
+function sound(file, index = 0) {
+  const streams = describe(file).streams.filter((stream) => stream.codec_type === 'audio');
+  const { codec_name: codec, sample_rate: rate, channels, duration } = streams[index];
+  const raw = scratchFile('raw');
+  const words = ['-v', 'error', '-i', file, '-map', `0:a:${index}`, '-f', 'f32le', raw];
+  const { status, errors } = run('ffmpeg', ['-y', ...words]);
+  assert.equal(status, 0, `ffmpeg could not decode the sound of ${file}: ${errors}`);
+  assert.equal(errors, '', `ffmpeg found errors in ${file}`);
+  const bytes = fs.readFileSync(raw);
+  fs.rmSync(raw);
+  const all = new Float32Array(bytes.buffer, bytes.byteOffset, bytes.length / 4);
+  const samples = all.filter((_, i) => i % channels === 0);
+  return { samples, rate: Number(rate), channels, codec, seconds: Number(duration) };
+}
+
+module.exports = { describe, frames, sound };

@@ -59,4 +59,30 @@ async function record(plan, options) {
   return { ...recording, log };
 }
 
-module.exports = { record, recordAll };
+/**
+ * One recording without video that must succeed; it goes on until the file has so many bytes.
+ */
+async function recordSound({ settings, bytes = 64 * 1024, dir = scratchFolder() }) {
+  const given = { settings: [['setOutputDir', dir], ['setMode', -1], ...settings], bytes };
+  const { value, log } = await scenario(makeSoundRecording, given);
+  assert.deepEqual([value.started, value.stopped], [true, true], log.text);
+  return { ...value, log };
+}
+
+async function makeSoundRecording({ Brisolte, require: load, waitFor }, { settings, bytes }) {
+  const { statSync } = load('node:fs');
+  const capture = new Brisolte();
+  for (const [method, ...words] of settings) {
+    if (capture[method](...words) !== true) {
+      throw new Error(`${method}(${words}) was refused`);
+    }
+  }
+  const started = capture.startRecord();
+  const file = capture.getSaveFilePath();
+  if (started) {
+    await waitFor(`${bytes} bytes of sound`, () => statSync(file).size >= bytes);
+  }
+  return { started, stopped: capture.stopRecord(), file };
+}
+
+module.exports = { record, recordAll, recordSound };

@@ -198,6 +198,16 @@ TEST_F(CaptureControllerTest, ListsTheDevices) {
   EXPECT_EQ(controller_.getSpeakers()[0].id, "s");
 }
 
+TEST_F(CaptureControllerTest, CountsTheAudioDevicesInTheLog) {
+  const CapturedLog log(LogLevel::kInfo);
+  controller_.getMicrophones();
+  controller_.getSpeakers();
+  EXPECT_THAT(log.lines(), ElementsAre("[INFO] Starting microphone enumeration...",
+                                       "[INFO] Microphone enumeration completed, found 1 microphone devices",
+                                       "[INFO] Starting speaker enumeration...",
+                                       "[INFO] Speaker enumeration completed, found 1 speaker devices"));
+}
+
 TEST_F(CaptureControllerTest, TakesAScreenshotOfTheCurrentTarget) {
   controller_.setWindow(77);
   stage_.Take();

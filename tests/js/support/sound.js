@@ -1,0 +1,79 @@
+'use strict';
+
+// Sounds on the real endpoints, and what is heard of them in a recording.
+
+const { spawn } = require('node:child_process');
+const fs = require('node:fs');
+const { programs } = require('./desktop');
+const { scratchFile } = require('./scratch');
+const { waitFor } = require('./wait');
+
+/** A running tone.exe, which plays a sine wave on the render endpoint that has `endpoint` in its name. */
+class Tone {
+  constructor({ endpoint, frequency, level = 0.5 }) {
+    this.ready = scratchFile('ready');
+    this.control = scratchFile('control');
+    this.commands = 0;
+    this.errors = scratchFile('err');
+    const errors = fs.openSync(this.errors, 'w');
+    const words = [endpoint, frequency, level, this.ready, this.control].map(String);
+    this.process = spawn(programs.tone, words, { stdio: ['ignore', errors, errors] });
+    fs.closeSync(errors);
+    this.ended = new Promise((resolve) => {
+      this.process.on('error', resolve);
+      this.process.on('exit', resolve);
+    });
+    this.ended.then((how) => (this.end = how));
+  }
+
+  /** Waits until it has carried out all commands. */
+  idle() {
+    return waitFor('the tone', () => {
+      if (this.end !== undefined) {
+        throw new Error(`tone.exe ended: ${this.end} ${fs.readFileSync(this.errors, 'utf8')}`);
+      }
+      return fs.existsSync(this.ready) && fs.readFileSync(this.ready, 'utf8') === String(this.commands);
+    });
+  }
+
+  /** Plays the tone for so many seconds from now on. */
+  play(seconds) {
+    fs.appendFileSync(this.control, `play ${seconds}\n`);
+    this.commands += 1;
+    return this.idle();
+  }
+
+  /** Ends the tone; safe to call again. */
+  async close() {
+    fs.appendFileSync(this.control, 'close\n');
+    await this.ended;
+  }
+}
+
+/** Opens an endpoint for tones, silent at first, for the time of a test. */
+async function openTone(t, options) {
+  const tone = new Tone(options);
+  t.after(() => tone.close());
+  await tone.idle();
+  return tone;
+}
+
+/** Plays a tone for the time of a test. */
+async function playTone(t, options) {
+  const tone = await openTone(t, options);
+  await tone.play(300);
+}
+
+/** How loud a frequency is in a signal: the amplitude of its sine wave. */
+function strengthAt(frequency, samples, rate) {
+  let real = 0;
+  let imaginary = 0;
+  samples.forEach((sample, i) => {
+    const angle = (2 * Math.PI * frequency * i) / rate;
+    real += sample * Math.cos(angle);
+    imaginary += sample * Math.sin(angle);
+  });
+  return (2 * Math.hypot(real, imaginary)) / samples.length;
+}
+
+module.exports = { openTone, playTone, strengthAt };

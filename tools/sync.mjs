@@ -1,0 +1,89 @@
+// Measures how picture and sound of a recording fit together: a metronome flashes and clicks at the same moments, and
+// what a player would see and hear of it is compared.
+
+import { mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import { join } from 'node:path';
+import { beatsOfPicture, beatsOfSound, lengths } from './sync/beats.mjs';
+import { runUnderWine, windowsPath } from './wine/runner.mjs';
+import { buildRoot } from './workshop/build-root.mjs';
+import { outputOf } from './workshop/processes.mjs';
+import { main, step, WorkshopError } from './workshop/report.mjs';
+import { sandboxed } from './workshop/sandbox.mjs';
+import { buildDir, buildTree, treeDir } from './workshop/tree.mjs';
+
+const SECONDS = Number(process.argv[2] ?? 30);
+
+const SOURCES = [
+  { name: 'speaker', microphone: false, plays: 'Speaker', hears: 'Speaker' },
+  { name: 'microphone', microphone: true, plays: 'Room', hears: 'Microphone' },
+];
+
+await main(async () => {
+  if (!(SECONDS >= 5 && SECONDS <= 280)) {
+    throw new WorkshopError('usage: npm run sync [-- SECONDS], from 5 to 280');
+  }
+  await step('Build: the module', () => buildTree('windows', ['brisolte', 'metronome', 'standins']));
+  const rows = {};
+  for (const source of SOURCES) {
+    rows[source.name] = await step(`Recording: the ${source.name}, ${SECONDS} s`, () => measure(source));
+  }
+  console.log('\nSound after picture, in milliseconds; lengths and gaps in seconds:\n');
+  console.table(rows);
+  return 0;
+});
+
+async function measure(source) {
+  const dir = mkdtempSync(join(tmpdir(), 'brisolte-sync-'));
+  try {
+    const { file, wallClock } = await record(source, dir);
+    const root = await buildRoot();
+    const read = (words, options) => outputOf(sandboxed(root, words, { writable: [dir] }), options);
+    const offsets = pairs(beatsOfPicture(file, read), beatsOfSound(file, read));
+    return { ...summary(offsets), wallClock: rounded(wallClock), ...lengths(file, read) };
+  } finally {
+    rmSync(dir, { recursive: true, force: true });
+  }
+}
+
+async function record({ microphone, plays, hears }, dir) {
+  const outputDir = join(dir, 'out');
+  mkdirSync(outputDir);
+  const result = join(dir, 'result.json');
+  const request = {
+    ...{ microphone, plays, hears, seconds: SECONDS },
+    packageDir: windowsPath(treeDir),
+    metronome: windowsPath(join(buildDir('windows'), 'pattern', 'metronome.exe')),
+    ready: windowsPath(join(dir, 'ready')),
+    outputDir: windowsPath(outputDir),
+    result: windowsPath(result),
+  };
+  const requestFile = join(dir, 'request.json');
+  writeFileSync(requestFile, JSON.stringify(request));
+  const words = [windowsPath(join(treeDir, 'tools/sync/recorder.cjs')), windowsPath(requestFile)];
+  const code = await runUnderWine('node', words, { standins: true, timeout: SECONDS + 60, writable: [dir] });
+  if (code !== 0) {
+    throw new WorkshopError(`The recording ended with exit code ${code}; the lines above say why.`);
+  }
+  const { file, wallClock } = JSON.parse(readFileSync(result, 'utf8'));
+  return { file: file.replace(/^Z:/, '').replaceAll('\\', '/'), wallClock };
+}
+
+// Each click with the flash that is nearest to it, in milliseconds.
+function pairs(flashes, clicks) {
+  return clicks
+    .map((click) => flashes.map((flash) => 1000 * (click - flash)).sort((a, b) => Math.abs(a) - Math.abs(b))[0])
+    .filter((offset) => Math.abs(offset) < 500);
+}
+
+function summary(offsets) {
+  const sorted = [...offsets].sort((a, b) => a - b);
+  return {
+    beats: sorted.length,
+    median: Math.round(sorted[Math.floor(sorted.length / 2)]),
+    least: Math.round(sorted[0]),
+    most: Math.round(sorted.at(-1)),
+  };
+}
+
+const rounded = (number) => Math.round(number * 1000) / 1000;
