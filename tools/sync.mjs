@@ -86,4 +86,6 @@ function summary(offsets) {
   };
 }
 
-const rounded = (number) => Math.round(number * 1000) / 1000;
+function rounded(number) {
+  return Math.round(number * 1000) / 1000;
+}

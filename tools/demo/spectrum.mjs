@@ -8,8 +8,7 @@ const SIZE = 16384;
 const AUDIBLE = 0.001 / 4;
 
 /**
- * The strongest frequency in the middle of a signal, to the nearest step of its spectrum (`rate` / 16384), in Hz; none
- * for silence.
+ * The strongest frequency in the middle of a signal, in Hz; none for silence.
  * @param {Float32Array} samples
  * @param {number} rate samples a second
  */
@@ -25,5 +24,13 @@ export function strongestFrequency(samples, rate) {
   const strengths = Array.from({ length: SIZE / 2 }, (_, i) => Math.hypot(spectrum[2 * i], spectrum[2 * i + 1]));
   strengths[0] = 0; // the mean of the signal, which is no tone
   const strongest = Math.max(...strengths);
-  return strongest > SIZE * AUDIBLE ? Math.round((strengths.indexOf(strongest) * rate) / SIZE) : undefined;
+  const step = strengths.indexOf(strongest);
+  return strongest > SIZE * AUDIBLE ? Math.round(((step + peakOffset(strengths, step)) * rate) / SIZE) : undefined;
+}
+
+// Where between two steps of the spectrum the peak lies, from -0.5 to 0.5: the top of a parabola through the logarithms.
+function peakOffset(strengths, step) {
+  const [before, at, after] = [-1, 0, 1].map((offset) => Math.log((strengths[step + offset] ?? 0) + Number.EPSILON));
+  const curve = before - 2 * at + after;
+  return curve === 0 ? 0 : (0.5 * (before - after)) / curve;
 }
