@@ -35,7 +35,7 @@ export interface AudioDevice {
   /** What `setMicrophoneDevice` or `setSpeakerDevice` takes. */
   id: string;
   name: string;
-  /** Whether it is the default one for its direction. */
+  /** Whether it is the default speaker, or the default microphone for communication. */
   isDefault: boolean;
   isActive: boolean;
 }
@@ -143,17 +143,22 @@ export class Brisolte {
   /** The path of the latest recording; "" before the first. */
   getSaveFilePath(): string;
 
+  /** The active microphones; the default one is that for communication. */
   getMicrophones(): AudioDevice[];
 
+  /** The active speakers. */
   getSpeakers(): AudioDevice[];
 
-  /** The microphone to record; "" for none. */
+  /** The microphone to record; "" for none. Whether it is there is seen when a recording starts. */
   setMicrophoneDevice(id: string): boolean;
 
-  /** The speaker whose sound is recorded; "" for none. */
+  /** The speaker whose sound is recorded, as it is played; "" for none. */
   setSpeakerDevice(id: string): boolean;
 
-  /** Bits per second of the sound, above 0; 128000 at first. */
+  /**
+   * Bits per second of the sound, above 0; 128000 at first. Only `mf_h264` and `mf_hevc` follow it: sound beside FFmpeg's
+   * encoders always has 128 kbit/s.
+   */
   setAudioBitrate(bitsPerSecond: number): boolean;
 
   /** The video encoders that work on this machine. Hardware encoders are tried at every call. */

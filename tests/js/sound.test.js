@@ -177,7 +177,7 @@ test('one device that is not there leaves the other', async (t) => {
   const { file, log } = await record({ window, settings });
   assertLengths(file, 1);
   assertTone(sound(file), ON_THE_SPEAKER, IN_THE_ROOM);
-  assert.ok(log.has('ERROR', /^Failed to get microphone device by ID: .*\(HRESULT: 0x[0-9A-Fa-f]{8}\)$/), log.text);
+  assert.ok(log.has('ERROR', /^Failed to get microphone device by ID: HRESULT: 0x[0-9a-f]+/), log.text);
   assert.ok(log.has('ERROR', 'Failed to initialize microphone'));
 });
 

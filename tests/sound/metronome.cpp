@@ -71,7 +71,7 @@ class Lamp {
     GdiFlush();
   }
 
-  const HWND window_;
+  HWND window_;
   bool on_ = false;
 };
 
