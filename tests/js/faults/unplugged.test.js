@@ -1,0 +1,46 @@
+'use strict';
+
+const assert = require('node:assert/strict');
+const { spawnSync } = require('node:child_process');
+const fs = require('node:fs');
+const { test } = require('node:test');
+const { openPattern } = require('../support/desktop');
+const { describe, sound } = require('../support/media');
+const { loadSilently } = require('../support/package');
+const { recordAll } = require('../support/recording');
+const { scratchFolder } = require('../support/scratch');
+const { waitFor } = require('../support/wait');
+
+/** Takes the microphone out of the sound server, which is a program of the host. */
+function unplugMicrophone() {
+  const words = ['/unix', '/usr/bin/pactl', 'unload-module', 'module-remap-source'];
+  assert.equal(spawnSync('start', words, { stdio: 'ignore' }).status, 0);
+}
+
+test('a microphone that is unplugged ends its own sound alone', async (t) => {
+  const Brisolte = loadSilently();
+  const named = (devices, name) => devices.find((device) => device.name.includes(name)).id;
+  const window = await openPattern(t, { title: 'Unplugged', x: 20, y: 20, width: 320, height: 192 });
+  const dir = scratchFolder();
+  const settings = [
+    ['setWindow', window.handle],
+    ['setMicrophoneDevice', named(new Brisolte().getMicrophones(), 'Microphone')],
+    ['setSpeakerDevice', named(new Brisolte().getSpeakers(), 'Speaker')],
+  ];
+  const recording = recordAll([
+    { window, settings, dir, pictures: 300 },
+    { window, settings: [['setMicrophoneDevice', '']], pictures: 60 },
+  ]);
+  await waitFor('the recording to begin', () => fs.readdirSync(dir).length > 0);
+  await window.paintedMore(90);
+  unplugMicrophone();
+  const { recordings } = await recording;
+
+  recordings.forEach(({ started, stopped }) => assert.deepEqual([started, stopped], [true, true]));
+  const [first, second] = recordings.map(({ file }) => file);
+  const length = Number(describe(first).video.duration);
+  assert.ok(Math.abs(sound(first, 1).seconds - length) <= 0.1, 'the speaker goes on');
+  assert.ok(sound(first, 0).seconds > 0.5, 'what the microphone heard before is there');
+  assert.ok(sound(first, 0).seconds < length - 1, 'and ends there');
+  assert.ok(sound(second, 0).seconds > 0.5, 'the next recording has its sound');
+});
