@@ -11,6 +11,7 @@
 #include <thread>
 #include <utility>
 
+#include "audio/audio_thread_priority.h"
 #include "audio/capture_loop.h"
 #include "audio/encoder_link.h"
 #include "audio/endpoint_stream.h"
@@ -129,6 +130,7 @@ bool AudioCapture::Start() {
     worker_ = std::jthread([this] {
       // The clients are free-threaded; the thread that calls them still has to be in an apartment.
       const ComApartment com(COINIT_MULTITHREADED);
+      const AudioThreadPriority priority;
       Logger::Info("+++++++ Starting AudioCapture +++++++");
       RunCaptureLoop(running_, microphone_, speaker_);
     });

@@ -4,6 +4,7 @@
 #include <string>
 #include <system_error>
 
+#include "audio/audio_thread_priority.h"
 #include "audio/near_silence.h"
 #include "common/com_apartment.h"
 #include "common/hresult_failure.h"
@@ -103,6 +104,7 @@ void SilentAudioPlayer::Release() {
 
 void SilentAudioPlayer::Play() {
   const ComApartment com(COINIT_MULTITHREADED);
+  const AudioThreadPriority priority;
   Logger::Info("Silent audio playback thread started");
   if (!SucceededOrLog(client_->Start(), "Failed to start silent audio client: ")) {
     return;

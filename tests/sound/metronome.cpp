@@ -1,8 +1,9 @@
 // Flashes and clicks once a second, both at the same moment: metronome.exe ENDPOINT READY
 //
-// The flash is a white window of 320 by 180 pixels in the screen's corner, black otherwise. The click is a short tone on
-// the render endpoint with ENDPOINT in its name; the window turns white when the endpoint's clock says that the tone
-// is being heard. READY is written after the first beat. It goes on until it is ended, five minutes at most.
+// The flash is a white window of 320 by 180 pixels in the screen's corner, black otherwise. The click is a
+// short tone on the render endpoint with ENDPOINT in its name; the window turns white when the endpoint's
+// clock says that the tone is being heard. READY is written after the first beat. It goes on until it is
+// ended, five minutes at most.
 
 #include <windows.h>
 // After windows.h, which declares what it needs.
@@ -89,7 +90,8 @@ void Run(const std::vector<std::wstring>& words) {
   Lamp lamp;
   const auto click = [&](std::uint64_t sample) {
     const double time = static_cast<double>(sample) / client.rate();
-    return IsInBeat(time) ? static_cast<float>(0.5 * std::sin(2 * std::numbers::pi * kFrequency * time)) : 0.0F;
+    return IsInBeat(time) ? static_cast<float>(0.5 * std::sin(2 * std::numbers::pi * kFrequency * time))
+                          : 0.0F;
   };
   bool ready = false;
   const auto end = steady_clock::now() + std::chrono::minutes(5);

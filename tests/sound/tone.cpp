@@ -1,9 +1,9 @@
 // Plays tones on a render endpoint: tone.exe ENDPOINT FREQUENCY LEVEL READY CONTROL
 //
-// ENDPOINT is a part of the endpoint's name, LEVEL 1 is full scale. The stream is silent until it is told to play. READY
-// is written when the stream runs, and again after each command: the number of commands carried out. CONTROL is a
-// file with a command a line: "play SECONDS" plays the tone from now on for so long, "close" ends the program. It ends
-// by itself after five minutes.
+// ENDPOINT is a part of the endpoint's name, LEVEL 1 is full scale. The stream is silent until it is told to
+// play. READY is written when the stream runs, and again after each command: the number of commands carried
+// out. CONTROL is a file with a command a line: "play SECONDS" plays the tone from now on for so long,
+// "close" ends the program. It ends by itself after five minutes.
 
 #include <chrono>
 #include <cmath>
