@@ -24,7 +24,16 @@ inline std::string HResultFailure(std::string_view step, std::int32_t hresult) {
       .append(")");
 }
 
-/// Whether a platform call succeeded; when it did not, an ERROR line says so.
+/// Whether a platform call succeeded; when it did not, an ERROR line has `failure` and the HRESULT's text.
+inline bool CheckResult(std::int32_t hresult, std::string_view failure) {
+  if (hresult >= 0) {
+    return true;
+  }
+  Logger::Error(std::string(failure).append(HResultText(hresult)));
+  return false;
+}
+
+/// The same with the line of HResultFailure.
 inline bool SucceededOrLog(std::int32_t hresult, std::string_view step) {
   if (hresult >= 0) {
     return true;

@@ -16,6 +16,8 @@ struct Rectangle {
 
   /// Bottom minus top.
   constexpr std::int64_t height() const { return std::int64_t{bottom} - top; }
+
+  friend bool operator==(const Rectangle&, const Rectangle&) = default;
 };
 
 }  // namespace brisolte

@@ -23,16 +23,19 @@ HRESULT CloseWinRt(IUnknown* object) {
 }
 
 CaptureService::~CaptureService() {
+  Close();
+}
+
+HRESULT CaptureService::Close() {
   // Handler, session, pool: each ends what the next one could still deliver through it.
-  if (subscribed_) {
+  if (std::exchange(subscribed_, false)) {
     pool_->remove_FrameArrived(subscription_);
   }
-  if (session_ != nullptr) {
-    CloseWinRt(session_.Get());
-  }
-  if (pool_ != nullptr) {
-    CloseWinRt(pool_.Get());
-  }
+  const ComPtr<abi::IGraphicsCaptureSession> session = std::exchange(session_, nullptr);
+  const HRESULT sessionClosed = session != nullptr ? CloseWinRt(session.Get()) : S_OK;
+  const ComPtr<abi::IDirect3D11CaptureFramePool> pool = std::exchange(pool_, nullptr);
+  const HRESULT poolClosed = pool != nullptr ? CloseWinRt(pool.Get()) : S_OK;
+  return FAILED(sessionClosed) ? sessionClosed : poolClosed;
 }
 
 HRESULT CaptureService::ObtainItemInterop() {
@@ -55,13 +58,13 @@ PixelSize CaptureService::ItemSize() const {
   return {size.Width, size.Height};
 }
 
-bool CaptureService::CreateFramePool(abi::IDirect3DDevice* device, PixelSize size, std::int32_t buffers) {
+HRESULT CaptureService::CreateFramePool(abi::IDirect3DDevice* device, PixelSize size, std::int32_t buffers) {
   ComPtr<abi::IDirect3D11CaptureFramePoolStatics2> factory;
   ThrowIfFailed(activation_.GetFactory(abi::kFramePoolClass, factory));
   const HRESULT result =
       factory->CreateFreeThreaded(device, abi::DirectXPixelFormat::B8G8R8A8UIntNormalized, buffers,
                                   {size.width, size.height}, pool_.ReleaseAndGetAddressOf());
-  return SUCCEEDED(result) && pool_ != nullptr;
+  return SUCCEEDED(result) && pool_ == nullptr ? E_POINTER : result;
 }
 
 void CaptureService::Subscribe(CapturePlatform::FrameArrivedHandler handler) {

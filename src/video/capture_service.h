@@ -27,8 +27,8 @@ class CaptureService {
   PixelSize ItemSize() const;
   void ReleaseItem() { item_ = nullptr; }
 
-  /// False when no pool results. Raises HResultError when the service has no pools to give.
-  bool CreateFramePool(abi::IDirect3DDevice* device, PixelSize size, std::int32_t buffers);
+  /// There is a pool when it succeeds. Raises HResultError when the service has no pools to give.
+  HRESULT CreateFramePool(abi::IDirect3DDevice* device, PixelSize size, std::int32_t buffers);
   /// Raises HResultError.
   void Subscribe(CapturePlatform::FrameArrivedHandler handler);
   HRESULT CreateSession();
@@ -38,6 +38,9 @@ class CaptureService {
   void StartCapture();
   /// Ends delivery and releases the session; nothing when there is none. Raises HResultError.
   void CloseSession();
+  /// Closes and releases the session and the pool, as far as there are any. Both go whatever fails; the first
+  /// failure is given.
+  HRESULT Close();
   /// Null when there is none. Raises HResultError.
   Microsoft::WRL::ComPtr<abi::IDirect3D11CaptureFrame> TryGetNextFrame();
 

@@ -4,6 +4,7 @@
 #include <string>
 
 #include "common/hresult_error.h"
+#include "common/hresult_failure.h"
 #include "common/logger.h"
 #include "video/query_interface.h"
 
@@ -11,14 +12,6 @@ namespace brisolte {
 namespace {
 
 using Microsoft::WRL::ComPtr;
-
-bool Check(HRESULT result, const char* failure) {
-  if (FAILED(result)) {
-    Logger::Error(failure + HResultText(result));
-    return false;
-  }
-  return true;
-}
 
 /// The texture behind a captured frame; null when it cannot be had, with an ERROR line.
 ComPtr<ID3D11Texture2D> CapturedTexture(abi::IDirect3D11CaptureFrame& captured) {
@@ -33,10 +26,10 @@ ComPtr<ID3D11Texture2D> CapturedTexture(abi::IDirect3D11CaptureFrame& captured) 
   DXGI_SURFACE_DESC description{};
   ComPtr<ID3D11Texture2D> texture;
   const bool got =
-      Check(access->GetInterface(__uuidof(IDXGISurface), reinterpret_cast<void**>(dxgi.GetAddressOf())),
-            "Failed to get DXGI surface: ") &&
-      Check(dxgi->GetDesc(&description), "Failed to get DXGI surface description: ") &&
-      Check(dxgi.As(&texture), "Failed to get capture texture: ");
+      CheckResult(access->GetInterface(__uuidof(IDXGISurface), reinterpret_cast<void**>(dxgi.GetAddressOf())),
+                  "Failed to get DXGI surface: ") &&
+      CheckResult(dxgi->GetDesc(&description), "Failed to get DXGI surface description: ") &&
+      CheckResult(dxgi.As(&texture), "Failed to get capture texture: ");
   return got ? texture : nullptr;
 }
 
@@ -103,7 +96,7 @@ bool FrameConverter::Convert(abi::IDirect3D11CaptureFrame& captured, MappedTextu
     return false;
   }
   graphics_.context->CopyResource(staging_.Get(), shared_.Get());
-  return Check(mapping.Map(graphics_.context.Get(), staging_.Get()), "Failed to map staging texture: ");
+  return CheckResult(mapping.Map(graphics_.context.Get(), staging_.Get()), "Failed to map staging texture: ");
 }
 
 bool FrameConverter::CreateTextures() {
@@ -115,7 +108,7 @@ bool FrameConverter::CreateTextures() {
       return false;
     }
   }
-  return staging_ != nullptr || Check(CreateStagingTexture(), "Failed to create staging texture: ");
+  return staging_ != nullptr || CheckResult(CreateStagingTexture(), "Failed to create staging texture: ");
 }
 
 HRESULT FrameConverter::CreateSharedTexture() {

@@ -18,7 +18,7 @@ namespace brisolte {
 /// are made with the first frame, in the frame's size, and stay. For one thread at a time.
 class FrameConverter {
  public:
-  explicit FrameConverter(const GraphicsDevice& graphics) : graphics_(graphics), processor_(graphics) {}
+  explicit FrameConverter(const Direct3D& graphics) : graphics_(graphics), processor_(graphics) {}
 
   HRESULT CreateVideoProcessorEnumerator(const CaptureGeometry& geometry, std::int32_t frameRate);
   HRESULT CreateVideoProcessor() { return processor_.CreateProcessor(); }
@@ -37,7 +37,7 @@ class FrameConverter {
   HRESULT CreateCanvas(DXGI_FORMAT captured);
   bool Draw(ID3D11Texture2D* captured, PixelSize content);
 
-  GraphicsDevice graphics_;
+  Direct3D graphics_;
   VideoProcessor processor_;
   CaptureGeometry geometry_;
   DXGI_FORMAT outputFormat_ = DXGI_FORMAT_UNKNOWN;

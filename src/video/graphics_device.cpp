@@ -1,11 +1,9 @@
 #include "video/graphics_device.h"
 
 #include <d3d11_4.h>
-#include <dxgi.h>
 
 #include <array>
 #include <cstdio>
-#include <stdexcept>
 
 #include "video/query_interface.h"
 
@@ -32,7 +30,7 @@ WrapFunction FindWrapFunction() {
 
 }  // namespace
 
-HRESULT CreateGraphicsDevice(DriverType type, GraphicsDevice& graphics, D3D_FEATURE_LEVEL& featureLevel) {
+HRESULT CreateGraphicsDevice(DriverType type, Direct3D& graphics, D3D_FEATURE_LEVEL& featureLevel) {
   const HRESULT result = D3D11CreateDevice(
       nullptr, static_cast<D3D_DRIVER_TYPE>(type), nullptr, D3D11_CREATE_DEVICE_BGRA_SUPPORT,
       kFeatureLevels.data(), static_cast<UINT>(kFeatureLevels.size()), D3D11_SDK_VERSION,
@@ -44,26 +42,31 @@ HRESULT CreateGraphicsDevice(DriverType type, GraphicsDevice& graphics, D3D_FEAT
   return result;
 }
 
-ComPtr<abi::IDirect3DDevice> WrapGraphicsDevice(ID3D11Device& device) {
+ComPtr<IDXGIDevice> DxgiDeviceOf(ID3D11Device& device) {
   ComPtr<IDXGIDevice> dxgi;
-  if (FAILED(device.QueryInterface(__uuidof(IDXGIDevice), reinterpret_cast<void**>(dxgi.GetAddressOf())))) {
-    throw std::runtime_error("Failed to get DXGI device");
-  }
+  device.QueryInterface(__uuidof(IDXGIDevice), reinterpret_cast<void**>(dxgi.GetAddressOf()));
+  return dxgi;
+}
+
+HRESULT WrapDxgiDevice(IDXGIDevice& dxgi, ComPtr<abi::IDirect3DDevice>& wrapped) {
+  wrapped = nullptr;
   WrapFunction wrap = FindWrapFunction();
-  ComPtr<IInspectable> inspectable;
-  ComPtr<abi::IDirect3DDevice> wrapped;
-  if (wrap != nullptr && SUCCEEDED(wrap(dxgi.Get(), inspectable.GetAddressOf())) && inspectable != nullptr) {
-    QueryByIid(inspectable.Get(), wrapped);
+  if (wrap == nullptr) {
+    return E_NOTIMPL;
   }
-  return wrapped;
+  ComPtr<IInspectable> inspectable;
+  if (const HRESULT result = wrap(&dxgi, inspectable.GetAddressOf()); FAILED(result)) {
+    return result;
+  }
+  return inspectable == nullptr ? E_POINTER : QueryByIid(inspectable.Get(), wrapped);
 }
 
 std::string AdapterIdentifier(ID3D11Device& device) {
-  ComPtr<IDXGIDevice> dxgi;
+  const ComPtr<IDXGIDevice> dxgi = DxgiDeviceOf(device);
   ComPtr<IDXGIAdapter> adapter;
   DXGI_ADAPTER_DESC description{};
-  if (FAILED(device.QueryInterface(__uuidof(IDXGIDevice), reinterpret_cast<void**>(dxgi.GetAddressOf()))) ||
-      FAILED(dxgi->GetAdapter(adapter.GetAddressOf())) || FAILED(adapter->GetDesc(&description))) {
+  if (dxgi == nullptr || FAILED(dxgi->GetAdapter(adapter.GetAddressOf())) ||
+      FAILED(adapter->GetDesc(&description))) {
     return "unknown";
   }
   const LUID id = description.AdapterLuid;

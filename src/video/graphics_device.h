@@ -1,6 +1,7 @@
 #pragma once
 
 #include <d3d11.h>
+#include <dxgi.h>
 #include <wrl/client.h>
 
 #include <cstdint>
@@ -11,8 +12,8 @@
 
 namespace brisolte {
 
-/// The Direct3D device of a capture with what else the capture uses of it. Empty until made.
-struct GraphicsDevice {
+/// A Direct3D device with what else is used of it. Empty until made.
+struct Direct3D {
   Microsoft::WRL::ComPtr<ID3D11Device> device;
   Microsoft::WRL::ComPtr<ID3D11DeviceContext> context;
   Microsoft::WRL::ComPtr<ID3D11VideoDevice> videoDevice;
@@ -21,11 +22,13 @@ struct GraphicsDevice {
 
 /// Makes the device and its immediate context, safe to be used by the capture service's threads at the same
 /// time.
-HRESULT CreateGraphicsDevice(DriverType type, GraphicsDevice& graphics, D3D_FEATURE_LEVEL& featureLevel);
+HRESULT CreateGraphicsDevice(DriverType type, Direct3D& graphics, D3D_FEATURE_LEVEL& featureLevel);
 
-/// The device as the capture service takes it; null when there is none. Raises std::runtime_error when the
-/// device has no DXGI side.
-Microsoft::WRL::ComPtr<abi::IDirect3DDevice> WrapGraphicsDevice(ID3D11Device& device);
+/// The device's DXGI side; null when it has none.
+Microsoft::WRL::ComPtr<IDXGIDevice> DxgiDeviceOf(ID3D11Device& device);
+
+/// Gives the device as the capture service takes it; never null on success.
+HRESULT WrapDxgiDevice(IDXGIDevice& dxgi, Microsoft::WRL::ComPtr<abi::IDirect3DDevice>& wrapped);
 
 /// The locally unique identifier of the adapter behind the device, or "unknown".
 std::string AdapterIdentifier(ID3D11Device& device);

@@ -3,8 +3,8 @@
 #include <exception>
 #include <string>
 
+#include "common/hresult_failure.h"
 #include "common/logger.h"
-#include "common/text.h"
 #include "video/capture_target.h"
 #include "video/video_capture.h"
 
@@ -12,15 +12,6 @@ namespace brisolte {
 namespace {
 
 constexpr std::int32_t kPoolBuffers = 2;
-
-/// Reports a failing HRESULT; true when it is none.
-bool Check(std::int32_t result, const std::string& failure) {
-  if (result < 0) {
-    Logger::Error(failure + HResultText(result));
-    return false;
-  }
-  return true;
-}
 
 std::string SizeText(PixelSize size) {
   return std::to_string(size.width) + "x" + std::to_string(size.height);
@@ -64,8 +55,8 @@ bool VideoCapture::InitializeCaptureConfig() {
 }
 
 bool VideoCapture::InitializeD3D11() {
-  return CreateAnyDevice() && Check(platform_->QueryVideoDevice(), "Failed to get video device: ") &&
-         Check(platform_->QueryVideoContext(), "Failed to get video context: ");
+  return CreateAnyDevice() && CheckResult(platform_->QueryVideoDevice(), "Failed to get video device: ") &&
+         CheckResult(platform_->QueryVideoContext(), "Failed to get video context: ");
 }
 
 bool VideoCapture::CreateAnyDevice() {
@@ -73,8 +64,8 @@ bool VideoCapture::CreateAnyDevice() {
     const std::string number = std::to_string(static_cast<std::int32_t>(type));
     Logger::Info("Attempting to create D3D11 device with driver type: " + number);
     std::int32_t featureLevel = 0;
-    if (Check(platform_->CreateDevice(type, featureLevel),
-              "Failed to create D3D11 device with driver type " + number + ": ")) {
+    if (CheckResult(platform_->CreateDevice(type, featureLevel),
+                    "Failed to create D3D11 device with driver type " + number + ": ")) {
       Logger::Info("D3D11 device created successfully with driver type: " + number +
                    " and feature level: " + std::to_string(featureLevel));
       return true;
@@ -164,9 +155,9 @@ bool VideoCapture::CreateSession() {
 }
 
 bool VideoCapture::CreateConversion() {
-  return Check(platform_->CreateVideoProcessorEnumerator(geometry_, settings_.frameRate),
-               "Failed to create video processor enumerator: ") &&
-         Check(platform_->CreateVideoProcessor(), "Failed to create video processor: ");
+  return CheckResult(platform_->CreateVideoProcessorEnumerator(geometry_, settings_.frameRate),
+                     "Failed to create video processor enumerator: ") &&
+         CheckResult(platform_->CreateVideoProcessor(), "Failed to create video processor: ");
 }
 
 bool VideoCapture::ConfigureVideoStream() {

@@ -15,7 +15,7 @@ namespace brisolte {
 /// is what encoders declare in their streams.
 class VideoProcessor {
  public:
-  explicit VideoProcessor(GraphicsDevice graphics) : graphics_(std::move(graphics)) {}
+  explicit VideoProcessor(Direct3D graphics) : graphics_(std::move(graphics)) {}
 
   HRESULT CreateEnumerator(const CaptureGeometry& geometry, std::int32_t frameRate);
   /// Needs the enumerator.
@@ -29,7 +29,7 @@ class VideoProcessor {
   void Configure();
   void Blit(ID3D11Texture2D* source, const RECT& part, ID3D11Texture2D* destination);
 
-  GraphicsDevice graphics_;
+  Direct3D graphics_;
   PixelSize frame_;
   Microsoft::WRL::ComPtr<ID3D11VideoProcessorEnumerator> enumerator_;
   Microsoft::WRL::ComPtr<ID3D11VideoProcessor> processor_;

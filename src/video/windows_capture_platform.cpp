@@ -3,10 +3,12 @@
 #include <windows.h>
 
 #include <optional>
+#include <stdexcept>
 #include <string>
 #include <utility>
 
 #include "common/hresult_error.h"
+#include "desktop/handles.h"
 #include "video/capture_service.h"
 #include "video/frame_converter.h"
 #include "video/graphics_device.h"
@@ -15,10 +17,6 @@ namespace brisolte {
 namespace {
 
 using Microsoft::WRL::ComPtr;
-
-HWND WindowOf(std::int64_t number) {
-  return reinterpret_cast<HWND>(static_cast<std::intptr_t>(number));
-}
 
 class WindowsCapturedFrame final : public CapturedFrame {
  public:
@@ -56,8 +54,11 @@ class WindowsCapturePlatform final : public CapturePlatform {
   ID3D11Device* Device() override { return graphics_.device.Get(); }
 
   bool WrapDevice() override {
-    wrapped_ = WrapGraphicsDevice(*graphics_.device.Get());
-    return wrapped_ != nullptr;
+    const ComPtr<IDXGIDevice> dxgi = DxgiDeviceOf(*graphics_.device.Get());
+    if (dxgi == nullptr) {
+      throw std::runtime_error("Failed to get DXGI device");
+    }
+    return SUCCEEDED(WrapDxgiDevice(*dxgi.Get(), wrapped_));
   }
   bool ObtainItemInterop() override { return SUCCEEDED(service_.ObtainItemInterop()); }
   std::string DeviceIdentifier() override { return AdapterIdentifier(*graphics_.device.Get()); }
@@ -78,7 +79,7 @@ class WindowsCapturePlatform final : public CapturePlatform {
   void Sleep(std::int32_t milliseconds) override { ::Sleep(static_cast<DWORD>(milliseconds)); }
 
   std::int32_t CreateItemForMonitor(std::int64_t monitor) override {
-    return service_.CreateItemForMonitor(reinterpret_cast<HMONITOR>(static_cast<std::intptr_t>(monitor)));
+    return service_.CreateItemForMonitor(MonitorOf(monitor));
   }
   std::int32_t CreateItemForWindow(std::int64_t window) override {
     return service_.CreateItemForWindow(WindowOf(window));
@@ -88,7 +89,7 @@ class WindowsCapturePlatform final : public CapturePlatform {
   void ReleaseItem() override { service_.ReleaseItem(); }
 
   bool CreateFramePool(PixelSize size, std::int32_t buffers) override {
-    return service_.CreateFramePool(wrapped_.Get(), size, buffers);
+    return SUCCEEDED(service_.CreateFramePool(wrapped_.Get(), size, buffers));
   }
   void SubscribeFrameArrived(FrameArrivedHandler handler) override { service_.Subscribe(std::move(handler)); }
   std::int32_t CreateSession() override { return service_.CreateSession(); }
@@ -110,7 +111,7 @@ class WindowsCapturePlatform final : public CapturePlatform {
   }
 
  private:
-  GraphicsDevice graphics_;
+  Direct3D graphics_;
   ComPtr<abi::IDirect3DDevice> wrapped_;
   std::optional<FrameConverter> converter_;
   CaptureService service_;  // last, so that it goes before what it captures with

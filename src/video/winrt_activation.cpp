@@ -18,18 +18,12 @@ HRESULT Activate(const wchar_t* className, REFIID iid, void** factory) {
 
 }  // namespace
 
-WinRtActivation::~WinRtActivation() {
-  if (cookie_ != nullptr) {
-    CoDecrementMTAUsage(cookie_);
-  }
-}
-
 HRESULT WinRtActivation::GetFactory(const wchar_t* className, REFIID iid, void** factory) {
   const HRESULT result = Activate(className, iid, factory);
-  if (result != CO_E_NOTINITIALIZED || cookie_ != nullptr) {
+  if (result != CO_E_NOTINITIALIZED || apartment_.held()) {
     return result;
   }
-  const HRESULT kept = CoIncrementMTAUsage(&cookie_);
+  const HRESULT kept = apartment_.Hold();
   return FAILED(kept) ? kept : Activate(className, iid, factory);
 }
 
