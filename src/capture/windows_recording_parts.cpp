@@ -2,6 +2,7 @@
 
 #include "audio/audio_capture.h"
 #include "audio/audio_devices.h"
+#include "capture/screenshot.h"
 #include "capture/windows_graphics_device.h"
 #include "common/logger.h"
 #include "encoder/ffmpeg/ffmpeg_encoder.h"
@@ -43,10 +44,10 @@ class WindowsRecordingParts final : public RecordingParts {
     return EnumerateAudioDevices(AudioDataFlow::kRender);
   }
 
-  bool CaptureScreenshot(const CaptureSettings& /*settings*/, GraphicsDevice& /*device*/,
-                         const std::string& /*filePath*/) override {
-    Logger::Error("Screenshots are not available yet");
-    return false;
+  bool CaptureScreenshot(const CaptureSettings& settings, GraphicsDevice& device,
+                         const std::string& filePath) override {
+    // The device is what this object itself made for the controller.
+    return TakeScreenshot(settings, static_cast<WindowsGraphicsDevice&>(device).direct3d(), filePath);
   }
 };
 

@@ -1,0 +1,105 @@
+#include "capture/png_file.h"
+
+#include <wincodec.h>
+#include <windows.h>
+#include <wrl/client.h>
+
+#include "capture/replaced_file.h"
+#include "common/hresult_failure.h"
+#include "common/mta_usage.h"
+
+namespace brisolte {
+namespace {
+
+using Microsoft::WRL::ComPtr;
+
+HRESULT CreateFactory(MtaUsage& apartment, ComPtr<IWICImagingFactory>& factory) {
+  const HRESULT held = apartment.Hold();
+  return FAILED(held) ? held
+                      : CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER,
+                                         __uuidof(IWICImagingFactory),
+                                         reinterpret_cast<void**>(factory.GetAddressOf()));
+}
+
+bool CreateWholeBitmap(IWICImagingFactory& factory, const ImagePixels& image, ComPtr<IWICBitmap>& bitmap) {
+  // The parameter is not const, but the bitmap copies what it points to.
+  auto* bytes = const_cast<BYTE*>(image.bytes);
+  return CheckResult(
+      factory.CreateBitmapFromMemory(image.width, image.height, GUID_WICPixelFormat32bppBGRA, image.pitch,
+                                     image.pitch * image.height, bytes, bitmap.GetAddressOf()),
+      "Failed to create bitmap from memory: ");
+}
+
+HRESULT FindLockedBytes(IWICBitmapLock& lock, BYTE*& bytes, UINT& pitch) {
+  UINT size = 0;
+  const HRESULT found = lock.GetDataPointer(&size, &bytes);
+  return FAILED(found) ? found : lock.GetStride(&pitch);
+}
+
+bool CreateAreaBitmap(IWICImagingFactory& factory, const ImagePixels& image, const ImageArea& area,
+                      ComPtr<IWICBitmap>& bitmap) {
+  const WICRect whole{0, 0, static_cast<INT>(area.width), static_cast<INT>(area.height)};
+  ComPtr<IWICBitmapLock> lock;
+  BYTE* bytes = nullptr;
+  UINT pitch = 0;
+  const bool locked =
+      CheckResult(factory.CreateBitmap(area.width, area.height, GUID_WICPixelFormat32bppBGRA,
+                                       WICBitmapCacheOnLoad, bitmap.GetAddressOf()),
+                  "Failed to create crop bitmap: ") &&
+      CheckResult(bitmap->Lock(&whole, WICBitmapLockWrite, lock.GetAddressOf()), "Failed to lock bitmap: ") &&
+      CheckResult(FindLockedBytes(*lock.Get(), bytes, pitch), "Failed to get bitmap data pointer: ");
+  if (locked) {
+    CopyArea(image, area, bytes, pitch);
+  }
+  return locked;
+}
+
+bool OpenStream(IWICImagingFactory& factory, ReplacedFile& file, const std::string& filePath,
+                ComPtr<IWICStream>& stream) {
+  constexpr auto kOpening = "Failed to initialize stream from filename: ";
+  return CheckResult(factory.CreateStream(stream.GetAddressOf()), "Failed to create stream: ") &&
+         CheckResult(file.Reserve(filePath), kOpening) &&
+         CheckResult(stream->InitializeFromFilename(file.temporaryPath().c_str(), GENERIC_WRITE), kOpening);
+}
+
+bool WriteFrame(IWICBitmapEncoder& encoder, IWICBitmap* bitmap, const ImageArea& area) {
+  ComPtr<IWICBitmapFrameEncode> frame;
+  WICPixelFormatGUID format = GUID_WICPixelFormat32bppBGRA;
+  return CheckResult(encoder.CreateNewFrame(frame.GetAddressOf(), nullptr), "Failed to create frame: ") &&
+         CheckResult(frame->Initialize(nullptr), "Failed to initialize frame: ") &&
+         CheckResult(frame->SetSize(area.width, area.height), "Failed to set frame size: ") &&
+         CheckResult(frame->SetPixelFormat(&format), "Failed to set pixel format: ") &&
+         CheckResult(frame->WriteSource(bitmap, nullptr), "Failed to write source: ") &&
+         CheckResult(frame->Commit(), "Failed to commit frame: ");
+}
+
+/// Writes the temporary file and lets go of it.
+bool Encode(IWICImagingFactory& factory, IWICBitmap* bitmap, const ImageArea& area, ReplacedFile& file,
+            const std::string& filePath) {
+  ComPtr<IWICStream> stream;
+  ComPtr<IWICBitmapEncoder> encoder;
+  return CheckResult(factory.CreateEncoder(GUID_ContainerFormatPng, nullptr, encoder.GetAddressOf()),
+                     "Failed to create PNG encoder: ") &&
+         OpenStream(factory, file, filePath, stream) &&
+         CheckResult(encoder->Initialize(stream.Get(), WICBitmapEncoderNoCache),
+                     "Failed to initialize encoder: ") &&
+         WriteFrame(*encoder.Get(), bitmap, area) &&
+         CheckResult(encoder->Commit(), "Failed to commit encoder: ");
+}
+
+}  // namespace
+
+bool WritePng(const ImagePixels& image, const std::optional<ImageArea>& area, const std::string& filePath) {
+  MtaUsage apartment;  // first, so that it outlives the objects
+  ComPtr<IWICImagingFactory> factory;
+  ComPtr<IWICBitmap> bitmap;
+  ReplacedFile file;
+  return CheckResult(CreateFactory(apartment, factory), "Failed to create WIC factory: ") &&
+         (area ? CreateAreaBitmap(*factory.Get(), image, *area, bitmap)
+               : CreateWholeBitmap(*factory.Get(), image, bitmap)) &&
+         Encode(*factory.Get(), bitmap.Get(), area.value_or(ImageArea{0, 0, image.width, image.height}), file,
+                filePath) &&
+         CheckResult(file.Commit(), "Failed to replace file: ");
+}
+
+}  // namespace brisolte
