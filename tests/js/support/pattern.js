@@ -110,6 +110,28 @@ function assertPicture(frame, place) {
 }
 
 /**
+ * Every pixel of an RGB frame that nothing has compressed is the picture's, except where it moves.
+ * @param {{pixels: Buffer, width: number, height: number}} frame
+ * @param {{picture: Picture, left?: number, top?: number}} place as in assertPicture
+ */
+function assertPixels(frame, { picture, left = 0, top = 0 }) {
+  let compared = 0;
+  for (let y = 0; y < frame.height; y += 1) {
+    for (let x = 0; x < frame.width; x += 1) {
+      const wanted = picture.colourAt(x + left, y + top);
+      if (wanted) {
+        compared += 1;
+        const seen = pixelOf(frame, x, y);
+        if (!near(seen, wanted, 0)) {
+          assert.fail(`(${x}, ${y}) is ${seen} instead of ${wanted}`);
+        }
+      }
+    }
+  }
+  assert.ok(compared > 0, 'no pixel of the frame could be compared');
+}
+
+/**
  * The rulers that the frame shows have their edges where they belong, to the pixel: before each edge one colour, after
  * it the other. At least one edge across and one edge down must be seen when `across` and `down` ask for them.
  */
@@ -226,6 +248,7 @@ module.exports = {
   assertAdvances,
   assertColour,
   assertPicture,
+  assertPixels,
   assertRulersToThePixel,
   readNumber,
 };

@@ -1,13 +1,13 @@
 #include <gmock/gmock.h>
 #include <objbase.h>
 
-#include <fstream>
 #include <future>
 #include <stdexcept>
 #include <thread>
 
 #include "common/hresult_error.h"
 #include "keeping_encoder.h"
+#include "support/capture_standin.h"
 #include "support/captured_log.h"
 #include "support/painted_window.h"
 #include "video/create_video_capture.h"
@@ -247,18 +247,6 @@ TEST_F(WindowsCapture, WorksOnThreadsOfAnyApartment) {
   }
 }
 
-/// Whether the capture service gets to have no object alive; its threads let go of theirs in their own time.
-bool ServiceBecomesEmpty() {
-  using Count = long(WINAPI*)();
-  const HMODULE service = GetModuleHandleW(L"capture_service.dll");
-  const auto count =
-      reinterpret_cast<Count>(reinterpret_cast<void*>(GetProcAddress(service, "StandinObjectCount")));
-  for (int i = 0; i < 2000 && count() != 0; ++i) {
-    Sleep(10);
-  }
-  return count() == 0;
-}
-
 TEST_F(WindowsCapture, LeavesNothingBehind) {
   KeepingEncoder encoder(true);
   auto capture = Running(encoder);
@@ -276,18 +264,6 @@ TEST_F(WindowsCapture, RefusesARegionOutside) {
   EXPECT_FALSE(CreateVideoCapture(settings, encoder)->initialized());
   EXPECT_TRUE(log.has("[ERROR] Region lies outside the monitor"));
 }
-
-/// What calls of the system answer while it lives; the test equipment reads it from this file.
-class Fault {
- public:
-  explicit Fault(const std::string& rule) { std::ofstream(kFile) << rule << "\n"; }
-  Fault(const Fault&) = delete;
-  Fault& operator=(const Fault&) = delete;
-  ~Fault() { DeleteFileA(kFile); }
-
- private:
-  static constexpr const char* kFile = R"(C:\standin-faults.txt)";
-};
 
 class WindowsCaptureFaults : public WindowsCapture {};
 
