@@ -96,7 +96,16 @@ export class Brisolte {
   /** The windows, from front to back. */
   getWindows(): Window[];
 
-  /** Writes a picture of the current target as a PNG file. */
+  /**
+   * Writes one picture of the current target as a PNG file, also while a recording runs. Takes about a fifth of a second,
+   * for which it blocks. An existing file is replaced when the new one is complete, and stays when the screenshot fails.
+   *
+   * A region is cut out of the picture of the monitor nearest to it, at its desktop coordinates: it is exact on a monitor
+   * that begins at (0, 0). One that begins left of the picture or above it keeps its size and is moved to its edge.
+   *
+   * Answers `false` when there is no such target (a hidden or minimised window is not restored), no picture in time, or
+   * the file cannot be written. Throws an `Error` when the capture service refuses.
+   */
   captureScreenshot(filePath: string): boolean;
 
   /** Chooses what is recorded; its target is what was set last. */

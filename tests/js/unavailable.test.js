@@ -5,22 +5,6 @@ const { test } = require('node:test');
 const { scenario } = require('./support/scenario');
 const { scratchFolder } = require('./support/scratch');
 
-test('what is not available says so and gives nothing', async () => {
-  const { value } = await scenario(({ Brisolte, log }) => {
-    const capture = new Brisolte();
-    const calls = [['captureScreenshot', 'C:\\picture.png']];
-    return calls.map(([method, ...words]) => {
-      const mark = log.mark();
-      return [capture[method](...words), log.since(mark).errors];
-    });
-  });
-  assert.deepEqual(value.map(([answer]) => answer), [false]);
-  value.forEach(([, errors]) => {
-    assert.equal(errors.length, 1);
-    assert.match(errors[0], /not available/);
-  });
-});
-
 test('a recording that needs what is not available fails, and the next one starts', async () => {
   const { value } = await scenario(
     ({ Brisolte, log }, { dir }) => {
