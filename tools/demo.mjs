@@ -2,7 +2,7 @@
 
 import { mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
-import { join, resolve } from 'node:path';
+import { dirname, join, resolve } from 'node:path';
 import { parseArgs } from 'node:util';
 import { runUnderWine, windowsPath } from './wine/runner.mjs';
 import { buildRoot } from './workshop/build-root.mjs';
@@ -20,6 +20,7 @@ const USAGE = `usage: npm run demo -- [options]
   --audio                      records the microphone and the speaker as well
   --out DIR                    where the recording and frame.png go, demo-out unless said otherwise
   --json FILE                  writes what was measured to FILE
+  --screenshot                 also takes screenshot.png of the same, beside that FILE, or else beside the recording
   --verbose                    shows the module's own log`;
 
 const OPTIONS = {
@@ -32,6 +33,7 @@ const OPTIONS = {
   audio: { type: 'boolean', default: false },
   out: { type: 'string', default: 'demo-out' },
   json: { type: 'string' },
+  screenshot: { type: 'boolean', default: false },
   verbose: { type: 'boolean', default: false },
   help: { type: 'boolean', default: false },
 };
@@ -45,8 +47,9 @@ await main(async () => {
   await step('Build: the module', () => buildTree('windows', ['brisolte', 'pattern', 'tone', 'standins']));
   const outputDir = resolve(request.out);
   mkdirSync(outputDir, { recursive: true });
-  const file = await step(`Recording: ${request.mode}, ${request.seconds} s`, () => record(request, outputDir));
-  const found = await step('Reading the recording back', () => readBack(file, outputDir));
+  const screenshot = request.screenshot ? screenshotPath(request, outputDir) : undefined;
+  const file = await step(`Recording: ${request.mode}, ${request.seconds} s`, () => record(request, outputDir, screenshot));
+  const found = await step('Reading the recording back', () => readBack(file, outputDir, screenshot));
   showTable(found, outputDir);
   if (request.json) {
     writeFileSync(resolve(request.json), `${JSON.stringify(found, null, 2)}\n`);
@@ -87,8 +90,14 @@ function regionOf(text) {
   return { left, top, width, height };
 }
 
-/** Records in Node.js for Windows; gives the path of the finished file. */
-async function record(request, outputDir) {
+function screenshotPath({ json }, outputDir) {
+  const folder = json ? dirname(resolve(json)) : outputDir;
+  mkdirSync(folder, { recursive: true });
+  return join(folder, 'screenshot.png');
+}
+
+/** Records in Node.js for Windows, and takes the screenshot if one is wanted; gives the path of the finished file. */
+async function record(request, outputDir, screenshot) {
   const scratchDir = mkdtempSync(join(tmpdir(), 'brisolte-demo-'));
   try {
     const requestFile = join(scratchDir, 'request.json');
@@ -100,13 +109,14 @@ async function record(request, outputDir) {
       toneProgram: windowsPath(join(buildDir('windows'), 'pattern', 'tone.exe')),
       scratchDir: windowsPath(scratchDir),
       outputDir: windowsPath(outputDir),
+      screenshotFile: screenshot && windowsPath(screenshot),
       resultFile: windowsPath(resultFile),
     };
     writeFileSync(requestFile, JSON.stringify(inWindows));
     const code = await runUnderWine('node', [windowsPath(join(treeDir, 'tools/demo/recorder.cjs')), windowsPath(requestFile)], {
       standins: true,
       timeout: request.seconds + 120,
-      writable: [scratchDir, outputDir],
+      writable: [scratchDir, outputDir, ...(screenshot ? [dirname(screenshot)] : [])],
     });
     if (code !== 0) {
       throw new WorkshopError(`The recording ended with exit code ${code}; the lines above say why.`);
@@ -118,17 +128,21 @@ async function record(request, outputDir) {
   }
 }
 
-async function readBack(file, outputDir) {
+async function readBack(file, outputDir, screenshot) {
   const root = await buildRoot();
-  const inRoot = (words) => sandboxed(root, words, { writable: [outputDir] });
+  const readable = screenshot ? [dirname(screenshot)] : [];
+  const inRoot = (words) => sandboxed(root, words, { readable, writable: [outputDir] });
   // Needs npm packages, which are there only since the build.
-  const { measure, writeStill } = await import('./demo/measure.mjs');
+  const { measure, pictureSize, writeStill } = await import('./demo/measure.mjs');
   const found = measure(file, inRoot);
   writeStill(file, found.seconds, join(outputDir, 'frame.png'), inRoot);
-  return found;
+  return screenshot ? { ...found, screenshot: { file: screenshot, ...pictureSize(screenshot, inRoot) } } : found;
 }
 
-function showTable({ file, container, seconds, streams }, outputDir) {
+function showTable({ file, container, seconds, streams, screenshot }, outputDir) {
   console.log(`\n${file}\n${container}, ${seconds.toFixed(2)} s; a still of it: ${join(outputDir, 'frame.png')}\n`);
   console.table(streams);
+  if (screenshot) {
+    console.log(`a screenshot of ${screenshot.width} by ${screenshot.height}: ${screenshot.file}`);
+  }
 }

@@ -30,6 +30,13 @@ export function writeStill(file, seconds, png, hostCommand) {
   outputOf(hostCommand(['ffmpeg', '-v', 'error', '-y', ...from, '-frames:v', '1', '-update', '1', png]));
 }
 
+/** The size of a picture. */
+export function pictureSize(file, hostCommand) {
+  const words = ['ffprobe', '-v', 'error', '-show_entries', 'stream=width,height', '-of', 'json', file];
+  const [{ width, height }] = JSON.parse(outputOf(hostCommand(words))).streams;
+  return { width, height };
+}
+
 // ffprobe names a family of containers that share a demuxer; the file's own extension tells which of them it is.
 function containerOf(file, family) {
   const extension = extname(file).slice(1);
