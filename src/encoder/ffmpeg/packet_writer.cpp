@@ -43,6 +43,7 @@ bool PacketWriter::EnqueuePacket(const AVPacket* packet, int streamIndex, bool i
     Logger::Error("FFmpegEncoder: Unable to allocate packet copy");
     return false;
   }
+  bool wasEmpty = false;
   {
     const std::scoped_lock lock(mutex_);
     // Once the writer has ended nobody would write the packet; it ends under this mutex and only when
@@ -50,33 +51,41 @@ bool PacketWriter::EnqueuePacket(const AVPacket* packet, int streamIndex, bool i
     if (!running_) {
       return false;
     }
+    wasEmpty = queue_.empty();
     queue_.push_back({std::move(copy), streamIndex, isVideo});
   }
-  changed_.notify_one();
+  // The writer waits for nothing but an empty queue.
+  if (wasEmpty) {
+    changed_.notify_one();
+  }
   return true;
 }
 
-bool PacketWriter::TakeEntry(Entry& entry) {
+bool PacketWriter::TakeEntries(std::vector<Entry>& entries) {
   std::unique_lock lock(mutex_);
   changed_.wait(lock, [this] { return !queue_.empty() || !running_; });
-  if (queue_.empty()) {
-    return false;
-  }
-  entry = std::move(queue_.front());
-  queue_.pop_front();
-  return true;
+  entries.swap(queue_);
+  return !entries.empty();
 }
 
 void PacketWriter::Run() {
-  for (Entry entry{}; TakeEntry(entry);) {
-    if (!entry.packet) {
-      Logger::Debug("FFmpegEncoder: No packet to write");
-      continue;
+  for (std::vector<Entry> entries; TakeEntries(entries); entries.clear()) {
+    for (Entry& entry : entries) {
+      Write(entry);
+      // A long queue gives its memory back while it is written.
+      entry.packet.reset();
     }
-    if (write_(*entry.packet) < 0) {
-      Logger::Info("FFmpegEncoder: write frame:  Stream: " + std::to_string(entry.streamIndex) +
-                   ", Type: " + (entry.isVideo ? "Video" : "Audio"));
-    }
+  }
+}
+
+void PacketWriter::Write(const Entry& entry) {
+  if (!entry.packet) {
+    Logger::Debug("FFmpegEncoder: No packet to write");
+    return;
+  }
+  if (write_(*entry.packet) < 0) {
+    Logger::Info("FFmpegEncoder: write frame:  Stream: " + std::to_string(entry.streamIndex) +
+                 ", Type: " + (entry.isVideo ? "Video" : "Audio"));
   }
 }
 

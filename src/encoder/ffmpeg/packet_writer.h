@@ -2,10 +2,10 @@
 
 #include <atomic>
 #include <condition_variable>
-#include <deque>
 #include <functional>
 #include <mutex>
 #include <thread>
+#include <vector>
 
 #include "encoder/ffmpeg/ffmpeg_types.h"
 
@@ -47,14 +47,18 @@ class PacketWriter {
   };
 
   void Run();
-  /// Waits for the next entry. False when stopped and nothing is left.
-  bool TakeEntry(Entry& entry);
+  void Write(const Entry& entry);
+  /// Waits for entries and takes all that are queued in exchange for `entries`, which is empty. False when
+  /// stopped and nothing is left.
+  bool TakeEntries(std::vector<Entry>& entries);
 
   WritePacket write_;
   std::atomic<bool> running_ = false;
   std::mutex mutex_;
   std::condition_variable changed_;
-  std::deque<Entry> queue_;  ///< guarded by `mutex_`
+  /// Guarded by `mutex_`. It and the writer's own change places, so that once both have grown to what a
+  /// recording needs, queuing allocates nothing.
+  std::vector<Entry> queue_;
   std::jthread thread_;
 };
 
