@@ -4,6 +4,7 @@
 
 #include "common/logger.h"
 #include "encoder/ffmpeg/packed_samples.h"
+#include "encoder/ffmpeg/sample_limits.h"
 
 namespace brisolte {
 namespace {
@@ -95,6 +96,15 @@ bool AudioResampler::MakeRoom(int samples) {
   return true;
 }
 
+/// Devices deliver floating point as they please, and the MP3 encoder ends the process when it meets numbers
+/// far beyond full scale.
+void AudioResampler::LimitSamples() {
+  for (int channel = 0; channel < frame_->ch_layout.nb_channels; ++channel) {
+    auto* const plane = reinterpret_cast<float*>(frame_->extended_data[channel]);
+    LimitToFullScale({plane, static_cast<std::size_t>(frame_->nb_samples)});
+  }
+}
+
 AVFrame* AudioResampler::Convert(std::span<const std::uint8_t> bytes) {
   const int samples = static_cast<int>(bytes.size() / input_.blockBytes);
   const int room = swr_get_out_samples(resampler_.get(), samples);
@@ -112,6 +122,7 @@ AVFrame* AudioResampler::Convert(std::span<const std::uint8_t> bytes) {
     return nullptr;
   }
   frame_->nb_samples = converted;
+  LimitSamples();
   return frame_.get();
 }
 

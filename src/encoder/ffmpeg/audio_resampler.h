@@ -23,6 +23,7 @@ class AudioResampler {
  private:
   std::span<const std::uint8_t> Unpacked(std::span<const std::uint8_t> bytes);
   bool MakeRoom(int samples);
+  void LimitSamples();
 
   AudioInput input_;
   ResamplerPtr resampler_;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstring>
+#include <limits>
 #include <ostream>
 #include <random>
 #include <string>
@@ -289,6 +291,40 @@ TEST_F(SoundRecording, HasTheSettingsFormatWithoutOneOfTheDevice) {
   EXPECT_EQ(sounds[0].samples(), 32'000U);
   ASSERT_THAT(sounds[0].channels, SizeIs(1));
   ExpectTone(sounds[0].channels[0], tone, 32'000);
+}
+
+// What a broken driver or application may leave in a floating-point buffer; the MP3 encoder ends the process
+// when it meets some of it.
+TEST_F(SoundRecording, SurvivesWhatIsNotSound) {
+  const WaveFormat format = DeviceFormat(SampleType::kFloat32, 2, 48'000);
+  const std::vector<float> values{std::numeric_limits<float>::quiet_NaN(),
+                                  -std::numeric_limits<float>::infinity(),
+                                  std::numeric_limits<float>::max(),
+                                  -3.0e20F,
+                                  std::numeric_limits<float>::denorm_min(),
+                                  1.5F,
+                                  -2.3e7F};
+  const auto seed = std::random_device()();
+  SCOPED_TRACE(seed);
+  std::mt19937 random(seed);
+  std::vector<float> samples(200'000);
+  // In stretches, which the encoder takes worse than single ones.
+  for (std::size_t at = 0; at < samples.size();) {
+    const float value = values[random() % values.size()];
+    for (auto length = 1 + random() % 3'000; length > 0 && at < samples.size(); --length) {
+      samples[at++] = value;
+    }
+  }
+  std::vector<std::uint8_t> bytes(samples.size() * sizeof(float));
+  std::memcpy(bytes.data(), samples.data(), bytes.size());
+  FFmpegEncoder encoder(Settings("sound.mp3"));
+  EXPECT_TRUE(encoder.CreateAudioStream(AudioStreamKind::kMicrophone, &format));
+  EXPECT_TRUE(encoder.Start());
+  Deliver(encoder, "microphone", bytes, seed);
+  EXPECT_TRUE(encoder.Stop());
+  const auto sounds = ReadSounds(directory_ / "sound.mp3");
+  ASSERT_THAT(sounds, SizeIs(1));
+  EXPECT_GE(sounds.front().samples(), samples.size() / 2);
 }
 
 TEST_F(SoundRecording, KeepsASoundShorterThanAChunk) {
