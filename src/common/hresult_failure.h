@@ -11,16 +11,20 @@
 
 namespace brisolte {
 
+/// A number as codes are written: "0x" and lower-case hexadecimal digits, without leading zeros.
+inline std::string HexadecimalCode(std::uint32_t number) {
+  std::array<char, 8> digits{};
+  const auto end = std::to_chars(digits.data(), digits.data() + digits.size(), number, 16);
+  return std::string("0x").append(digits.data(), end.ptr);
+}
+
 /// The line for a platform call that failed: what was tried, the system's text, and the code once more at the
 /// end, where it is found below texts that break the line.
 inline std::string HResultFailure(std::string_view step, std::int32_t hresult) {
-  std::array<char, 8> digits{};
-  const auto end =
-      std::to_chars(digits.data(), digits.data() + digits.size(), static_cast<std::uint32_t>(hresult), 16);
   return std::string(step)
       .append(HResultText(hresult))
-      .append(" (HRESULT: 0x")
-      .append(digits.data(), end.ptr)
+      .append(" (HRESULT: ")
+      .append(HexadecimalCode(static_cast<std::uint32_t>(hresult)))
       .append(")");
 }
 

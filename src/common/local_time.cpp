@@ -1,6 +1,7 @@
 #include "common/local_time.h"
 
 #include <array>
+#include <chrono>
 #include <ctime>
 
 namespace brisolte {
@@ -16,6 +17,11 @@ std::string LocalTimeText(const char* pattern) {
 #endif
   std::array<char, 64> text{};
   return {text.data(), std::strftime(text.data(), text.size(), pattern, &local)};
+}
+
+std::int64_t WallClockMilliseconds() {
+  const auto now = std::chrono::system_clock::now().time_since_epoch();
+  return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
 }
 
 }  // namespace brisolte

@@ -1,35 +1,18 @@
 #include "encoder/ffmpeg/ffmpeg_encoder.h"
 
 #include <chrono>
-#include <exception>
 #include <utility>
 
+#include "common/guarded.h"
+#include "common/local_time.h"
 #include "common/logger.h"
 
 namespace brisolte {
 namespace {
 
-std::int64_t WallClockMilliseconds() {
-  const auto now = std::chrono::system_clock::now().time_since_epoch();
-  return std::chrono::duration_cast<std::chrono::milliseconds>(now).count();
-}
-
 std::int64_t MillisecondsSince(std::chrono::steady_clock::time_point time) {
   const auto elapsed = std::chrono::steady_clock::now() - time;
   return std::chrono::duration_cast<std::chrono::milliseconds>(elapsed).count();
-}
-
-/// Runs `step`; an exception becomes an ERROR line and false. The routine reads "in ..." or "during ...".
-template <typename Step>
-bool Guarded(const std::string& prefix, const std::string& routine, Step step) {
-  try {
-    return step();
-  } catch (const std::exception& error) {
-    Logger::Error(prefix + "Exception " + routine + ": " + error.what());
-  } catch (...) {
-    Logger::Error(prefix + "Unknown exception " + routine);
-  }
-  return false;
 }
 
 }  // namespace
