@@ -1,0 +1,23 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+
+#include "encoder/encoder.h"
+#include "encoder/mf/media_foundation.h"
+
+namespace brisolte {
+
+/// A sound stream of a sink writer.
+struct AudioSinkStream {
+  DWORD index = 0;
+  WaveFormat format;  ///< of the samples that are handed over; its rate and alignment are not 0
+};
+
+/// Adds the sound of one source to a sink writer, encoded as AAC with `bitrate` bits per second. None when a
+/// call fails or the format cannot be taken, with an ERROR line.
+std::optional<AudioSinkStream> AddAudioStream(MediaFoundation& platform, IMFSinkWriter& writer,
+                                              AudioStreamKind kind, const WaveFormat& format,
+                                              std::int32_t bitrate);
+
+}  // namespace brisolte

@@ -1,0 +1,185 @@
+#include "encoder/mf/mf_encoder.h"
+
+#include <utility>
+
+#include "common/guarded.h"
+#include "common/hresult_failure.h"
+#include "common/local_time.h"
+#include "common/logger.h"
+#include "encoder/mf/sample_times.h"
+#include "encoder/mf/sample_writer.h"
+#include "encoder/mf/sink_writer.h"
+#include "encoder/mf/video_sink_stream.h"
+
+namespace brisolte {
+
+MFEncoder::MFEncoder(CaptureSettings settings, std::unique_ptr<MediaFoundation> platform)
+    : settings_(std::move(settings)), platform_(std::move(platform)), session_(*platform_) {
+  if (session_.started() && !Initialize()) {
+    Logger::Error("Failed to initialize Sink Writer");
+  }
+}
+
+MFEncoder::~MFEncoder() {
+  Stop();
+  Release();
+}
+
+bool MFEncoder::Initialize() {
+  if (initialized_) {
+    return HasWriter();
+  }
+  if (!session_.started()) {
+    Logger::Error("MFEncoder not initialized");
+    return false;
+  }
+  initialized_ = Guarded("", "in Initialize", [this] { return InitializeWriter(); });
+  if (!initialized_) {
+    Release();
+  }
+  return initialized_;
+}
+
+bool MFEncoder::InitializeWriter() {
+  writer_ = MakeSinkWriter(*platform_, settings_.outputFilePath);
+  if (writer_ == nullptr) {
+    Logger::Error("Failed to initialize writer");
+    return false;
+  }
+  if (!devices_.Create(*platform_)) {
+    Logger::Error("Failed to initialize D3D11Device");
+    return false;
+  }
+  return true;
+}
+
+bool MFEncoder::HasWriter() const {
+  if (!initialized_) {
+    Logger::Error("MFEncoder not initialized");
+    return false;
+  }
+  if (writer_ == nullptr) {
+    Logger::Error("Sink Writer not initialized");
+    return false;
+  }
+  return true;
+}
+
+bool MFEncoder::InitializeVideoEncoder(std::uint32_t width, std::uint32_t height, ID3D11Device* device) {
+  return HasWriter() &&
+         Guarded("", "in InitializeVideoEncoder", [&] { return AddVideo(width, height, device); });
+}
+
+bool MFEncoder::AddVideo(std::uint32_t width, std::uint32_t height, ID3D11Device* device) {
+  if (streams_.video) {
+    Logger::Error("Failed to add video stream: there is one already");
+    return false;
+  }
+  if (device != nullptr && !devices_.ResetDevice(*device)) {
+    return false;
+  }
+  streams_.video = AddVideoStream(*platform_, *writer_.Get(), settings_, width, height, devices_.manager());
+  if (!streams_.video) {
+    return false;
+  }
+  const std::scoped_lock lock(copierMutex_);
+  copier_.emplace(*devices_.device(), width, height);
+  return true;
+}
+
+bool MFEncoder::CreateAudioStream(AudioStreamKind kind, const WaveFormat* format) {
+  return HasWriter() && Guarded("", "in CreateAudioStream", [&] { return AddAudio(kind, format); });
+}
+
+bool MFEncoder::AddAudio(AudioStreamKind kind, const WaveFormat* format) {
+  if (format == nullptr) {
+    Logger::Error("Device format is null");
+    return false;
+  }
+  const bool speaker = kind == AudioStreamKind::kSpeaker;
+  if ((speaker && streams_.speaker) || (kind == AudioStreamKind::kMicrophone && streams_.microphone)) {
+    Logger::Error("Failed to add audio stream: there is one already");
+    return false;
+  }
+  const auto added = AddAudioStream(*platform_, *writer_.Get(), kind, *format, settings_.audioBitrate);
+  if (!added) {
+    return false;
+  }
+  (speaker ? streams_.speaker : streams_.microphone) = added;
+  worker_.SetChunkBytes(AudioChunkBytes(format->averageBytesPerSecond));
+  return true;
+}
+
+bool MFEncoder::Start() {
+  if (capturing_) {
+    Logger::Warning("MFEncoder is already writing");
+    return true;
+  }
+  if (!HasWriter() || !SucceededOrLog(writer_->BeginWriting(), "Failed to begin writing: ")) {
+    return false;
+  }
+  Logger::Info("MFEncoder starts writing at: " + std::to_string(WallClockMilliseconds()) + " ms");
+  capturing_ = Guarded("", "in Start", [this] {
+    worker_.Start([this, writer = writer_, streams = streams_] {
+      return std::make_unique<SampleWriter>(*platform_, writer, streams);
+    });
+    return true;
+  });
+  return capturing_;
+}
+
+bool MFEncoder::Stop() {
+  return !capturing_ || Finalize();
+}
+
+bool MFEncoder::Finalize() {
+  capturing_ = false;
+  worker_.Stop();
+  if (writer_ != nullptr) {
+    SucceededOrLog(writer_->Finalize(), "Failed to finalize sink writer: ");
+  }
+  Release();
+  return true;
+}
+
+void MFEncoder::Release() {
+  {
+    const std::scoped_lock lock(copierMutex_);
+    copier_.reset();
+  }
+  devices_.Release();
+  writer_.Reset();
+}
+
+bool MFEncoder::ProcessFrameAsync(const VideoFrame& frame) {
+  return Guarded("", "in ProcessFrameAsync", [&] { return QueueFrame(frame); });
+}
+
+bool MFEncoder::QueueFrame(const VideoFrame& frame) {
+  if (!capturing_) {
+    Logger::Error("Cannot process video frame: not capturing or sink writer is null");
+    return false;
+  }
+  if (!worker_.AcceptsFrame()) {
+    return false;
+  }
+  const std::scoped_lock lock(copierMutex_);
+  if (!copier_) {
+    Logger::Error("Device manager not initialized");
+    return false;
+  }
+  PooledTexture texture = copier_->Copy(frame.texture.get());
+  return texture != nullptr && worker_.PushFrame({std::move(texture), frame.timestamp, frame.duration});
+}
+
+bool MFEncoder::ProcessAudioFrame(const std::vector<std::uint8_t>& samples, const std::string& streamName) {
+  const bool microphone = streamName == "microphone";
+  if (!microphone && streamName != "speaker") {
+    Logger::Error("Invalid stream name: " + streamName);
+    return false;
+  }
+  const auto kind = microphone ? AudioStreamKind::kMicrophone : AudioStreamKind::kSpeaker;
+  return Guarded("", "in ProcessAudioFrame", [&] { return worker_.PushAudio(kind, samples); });
+}
+
+}  // namespace brisolte

@@ -1,0 +1,86 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "capture/capture_settings.h"
+#include "encoder/encoder.h"
+#include "encoder/mf/device_manager.h"
+#include "encoder/mf/frame_copier.h"
+#include "encoder/mf/media_foundation.h"
+#include "encoder/mf/media_foundation_session.h"
+#include "encoder/mf/sample_worker.h"
+#include "encoder/mf/sample_writer.h"
+
+namespace brisolte {
+
+/// Writes a recording with Media Foundation's sink writer: an MP4 file with H.264 or HEVC, by the settings'
+/// encoder name "mf_h264" or "mf_hevc", and AAC.
+///
+/// Frames and sound are only queued where they are handed over; a thread of the encoder's own writes them.
+/// One object serves one recording: it cannot start again once stopped. `ProcessFrameAsync` and
+/// `ProcessAudioFrame` may be called on any thread at any time, everything else on the thread that made it.
+class MFEncoder final : public Encoder {
+ public:
+  /// Runs `Initialize` once COM and Media Foundation are started. `platform` may be one of a test's.
+  explicit MFEncoder(CaptureSettings settings,
+                     std::unique_ptr<MediaFoundation> platform = SystemMediaFoundation());
+
+  /// Stops first when running, so that the file is complete.
+  ~MFEncoder() override;
+
+  /// Makes the sink writer, a device and its manager. Holds nothing when it fails, and can be tried again.
+  bool Initialize() override;
+
+  /// Begins the file and starts the worker.
+  bool Start() override;
+
+  /// Ends the worker, completes the file and lets go of everything. True, also when nothing was running.
+  bool Stop() override;
+
+  /// Queues a copy of the frame's texture. False when the frame is dropped: 100 are waiting, or with an ERROR
+  /// line.
+  bool ProcessFrameAsync(const VideoFrame& frame) override;
+
+  /// Queues the samples.
+  bool ProcessAudioFrame(const std::vector<std::uint8_t>& samples, const std::string& streamName) override;
+
+  /// `device` is the one that the frames' textures belong to; without one they belong to the encoder's own.
+  bool InitializeVideoEncoder(std::uint32_t width, std::uint32_t height, ID3D11Device* device) override;
+
+  /// Sound is written in pieces of 40 ms of the format that came last, also that of the other stream.
+  bool CreateAudioStream(AudioStreamKind kind, const WaveFormat* format) override;
+
+  /// Always true: Media Foundation's encoders want NV12.
+  bool GetPixelFormat() override { return true; }
+
+  /// Completes the file and lets go of everything; a running worker is ended first. Always true.
+  bool Finalize() override;
+
+ private:
+  bool InitializeWriter();
+  bool HasWriter() const;
+  bool AddVideo(std::uint32_t width, std::uint32_t height, ID3D11Device* device);
+  bool AddAudio(AudioStreamKind kind, const WaveFormat* format);
+  bool QueueFrame(const VideoFrame& frame);
+  void Release();
+
+  const CaptureSettings settings_;
+  const std::unique_ptr<MediaFoundation> platform_;
+  const MediaFoundationSession session_;
+  bool initialized_ = false;
+  std::atomic<bool> capturing_ = false;
+  Microsoft::WRL::ComPtr<IMFSinkWriter> writer_;
+  DeviceManager devices_;
+  SinkStreams streams_;
+  std::mutex copierMutex_;
+  std::optional<FrameCopier> copier_;  ///< guarded by `copierMutex_`
+  SampleWorker worker_;
+};
+
+}  // namespace brisolte

@@ -1,0 +1,102 @@
+#pragma once
+
+#include <condition_variable>
+#include <cstddef>
+#include <cstdint>
+#include <deque>
+#include <functional>
+#include <memory>
+#include <mutex>
+#include <span>
+#include <thread>
+#include <vector>
+
+#include "encoder/encoder.h"
+
+struct ID3D11Texture2D;
+
+namespace brisolte {
+
+/// A texture of a pool, to which it returns when the last copy of this goes. Outlives the pool if need be.
+using PooledTexture = std::shared_ptr<ID3D11Texture2D>;
+
+/// A frame that waits to be written, with a picture of its own. Times as in `VideoFrame`.
+struct QueuedFrame {
+  PooledTexture texture;
+  std::int64_t timestamp = 0;
+  std::int64_t duration = 0;
+};
+
+/// Where the worker writes to. Made, used and destroyed on the worker's thread. What cannot be written is
+/// lost, and the recording goes on; an exception would end the worker.
+class SampleSink {
+ public:
+  SampleSink() = default;
+  SampleSink(const SampleSink&) = delete;
+  SampleSink& operator=(const SampleSink&) = delete;
+  virtual ~SampleSink() = default;
+
+  virtual void WriteFrame(const QueuedFrame& frame) = 0;
+  virtual void WriteAudio(AudioStreamKind kind, std::span<const std::uint8_t> chunk) = 0;
+};
+
+/// Takes frames and sound from the threads that capture and writes them on one thread of its own, so that
+/// nobody waits for the encoding. Sound goes out in chunks of one size for both streams; what does not fill
+/// one stays behind.
+///
+/// `Start`, `Stop` and the destructor are called one at a time, everything else from any thread at any time.
+class SampleWorker {
+ public:
+  /// As many frames wait at the most; more are refused.
+  static constexpr std::size_t kMaxFrames = 100;
+
+  using MakeSink = std::function<std::unique_ptr<SampleSink>()>;
+
+  SampleWorker() = default;
+  SampleWorker(const SampleWorker&) = delete;
+  SampleWorker& operator=(const SampleWorker&) = delete;
+  ~SampleWorker() { Stop(); }
+
+  /// Starts the thread, which makes its sink first. Raises std::system_error when the system gives none.
+  void Start(MakeSink makeSink);
+
+  /// Ends the thread after the write that is under way, if any, and forgets what waits. On the worker's own
+  /// thread it raises std::system_error.
+  void Stop();
+
+  /// Sets how many bytes of sound are written at once; with 0 none ever is.
+  void SetChunkBytes(std::size_t bytes);
+
+  /// Whether a frame would be taken now.
+  bool AcceptsFrame() const;
+
+  /// False when it is not taken: the queue is full or the worker does not run.
+  bool PushFrame(QueuedFrame frame);
+
+  /// False when the worker does not run.
+  bool PushAudio(AudioStreamKind kind, std::span<const std::uint8_t> bytes);
+
+ private:
+  using Lock = std::unique_lock<std::mutex>;
+  using Bytes = std::deque<std::uint8_t>;
+
+  void Run(const MakeSink& makeSink);
+  void RunWith(SampleSink& sink);
+  bool HasChunk(const Bytes& bytes) const;
+  void WriteAudio(SampleSink& sink, AudioStreamKind kind, Bytes& bytes, Lock& lock);
+  void WriteFrames(SampleSink& sink, Lock& lock);
+  void Forget();
+
+  mutable std::mutex mutex_;
+  std::condition_variable changed_;
+  // Guarded by `mutex_`.
+  bool running_ = false;
+  std::size_t chunkBytes_ = 0;
+  std::deque<QueuedFrame> frames_;
+  Bytes microphone_;
+  Bytes speaker_;
+
+  std::jthread thread_;
+};
+
+}  // namespace brisolte

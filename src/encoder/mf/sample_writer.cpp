@@ -1,0 +1,69 @@
+#include "encoder/mf/sample_writer.h"
+
+#include <string>
+#include <utility>
+
+#include "common/guarded.h"
+#include "common/hresult_failure.h"
+#include "common/logger.h"
+#include "encoder/mf/media_samples.h"
+#include "encoder/mf/sample_times.h"
+
+namespace brisolte {
+
+SampleWriter::SampleWriter(MediaFoundation& platform, Microsoft::WRL::ComPtr<IMFSinkWriter> writer,
+                           const SinkStreams& streams)
+    : platform_(platform),
+      writer_(std::move(writer)),
+      video_(streams.video),
+      microphone_{"microphone", streams.microphone},
+      speaker_{"speaker", streams.speaker} {
+  SucceededOrLog(apartment_.result(), "Failed to initialize COM: ");
+}
+
+void SampleWriter::WriteFrame(const QueuedFrame& frame) {
+  Guarded("", "in WriteFrame", [&] { return WriteVideoSample(frame); });
+}
+
+void SampleWriter::WriteAudio(AudioStreamKind kind, std::span<const std::uint8_t> chunk) {
+  Sound& sound = kind == AudioStreamKind::kMicrophone ? microphone_ : speaker_;
+  Guarded("", "in WriteAudio", [&] { return WriteAudioSample(sound, chunk); });
+}
+
+bool SampleWriter::WriteVideoSample(const QueuedFrame& frame) {
+  const auto sample =
+      MakeVideoSample(platform_, frame.texture, {SampleTime(frame.timestamp), SampleTime(frame.duration)});
+  return sample != nullptr && video_ &&
+         SucceededOrLog(writer_->WriteSample(*video_, sample.Get()), "Failed to write sample: ");
+}
+
+bool SampleWriter::WriteAudioSample(Sound& sound, std::span<const std::uint8_t> chunk) {
+  if (chunk.empty()) {
+    Logger::Error("Audio data is empty");
+    return false;
+  }
+  if (!sound.stream) {
+    Logger::Error(std::string("Invalid stream name: ") + sound.name);
+    return false;
+  }
+  const WaveFormat& format = sound.stream->format;
+  const std::size_t frames = chunk.size() / format.blockAlign;
+  if (frames * format.blockAlign != chunk.size()) {
+    Logger::Error("Audio data size mismatch. Expected: " + std::to_string(frames * format.blockAlign) +
+                  ", Actual: " + std::to_string(chunk.size()));
+    return false;
+  }
+  const auto count = static_cast<std::int64_t>(frames);
+  const auto sample = MakeAudioSample(
+      platform_, chunk,
+      {AudioSampleTime(sound.framesWritten, format.sampleRate), AudioSampleTime(count, format.sampleRate)});
+  if (sample == nullptr) {
+    return false;
+  }
+  // Also when writing fails: a gap keeps what follows in its place.
+  sound.framesWritten += count;
+  return SucceededOrLog(writer_->WriteSample(sound.stream->index, sample.Get()),
+                        "Failed to write audio sample: ");
+}
+
+}  // namespace brisolte

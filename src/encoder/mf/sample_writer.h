@@ -1,0 +1,51 @@
+#pragma once
+
+#include <wrl/client.h>
+
+#include <cstdint>
+#include <optional>
+
+#include "common/com_apartment.h"
+#include "encoder/mf/audio_sink_stream.h"
+#include "encoder/mf/media_foundation.h"
+#include "encoder/mf/sample_worker.h"
+
+namespace brisolte {
+
+/// The streams of one recording; what was not added is empty.
+struct SinkStreams {
+  std::optional<DWORD> video;
+  std::optional<AudioSinkStream> microphone;
+  std::optional<AudioSinkStream> speaker;
+};
+
+/// Turns frames and sound into samples and hands them to the sink writer. The time of sound is what was
+/// written of its stream before, from 0; that of a frame is the frame's.
+class SampleWriter final : public SampleSink {
+ public:
+  /// Borrows `platform`. Keeps COM started for the worker's thread, on which it is made and destroyed.
+  SampleWriter(MediaFoundation& platform, Microsoft::WRL::ComPtr<IMFSinkWriter> writer,
+               const SinkStreams& streams);
+
+  void WriteFrame(const QueuedFrame& frame) override;
+  void WriteAudio(AudioStreamKind kind, std::span<const std::uint8_t> chunk) override;
+
+ private:
+  struct Sound {
+    const char* name;
+    std::optional<AudioSinkStream> stream;
+    std::int64_t framesWritten = 0;
+  };
+
+  bool WriteVideoSample(const QueuedFrame& frame);
+  bool WriteAudioSample(Sound& sound, std::span<const std::uint8_t> chunk);
+
+  const ComApartment apartment_{COINIT_MULTITHREADED};
+  MediaFoundation& platform_;
+  const Microsoft::WRL::ComPtr<IMFSinkWriter> writer_;
+  const std::optional<DWORD> video_;
+  Sound microphone_;
+  Sound speaker_;
+};
+
+}  // namespace brisolte

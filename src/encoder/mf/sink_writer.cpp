@@ -1,0 +1,32 @@
+#include "encoder/mf/sink_writer.h"
+
+#include <mfapi.h>
+
+#include "common/hresult_failure.h"
+#include "common/logger.h"
+#include "common/text.h"
+
+namespace brisolte {
+
+using Microsoft::WRL::ComPtr;
+
+ComPtr<IMFSinkWriter> MakeSinkWriter(MediaFoundation& platform, const std::string& path) {
+  Logger::Info("Initializing MFEncoder writer...");
+  ComPtr<IMFAttributes> attributes;
+  ComPtr<IMFSinkWriter> writer;
+  const bool made =
+      SucceededOrLog(platform.CreateAttributes(attributes.GetAddressOf(), 1),
+                     "Failed to create attributes: ") &&
+      SucceededOrLog(attributes->SetGUID(MF_TRANSCODE_CONTAINERTYPE, MFTranscodeContainerType_MPEG4),
+                     "Failed to set container type: ") &&
+      SucceededOrLog(
+          platform.CreateSinkWriterFromURL(ToWide(path).c_str(), attributes.Get(), writer.GetAddressOf()),
+          "Failed to create sink writer: ");
+  if (!made) {
+    return nullptr;
+  }
+  Logger::Info("MFEncoder writer initialized successfully");
+  return writer;
+}
+
+}  // namespace brisolte

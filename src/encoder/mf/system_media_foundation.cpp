@@ -1,0 +1,121 @@
+#include <mfapi.h>
+
+#include <array>
+
+#include "encoder/mf/media_foundation.h"
+
+namespace brisolte {
+namespace {
+
+/// Looked up by name because editions of Windows without the media features lack them, and the module must
+/// load there all the same. The libraries stay loaded: their threads may outlast a shutdown.
+class Functions {
+ public:
+  Functions() {
+    const HMODULE platform = Load(L"mfplat.dll");
+    const HMODULE readWrite = Load(L"mfreadwrite.dll");
+    Find(platform, "MFStartup", startup);
+    Find(platform, "MFShutdown", shutdown);
+    Find(platform, "MFCreateAttributes", createAttributes);
+    Find(platform, "MFCreateMediaType", createMediaType);
+    Find(platform, "MFCreateSample", createSample);
+    Find(platform, "MFCreateMemoryBuffer", createMemoryBuffer);
+    Find(platform, "MFCreateDXGISurfaceBuffer", createDXGISurfaceBuffer);
+    Find(platform, "MFCreateDXGIDeviceManager", createDXGIDeviceManager);
+    Find(readWrite, "MFCreateSinkWriterFromURL", createSinkWriterFromURL);
+  }
+
+  /// Success when every function was found.
+  HRESULT result() const { return result_; }
+
+  decltype(&MFStartup) startup = nullptr;
+  decltype(&MFShutdown) shutdown = nullptr;
+  decltype(&MFCreateAttributes) createAttributes = nullptr;
+  decltype(&MFCreateMediaType) createMediaType = nullptr;
+  decltype(&MFCreateSample) createSample = nullptr;
+  decltype(&MFCreateMemoryBuffer) createMemoryBuffer = nullptr;
+  decltype(&MFCreateDXGISurfaceBuffer) createDXGISurfaceBuffer = nullptr;
+  decltype(&MFCreateDXGIDeviceManager) createDXGIDeviceManager = nullptr;
+  decltype(&MFCreateSinkWriterFromURL) createSinkWriterFromURL = nullptr;
+
+ private:
+  HMODULE Load(const wchar_t* name) {
+    const HMODULE library = LoadLibraryExW(name, nullptr, LOAD_LIBRARY_SEARCH_SYSTEM32);
+    KeepError(library != nullptr);
+    return library;
+  }
+
+  template <typename Function>
+  void Find(HMODULE library, const char* name, Function& function) {
+    if (library == nullptr) {
+      return;
+    }
+    void* address = reinterpret_cast<void*>(GetProcAddress(library, name));
+    KeepError(address != nullptr);
+    function = reinterpret_cast<Function>(address);
+  }
+
+  void KeepError(bool found) {
+    if (!found && SUCCEEDED(result_)) {
+      result_ = HRESULT_FROM_WIN32(GetLastError());
+    }
+  }
+
+  HRESULT result_ = S_OK;
+};
+
+const Functions& Loaded() {
+  static const Functions functions;
+  return functions;
+}
+
+class System final : public MediaFoundation {
+ public:
+  HRESULT Startup() override {
+    const HRESULT loaded = Loaded().result();
+    return FAILED(loaded) ? loaded : Loaded().startup(MF_VERSION, MFSTARTUP_FULL);
+  }
+
+  HRESULT Shutdown() override { return Loaded().shutdown(); }
+
+  HRESULT CreateAttributes(IMFAttributes** attributes, UINT32 size) override {
+    return Loaded().createAttributes(attributes, size);
+  }
+
+  HRESULT CreateMediaType(IMFMediaType** type) override { return Loaded().createMediaType(type); }
+
+  HRESULT CreateSinkWriterFromURL(const wchar_t* url, IMFAttributes* attributes,
+                                  IMFSinkWriter** writer) override {
+    return Loaded().createSinkWriterFromURL(url, nullptr, attributes, writer);
+  }
+
+  HRESULT CreateSample(IMFSample** sample) override { return Loaded().createSample(sample); }
+
+  HRESULT CreateMemoryBuffer(DWORD size, IMFMediaBuffer** buffer) override {
+    return Loaded().createMemoryBuffer(size, buffer);
+  }
+
+  HRESULT CreateDXGISurfaceBuffer(ID3D11Texture2D* texture, IMFMediaBuffer** buffer) override {
+    return Loaded().createDXGISurfaceBuffer(__uuidof(ID3D11Texture2D), texture, 0, FALSE, buffer);
+  }
+
+  HRESULT CreateDXGIDeviceManager(UINT* resetToken, IMFDXGIDeviceManager** manager) override {
+    return Loaded().createDXGIDeviceManager(resetToken, manager);
+  }
+
+  HRESULT CreateDevice(ID3D11Device** device) override {
+    constexpr std::array kFeatureLevels{D3D_FEATURE_LEVEL_11_1, D3D_FEATURE_LEVEL_11_0,
+                                        D3D_FEATURE_LEVEL_10_1, D3D_FEATURE_LEVEL_10_0};
+    return D3D11CreateDevice(nullptr, D3D_DRIVER_TYPE_HARDWARE, nullptr, D3D11_CREATE_DEVICE_VIDEO_SUPPORT,
+                             kFeatureLevels.data(), static_cast<UINT>(kFeatureLevels.size()),
+                             D3D11_SDK_VERSION, device, nullptr, nullptr);
+  }
+};
+
+}  // namespace
+
+std::unique_ptr<MediaFoundation> SystemMediaFoundation() {
+  return std::make_unique<System>();
+}
+
+}  // namespace brisolte
