@@ -4,6 +4,7 @@
 
 #include "direct3d/texture_facts.h"
 #include "direct3d/vtable.h"
+#include "shared/com_object.h"
 #include "shared/faults.h"
 
 namespace brisolte::standins {
@@ -78,11 +79,53 @@ void STDMETHODCALLTYPE UnmapHook(ID3D11DeviceContext* self, ID3D11Resource* reso
   unmap.original()(self, resource, subresource);
 }
 
+bool IsDefaultNv12(ID3D11Resource* resource, D3D11_TEXTURE2D_DESC& desc) {
+  ComPtr<ID3D11Texture2D> texture;
+  if (resource == nullptr ||
+      FAILED(resource->QueryInterface(__uuidof(ID3D11Texture2D),
+                                      reinterpret_cast<void**>(texture.GetAddressOf())))) {
+    return false;
+  }
+  texture->GetDesc(&desc);
+  return desc.Format == DXGI_FORMAT_NV12 && desc.Usage == D3D11_USAGE_DEFAULT;
+}
+
+/// Between default NV12 textures Wine copies what the source held some time before. Through a staging texture
+/// the picture is the right one. Whether that was done: whole textures of one size only.
+bool CopyNv12(ID3D11DeviceContext* context, ID3D11Resource* destination, ID3D11Resource* source) {
+  D3D11_TEXTURE2D_DESC from{};
+  D3D11_TEXTURE2D_DESC to{};
+  if (!IsDefaultNv12(source, from) || !IsDefaultNv12(destination, to) || from.Width != to.Width ||
+      from.Height != to.Height) {
+    return false;
+  }
+  from.Usage = D3D11_USAGE_STAGING;
+  from.BindFlags = 0;
+  from.MiscFlags = 0;
+  from.CPUAccessFlags = D3D11_CPU_ACCESS_READ | D3D11_CPU_ACCESS_WRITE;
+  ComPtr<ID3D11Device> device;
+  ComPtr<ID3D11Texture2D> staging;
+  context->GetDevice(device.GetAddressOf());
+  TurnFaults(false);
+  const HRESULT made = device->CreateTexture2D(&from, nullptr, staging.GetAddressOf());
+  TurnFaults(true);
+  if (FAILED(made)) {
+    return false;
+  }
+  copyResource.original()(context, staging.Get(), source);
+  copyResource.original()(context, destination, staging.Get());
+  return true;
+}
+
 void STDMETHODCALLTYPE CopySubresourceRegionHook(ID3D11DeviceContext* self, ID3D11Resource* destination,
                                                  UINT destinationSubresource, UINT x, UINT y, UINT z,
                                                  ID3D11Resource* source, UINT sourceSubresource,
                                                  const D3D11_BOX* box) {
-  if (MayCopy(self, destination, source)) {
+  if (!MayCopy(self, destination, source)) {
+    return;
+  }
+  const bool whole = x == 0 && y == 0 && z == 0 && box == nullptr;
+  if (!whole || !CopyNv12(self, destination, source)) {
     copySubresourceRegion.original()(self, destination, destinationSubresource, x, y, z, source,
                                      sourceSubresource, box);
   }
@@ -90,7 +133,7 @@ void STDMETHODCALLTYPE CopySubresourceRegionHook(ID3D11DeviceContext* self, ID3D
 
 void STDMETHODCALLTYPE CopyResourceHook(ID3D11DeviceContext* self, ID3D11Resource* destination,
                                         ID3D11Resource* source) {
-  if (MayCopy(self, destination, source)) {
+  if (MayCopy(self, destination, source) && !CopyNv12(self, destination, source)) {
     copyResource.original()(self, destination, source);
   }
 }

@@ -1,5 +1,7 @@
 #include <gtest/gtest.h>
 
+#include <cstring>
+
 #include "shared/com_object.h"
 #include "tests/service.h"
 
@@ -97,6 +99,44 @@ TEST(Nv12Texture, HasAnEvenSize) {
   desc.Width = 64;
   desc.Height = 31;
   EXPECT_EQ(device.device->CreateTexture2D(&desc, nullptr, texture.GetAddressOf()), E_INVALIDARG);
+}
+
+/// A staging texture with this byte all over.
+ComPtr<ID3D11Texture2D> FilledStaging(const Device& device, int byte) {
+  auto desc = StagingDesc(DXGI_FORMAT_NV12, 8, 4);
+  desc.CPUAccessFlags = D3D11_CPU_ACCESS_READ | D3D11_CPU_ACCESS_WRITE;
+  const auto texture = MakeTexture(device, desc);
+  D3D11_MAPPED_SUBRESOURCE mapped{};
+  EXPECT_EQ(device.context->Map(texture.Get(), 0, D3D11_MAP_WRITE, 0, &mapped), S_OK);
+  std::memset(mapped.pData, byte, std::size_t{mapped.RowPitch} * 6);
+  device.context->Unmap(texture.Get(), 0);
+  return texture;
+}
+
+/// The last byte of a texture's picture, which is one of colour.
+int LastByte(const Device& device, ID3D11Texture2D* texture) {
+  const auto staging = FilledStaging(device, 0);
+  device.context->CopyResource(staging.Get(), texture);
+  D3D11_MAPPED_SUBRESOURCE mapped{};
+  EXPECT_EQ(device.context->Map(staging.Get(), 0, D3D11_MAP_READ, 0, &mapped), S_OK);
+  const int last = static_cast<const unsigned char*>(mapped.pData)[std::size_t{mapped.RowPitch} * 5 + 7];
+  device.context->Unmap(staging.Get(), 0);
+  return last;
+}
+
+TEST(Nv12Texture, IsCopiedAsItIsAtTheCopy) {
+  const auto device = MakeDevice();
+  const auto shared = MakeTexture(device, Desc(DXGI_FORMAT_NV12, 8, 4, kTarget, D3D11_RESOURCE_MISC_SHARED));
+  const auto first = MakeTexture(device, Desc(DXGI_FORMAT_NV12, 8, 4));
+  const auto second = MakeTexture(device, Desc(DXGI_FORMAT_NV12, 8, 4));
+  device.context->CopyResource(shared.Get(), FilledStaging(device, 10).Get());
+  device.context->CopySubresourceRegion(first.Get(), 0, 0, 0, 0, shared.Get(), 0, nullptr);
+  device.context->CopyResource(shared.Get(), FilledStaging(device, 20).Get());
+  device.context->CopyResource(second.Get(), shared.Get());
+  device.context->CopyResource(shared.Get(), FilledStaging(device, 30).Get());
+  EXPECT_EQ(LastByte(device, first.Get()), 10);
+  EXPECT_EQ(LastByte(device, second.Get()), 20);
+  EXPECT_EQ(LastByte(device, shared.Get()), 30);
 }
 
 TEST(CallChecker, RefusesToMapTwice) {
