@@ -10,6 +10,7 @@
 #include "support/capture_standin.h"
 #include "support/captured_log.h"
 #include "support/painted_window.h"
+#include "support/standin_fault.h"
 #include "video/create_video_capture.h"
 
 namespace brisolte::testing {
@@ -283,7 +284,7 @@ TEST_F(WindowsCaptureFaults, OfConstructionAreNamed) {
       {"CreateVideoProcessor", "Failed to create video processor: HRESULT: 0x80004005"},
   };
   for (const auto& [call, text] : cases) {
-    const Fault fault(call + " 0x80004005");
+    const StandinFault fault(call + " 0x80004005");
     KeepingEncoder encoder(true);
     const CapturedLog log(LogLevel::kWarn);
     EXPECT_FALSE(CreateVideoCapture(settings, encoder)->initialized()) << call;
@@ -293,14 +294,14 @@ TEST_F(WindowsCaptureFaults, OfConstructionAreNamed) {
 
 TEST_F(WindowsCaptureFaults, OfConstructionWithoutATextAreRaised) {
   for (const char* call : {"get_Size", "GetFramePoolStatics", "add_FrameArrived"}) {
-    const Fault fault(std::string(call) + " 0x80004005");
+    const StandinFault fault(std::string(call) + " 0x80004005");
     KeepingEncoder encoder(true);
     EXPECT_THROW(CreateVideoCapture(settings, encoder), HResultError) << call;
   }
 }
 
 TEST_F(WindowsCaptureFaults, OfTheStartAreRaised) {
-  const Fault fault("StartCapture 0x80004005");
+  const StandinFault fault("StartCapture 0x80004005");
   KeepingEncoder encoder(true);
   const auto capture = CreateVideoCapture(settings, encoder);
   EXPECT_THROW(capture->Start(), HResultError);
@@ -330,7 +331,7 @@ TEST_F(WindowsCaptureFaults, OfAFrameCostThatFrameOnly) {
     const CapturedLog log(LogLevel::kWarn);
     auto capture = CreateVideoCapture(settings, encoder);
     ASSERT_TRUE(capture->initialized()) << call;
-    const Fault fault(call + " 0x80004005 times 1");
+    const StandinFault fault(call + " 0x80004005 times 1");
     capture->Start();
     std::atomic<bool> painting{true};
     std::jthread painter([&] {
