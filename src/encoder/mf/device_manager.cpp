@@ -2,6 +2,7 @@
 
 #include <d3d11_4.h>
 
+#include <array>
 #include <string>
 
 #include "common/hresult_failure.h"
@@ -11,6 +12,11 @@ namespace brisolte {
 namespace {
 
 using Microsoft::WRL::ComPtr;
+
+/// Media Foundation asks for devices made for video; with the other, captured pictures may be drawn on them.
+constexpr UINT kDeviceFlags = D3D11_CREATE_DEVICE_BGRA_SUPPORT | D3D11_CREATE_DEVICE_VIDEO_SUPPORT;
+constexpr std::array kFeatureLevels{D3D_FEATURE_LEVEL_11_1, D3D_FEATURE_LEVEL_11_0, D3D_FEATURE_LEVEL_10_1,
+                                    D3D_FEATURE_LEVEL_10_0};
 
 HRESULT ProtectFromThreads(ID3D11Device& device) {
   ComPtr<ID3D11DeviceContext> context;
@@ -27,7 +33,8 @@ HRESULT ProtectFromThreads(ID3D11Device& device) {
 
 bool DeviceManager::Create(MediaFoundation& platform) {
   ComPtr<ID3D11Device> device;
-  if (!SucceededOrLog(platform.CreateDevice(device.GetAddressOf()), "Failed to create D3D11 device: ")) {
+  if (!SucceededOrLog(platform.D3D11CreateDevice(kDeviceFlags, kFeatureLevels, device.GetAddressOf()),
+                      "Failed to create D3D11 device: ")) {
     return false;
   }
   Logger::Info("Creating DXGI device manager...");

@@ -60,7 +60,7 @@ bool FrameCopier::Accepts(ID3D11Texture2D& texture, const D3D11_TEXTURE2D_DESC& 
   }
   ComPtr<ID3D11Device> owner;
   texture.GetDevice(owner.GetAddressOf());
-  if (owner != device_) {
+  if (owner.Get() != device_.Get()) {
     Logger::Error("Invalid frame data: texture is null or invalid");
     return false;
   }

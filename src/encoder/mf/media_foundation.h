@@ -5,6 +5,7 @@
 #include <mfreadwrite.h>
 
 #include <memory>
+#include <span>
 
 namespace brisolte {
 
@@ -33,8 +34,9 @@ class MediaFoundation {
   virtual HRESULT CreateDXGISurfaceBuffer(ID3D11Texture2D* texture, IMFMediaBuffer** buffer) = 0;
   virtual HRESULT CreateDXGIDeviceManager(UINT* resetToken, IMFDXGIDeviceManager** manager) = 0;
 
-  /// A device of the default adapter's hardware for work with video.
-  virtual HRESULT CreateDevice(ID3D11Device** device) = 0;
+  /// A device of the default adapter's hardware.
+  virtual HRESULT D3D11CreateDevice(UINT flags, std::span<const D3D_FEATURE_LEVEL> featureLevels,
+                                    ID3D11Device** device) = 0;
 };
 
 /// The one of the system.

@@ -135,8 +135,8 @@ bool MFEncoder::Stop() {
 bool MFEncoder::Finalize() {
   capturing_ = false;
   worker_.Stop();
-  if (writer_ != nullptr) {
-    SucceededOrLog(writer_->Finalize(), "Failed to finalize sink writer: ");
+  if (writer_ != nullptr && SucceededOrLog(writer_->Finalize(), "Failed to finalize sink writer: ")) {
+    writer_.Reset();
   }
   Release();
   return true;
@@ -148,7 +148,10 @@ void MFEncoder::Release() {
     copier_.reset();
   }
   devices_.Release();
-  writer_.Reset();
+  if (writer_ != nullptr) {
+    AbandonFile(*writer_.Get());
+    writer_.Reset();
+  }
 }
 
 bool MFEncoder::ProcessFrameAsync(const VideoFrame& frame) {

@@ -29,4 +29,15 @@ ComPtr<IMFSinkWriter> MakeSinkWriter(MediaFoundation& platform, const std::strin
   return writer;
 }
 
+void AbandonFile(IMFSinkWriter& writer) {
+  ComPtr<IMFMediaSink> sink;
+  const HRESULT result =
+      writer.GetServiceForStream(static_cast<DWORD>(MF_SINK_WRITER_MEDIASINK), GUID_NULL,
+                                 __uuidof(IMFMediaSink), reinterpret_cast<void**>(sink.GetAddressOf()));
+  // Before it is needed there is none.
+  if (SUCCEEDED(result) && sink != nullptr) {
+    SucceededOrLog(sink->Shutdown(), "Failed to shut down media sink: ");
+  }
+}
+
 }  // namespace brisolte

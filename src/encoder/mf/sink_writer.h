@@ -12,4 +12,8 @@ namespace brisolte {
 /// with an ERROR line.
 Microsoft::WRL::ComPtr<IMFSinkWriter> MakeSinkWriter(MediaFoundation& platform, const std::string& path);
 
+/// Closes the file of a sink writer that was not finalized, as it is: letting go of the writer alone need not
+/// end its media sink, which holds the file. Nobody writes any more.
+void AbandonFile(IMFSinkWriter& writer);
+
 }  // namespace brisolte

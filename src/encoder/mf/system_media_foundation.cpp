@@ -1,7 +1,5 @@
 #include <mfapi.h>
 
-#include <array>
-
 #include "encoder/mf/media_foundation.h"
 
 namespace brisolte {
@@ -103,12 +101,11 @@ class System final : public MediaFoundation {
     return Loaded().createDXGIDeviceManager(resetToken, manager);
   }
 
-  HRESULT CreateDevice(ID3D11Device** device) override {
-    constexpr std::array kFeatureLevels{D3D_FEATURE_LEVEL_11_1, D3D_FEATURE_LEVEL_11_0,
-                                        D3D_FEATURE_LEVEL_10_1, D3D_FEATURE_LEVEL_10_0};
-    return D3D11CreateDevice(nullptr, D3D_DRIVER_TYPE_HARDWARE, nullptr, D3D11_CREATE_DEVICE_VIDEO_SUPPORT,
-                             kFeatureLevels.data(), static_cast<UINT>(kFeatureLevels.size()),
-                             D3D11_SDK_VERSION, device, nullptr, nullptr);
+  HRESULT D3D11CreateDevice(UINT flags, std::span<const D3D_FEATURE_LEVEL> featureLevels,
+                            ID3D11Device** device) override {
+    return ::D3D11CreateDevice(nullptr, D3D_DRIVER_TYPE_HARDWARE, nullptr, flags, featureLevels.data(),
+                               static_cast<UINT>(featureLevels.size()), D3D11_SDK_VERSION, device, nullptr,
+                               nullptr);
   }
 };
 
