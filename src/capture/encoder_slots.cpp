@@ -7,8 +7,7 @@ namespace brisolte {
 bool EncoderSlots::CreateEncoder(RecordingParts& parts, const CaptureSettings& settings) {
   const bool useMediaFoundation = settings.useMediaFoundation == 1;
   std::unique_ptr<Encoder>& slot = useMediaFoundation ? mediaFoundation_ : ffmpeg_;
-  active_ = nullptr;
-  slot.reset();
+  Clear();
   slot = useMediaFoundation ? parts.CreateMFEncoder(settings) : parts.CreateFFmpegEncoder(settings);
   active_ = slot.get();
   if (active_ == nullptr) {

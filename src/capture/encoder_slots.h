@@ -10,9 +10,9 @@ namespace brisolte {
 class EncoderSlots {
  public:
   /// Puts a new encoder of the engine that `settings` chooses into its slot and makes it the active one. The
-  /// slot's previous encoder is destroyed first: it may still hold the file that the new one is about to
-  /// write. False, with an ERROR line, when there is no encoder; then, and when construction raises, slot and
-  /// active encoder are empty.
+  /// previous encoder, of either engine, is destroyed first: it may still hold the file that the new one is
+  /// about to write. False, with an ERROR line, when there is no encoder; then, and when construction raises,
+  /// slots and active encoder are empty.
   bool CreateEncoder(RecordingParts& parts, const CaptureSettings& settings);
 
   /// The encoder in use; null when there is none.

@@ -4,8 +4,8 @@
 #include "audio/audio_devices.h"
 #include "capture/screenshot.h"
 #include "capture/windows_graphics_device.h"
-#include "common/logger.h"
 #include "encoder/ffmpeg/ffmpeg_encoder.h"
+#include "encoder/mf/mf_encoder.h"
 #include "video/create_video_capture.h"
 
 namespace brisolte {
@@ -20,8 +20,7 @@ class WindowsRecordingParts final : public RecordingParts {
   }
 
   std::unique_ptr<Encoder> CreateMFEncoder(const CaptureSettings& settings) override {
-    Logger::Error("The encoder " + settings.encoderName + " is not available yet");
-    return nullptr;
+    return std::make_unique<MFEncoder>(settings);
   }
 
   std::unique_ptr<CaptureSource> CreateVideoCapture(const CaptureSettings& settings,

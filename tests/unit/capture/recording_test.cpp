@@ -219,6 +219,19 @@ TEST_F(RecordingTest, WhatAFailedStartBuiltStaysUntilItIsReplaced) {
                                          "start ffmpeg", "start video", "start audio"));
 }
 
+TEST_F(RecordingTest, TheEncoderOfAFailedStartGoesBeforeOneOfTheOtherEngine) {
+  // Both may be about to write the same file: its name holds whole seconds.
+  controller_->setEncoder("mf_h264");
+  stage_.videoInitialized = false;
+  FailedStart();
+  stage_.Take();
+  stage_.videoInitialized = true;
+  controller_->setEncoder("libx264");
+  EXPECT_TRUE(controller_->startRecord());
+  EXPECT_THAT(stage_.Take(), ElementsAre("detach video", "destroy mf", "create ffmpeg", "destroy video",
+                                         "create video", "start ffmpeg", "start video"));
+}
+
 TEST_F(RecordingTest, ACaptureOfAFailedStartIsNotPartOfARecordingWithoutIt) {
   controller_->setMicrophoneDevice("mic");
   stage_.startAudio = Refuses;
