@@ -181,6 +181,10 @@ bool MFEncoder::ProcessAudioFrame(const std::vector<std::uint8_t>& samples, cons
     Logger::Error("Invalid stream name: " + streamName);
     return false;
   }
+  if (!capturing_) {
+    Logger::Error("Cannot process audio frame: not capturing or sink writer is null");
+    return false;
+  }
   const auto kind = microphone ? AudioStreamKind::kMicrophone : AudioStreamKind::kSpeaker;
   return Guarded("", "in ProcessAudioFrame", [&] { return worker_.PushAudio(kind, samples); });
 }

@@ -31,6 +31,8 @@ class MFEncoder final : public Encoder {
   explicit MFEncoder(CaptureSettings settings,
                      std::unique_ptr<MediaFoundation> platform = SystemMediaFoundation());
 
+  MFEncoder(const MFEncoder&) = delete;
+  MFEncoder& operator=(const MFEncoder&) = delete;
   /// Stops first when running, so that the file is complete.
   ~MFEncoder() override;
 

@@ -32,7 +32,7 @@ class SampleWriter final : public SampleSink {
 
  private:
   struct Sound {
-    const char* name;
+    const char* name = "";
     std::optional<AudioSinkStream> stream;
     std::int64_t framesWritten = 0;
   };

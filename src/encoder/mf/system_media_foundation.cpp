@@ -5,6 +5,12 @@
 namespace brisolte {
 namespace {
 
+/// Stands for a function that was not found.
+template <typename... Arguments>
+HRESULT WINAPI Missing(Arguments... /*arguments*/) {
+  return E_NOTIMPL;
+}
+
 /// Looked up by name because editions of Windows without the media features lack them, and the module must
 /// load there all the same. The libraries stay loaded: their threads may outlast a shutdown.
 class Functions {
@@ -26,15 +32,15 @@ class Functions {
   /// Success when every function was found.
   HRESULT result() const { return result_; }
 
-  decltype(&MFStartup) startup = nullptr;
-  decltype(&MFShutdown) shutdown = nullptr;
-  decltype(&MFCreateAttributes) createAttributes = nullptr;
-  decltype(&MFCreateMediaType) createMediaType = nullptr;
-  decltype(&MFCreateSample) createSample = nullptr;
-  decltype(&MFCreateMemoryBuffer) createMemoryBuffer = nullptr;
-  decltype(&MFCreateDXGISurfaceBuffer) createDXGISurfaceBuffer = nullptr;
-  decltype(&MFCreateDXGIDeviceManager) createDXGIDeviceManager = nullptr;
-  decltype(&MFCreateSinkWriterFromURL) createSinkWriterFromURL = nullptr;
+  decltype(&MFStartup) startup = Missing;
+  decltype(&MFShutdown) shutdown = Missing;
+  decltype(&MFCreateAttributes) createAttributes = Missing;
+  decltype(&MFCreateMediaType) createMediaType = Missing;
+  decltype(&MFCreateSample) createSample = Missing;
+  decltype(&MFCreateMemoryBuffer) createMemoryBuffer = Missing;
+  decltype(&MFCreateDXGISurfaceBuffer) createDXGISurfaceBuffer = Missing;
+  decltype(&MFCreateDXGIDeviceManager) createDXGIDeviceManager = Missing;
+  decltype(&MFCreateSinkWriterFromURL) createSinkWriterFromURL = Missing;
 
  private:
   HMODULE Load(const wchar_t* name) {
@@ -50,7 +56,9 @@ class Functions {
     }
     void* address = reinterpret_cast<void*>(GetProcAddress(library, name));
     KeepError(address != nullptr);
-    function = reinterpret_cast<Function>(address);
+    if (address != nullptr) {
+      function = reinterpret_cast<Function>(address);
+    }
   }
 
   void KeepError(bool found) {
@@ -63,8 +71,8 @@ class Functions {
 };
 
 const Functions& Loaded() {
-  static const Functions functions;
-  return functions;
+  static const Functions kFunctions;
+  return kFunctions;
 }
 
 class System final : public MediaFoundation {

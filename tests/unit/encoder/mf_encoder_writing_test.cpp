@@ -279,6 +279,8 @@ TEST_F(MFEncoderWritingTest, SoundIsTakenOnlyWhileWriting) {
   EXPECT_TRUE(encoder_->Stop());
   EXPECT_FALSE(ProcessAudio("microphone", 1280));
   EXPECT_THAT(stage_.samples(), IsEmpty());
+  const std::string text = "Cannot process audio frame: not capturing or sink writer is null";
+  EXPECT_THAT(TakeErrors(), ElementsAre(text, text));
 }
 
 TEST_F(MFEncoderWritingTest, EachFailureOfSoundLosesTheChunkAlone) {

@@ -5,7 +5,7 @@
 namespace brisolte {
 namespace {
 
-constexpr std::int64_t kDay = 24 * 60 * 60;
+constexpr std::int64_t kDay = 86'400;
 
 TEST(SampleTime, IsTheMillisecondsInUnitsOf100Nanoseconds) {
   EXPECT_EQ(SampleTime(0), 0);
@@ -39,7 +39,7 @@ TEST(AudioSampleTime, FollowsEveryChunkOfADayToTheLastUnit) {
 
 TEST(AudioSampleTime, DoesNotOverflowWhereTheProductWould) {
   // Five years at the highest rate of devices: the frames times the units of a second exceed 64 bits.
-  constexpr std::int64_t kSeconds = 5 * 365 * kDay;
+  constexpr std::int64_t kSeconds = kDay * 5 * 365;
   EXPECT_EQ(AudioSampleTime(kSeconds * 384'000 + 1, 384'000), kSeconds * 10'000'000 + 26);
 }
 

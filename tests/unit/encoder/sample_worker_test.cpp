@@ -239,6 +239,8 @@ TEST_F(SampleWorkerTest, DestroysTheSinkOnItsOwnThreadBeforeStopReturns) {
   class KnowingSink final : public WritingSink {
    public:
     KnowingSink(Writes& writes, std::thread::id& where) : WritingSink(writes), where_(where) {}
+    KnowingSink(const KnowingSink&) = delete;
+    KnowingSink& operator=(const KnowingSink&) = delete;
     ~KnowingSink() override { where_ = std::this_thread::get_id(); }
 
    private:

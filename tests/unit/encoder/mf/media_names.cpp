@@ -15,39 +15,32 @@ struct Name {
   const char* text;
 };
 
-#define NAME(guid) \
-  Name {           \
-    &guid, #guid   \
-  }
-
 const std::array kNames{
-    NAME(MF_TRANSCODE_CONTAINERTYPE),
-    NAME(MFTranscodeContainerType_MPEG4),
-    NAME(MF_SINK_WRITER_D3D_MANAGER),
-    NAME(MF_MT_MAJOR_TYPE),
-    NAME(MF_MT_SUBTYPE),
-    NAME(MF_MT_AVG_BITRATE),
-    NAME(MF_MT_FRAME_RATE),
-    NAME(MF_MT_MAX_KEYFRAME_SPACING),
-    NAME(MF_MT_PIXEL_ASPECT_RATIO),
-    NAME(MF_MT_FRAME_SIZE),
-    NAME(MF_MT_INTERLACE_MODE),
-    NAME(MF_MT_AUDIO_NUM_CHANNELS),
-    NAME(MF_MT_AUDIO_SAMPLES_PER_SECOND),
-    NAME(MF_MT_AUDIO_BITS_PER_SAMPLE),
-    NAME(MF_MT_AUDIO_BLOCK_ALIGNMENT),
-    NAME(MF_MT_AUDIO_AVG_BYTES_PER_SECOND),
-    NAME(MFMediaType_Video),
-    NAME(MFMediaType_Audio),
-    NAME(MFVideoFormat_H264),
-    NAME(MFVideoFormat_HEVC),
-    NAME(MFVideoFormat_NV12),
-    NAME(MFAudioFormat_PCM),
-    NAME(MFAudioFormat_Float),
-    NAME(MFAudioFormat_AAC),
+    Name{&MF_TRANSCODE_CONTAINERTYPE, "MF_TRANSCODE_CONTAINERTYPE"},
+    Name{&MFTranscodeContainerType_MPEG4, "MFTranscodeContainerType_MPEG4"},
+    Name{&MF_SINK_WRITER_D3D_MANAGER, "MF_SINK_WRITER_D3D_MANAGER"},
+    Name{&MF_MT_MAJOR_TYPE, "MF_MT_MAJOR_TYPE"},
+    Name{&MF_MT_SUBTYPE, "MF_MT_SUBTYPE"},
+    Name{&MF_MT_AVG_BITRATE, "MF_MT_AVG_BITRATE"},
+    Name{&MF_MT_FRAME_RATE, "MF_MT_FRAME_RATE"},
+    Name{&MF_MT_MAX_KEYFRAME_SPACING, "MF_MT_MAX_KEYFRAME_SPACING"},
+    Name{&MF_MT_PIXEL_ASPECT_RATIO, "MF_MT_PIXEL_ASPECT_RATIO"},
+    Name{&MF_MT_FRAME_SIZE, "MF_MT_FRAME_SIZE"},
+    Name{&MF_MT_INTERLACE_MODE, "MF_MT_INTERLACE_MODE"},
+    Name{&MF_MT_AUDIO_NUM_CHANNELS, "MF_MT_AUDIO_NUM_CHANNELS"},
+    Name{&MF_MT_AUDIO_SAMPLES_PER_SECOND, "MF_MT_AUDIO_SAMPLES_PER_SECOND"},
+    Name{&MF_MT_AUDIO_BITS_PER_SAMPLE, "MF_MT_AUDIO_BITS_PER_SAMPLE"},
+    Name{&MF_MT_AUDIO_BLOCK_ALIGNMENT, "MF_MT_AUDIO_BLOCK_ALIGNMENT"},
+    Name{&MF_MT_AUDIO_AVG_BYTES_PER_SECOND, "MF_MT_AUDIO_AVG_BYTES_PER_SECOND"},
+    Name{&MFMediaType_Video, "MFMediaType_Video"},
+    Name{&MFMediaType_Audio, "MFMediaType_Audio"},
+    Name{&MFVideoFormat_H264, "MFVideoFormat_H264"},
+    Name{&MFVideoFormat_HEVC, "MFVideoFormat_HEVC"},
+    Name{&MFVideoFormat_NV12, "MFVideoFormat_NV12"},
+    Name{&MFAudioFormat_PCM, "MFAudioFormat_PCM"},
+    Name{&MFAudioFormat_Float, "MFAudioFormat_Float"},
+    Name{&MFAudioFormat_AAC, "MFAudioFormat_AAC"},
 };
-
-#undef NAME
 
 }  // namespace
 

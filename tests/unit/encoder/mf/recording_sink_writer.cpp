@@ -74,6 +74,8 @@ class RecordingMediaSink final : public standins::ComObject<IMFMediaSink> {
 class RecordingSinkWriter final : public standins::ComObject<IMFSinkWriter> {
  public:
   explicit RecordingSinkWriter(MediaStage& stage) : stage_(stage) {}
+  RecordingSinkWriter(const RecordingSinkWriter&) = delete;
+  RecordingSinkWriter& operator=(const RecordingSinkWriter&) = delete;
 
   HRESULT STDMETHODCALLTYPE AddStream(IMFMediaType* type, DWORD* index) override {
     const auto number = std::to_string(streams_);
