@@ -130,8 +130,8 @@ export class Brisolte {
   setOutputDir(directory: string): boolean;
 
   /**
-   * The name of an FFmpeg video encoder, "libx264" at first, or "mf_h264" or "mf_hevc" for Media Foundation. It decides
-   * the container of the file: MP4, WebM, MOV or AVI.
+   * The name of an FFmpeg video encoder, "libx264" at first, or "mf_h264" or "mf_hevc" for Media Foundation, which has
+   * not encoded on a real Windows yet. It decides the container of the file: MP4, WebM, MOV or AVI.
    */
   setEncoder(name: string): boolean;
 
