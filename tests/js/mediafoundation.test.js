@@ -9,6 +9,8 @@ const { assertRecording } = require('./support/check');
 const { openPattern } = require('./support/desktop');
 const { Log } = require('./support/log');
 const { recordAll } = require('./support/recording');
+const { scenario } = require('./support/scenario');
+const { scratchFolder } = require('./support/scratch');
 
 const SIZE = { width: 320, height: 192 };
 const NOT_IMPLEMENTED = 'HRESULT: 0x80004001';
@@ -57,4 +59,28 @@ test('a sink writer that cannot encode fails the start, and the same instance re
     assertRecording(recordings[i], { picture: window.picture, exact: false });
     assert.deepEqual(linesOf(recordings[i].log).errors, []);
   }
+});
+
+test('sound alone that the sink writer cannot take fails the start', async () => {
+  const { value } = await scenario(
+    ({ Brisolte, log }, { dir }) => {
+      const capture = new Brisolte();
+      capture.setOutputDir(dir);
+      capture.setMode(-1);
+      capture.setEncoder('mf_hevc');
+      capture.setMicrophoneDevice(capture.getMicrophones()[0].id);
+      const mark = log.mark();
+      const started = capture.startRecord();
+      const outcome = { started, file: capture.getSaveFilePath(), errors: log.since(mark).errors };
+      capture.setEncoder('libx264');
+      return { ...outcome, after: [capture.startRecord(), capture.stopRecord()] };
+    },
+    { dir: scratchFolder() },
+  );
+  assert.equal(value.started, false);
+  assert.equal(path.extname(value.file), '.m4a');
+  assert.ok(value.errors[0].startsWith(`Failed to set input media type: ${NOT_IMPLEMENTED}`), value.errors[0]);
+  assert.equal(value.errors[1], 'Failed to create microphone audio stream');
+  assert.equal(value.errors.at(-1), 'Failed to create video capture');
+  assert.deepEqual(value.after, [true, true]);
 });
