@@ -1,5 +1,6 @@
 #include "encoder/mf/sample_worker.h"
 
+#include <system_error>
 #include <utility>
 
 #include "common/guarded.h"
@@ -26,6 +27,9 @@ void SampleWorker::Stop() {
     running_ = false;
   }
   changed_.notify_all();
+  if (thread_.get_id() == std::this_thread::get_id()) {
+    throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur));
+  }
   if (thread_.joinable()) {
     thread_.join();
   }
