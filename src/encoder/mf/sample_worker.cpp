@@ -21,12 +21,16 @@ void SampleWorker::Start(MakeSink makeSink) {
   }
 }
 
-void SampleWorker::Stop() {
+void SampleWorker::End() {
   {
     const std::scoped_lock lock(mutex_);
     running_ = false;
   }
   changed_.notify_all();
+}
+
+void SampleWorker::Stop() {
+  End();
   if (thread_.get_id() == std::this_thread::get_id()) {
     throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur));
   }

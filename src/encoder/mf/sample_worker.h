@@ -55,7 +55,7 @@ class SampleWorker {
   SampleWorker() = default;
   SampleWorker(const SampleWorker&) = delete;
   SampleWorker& operator=(const SampleWorker&) = delete;
-  ~SampleWorker() { Stop(); }
+  ~SampleWorker() { End(); }
 
   /// Starts the thread, which makes its sink first. Raises std::system_error when the system gives none.
   void Start(MakeSink makeSink);
@@ -80,6 +80,8 @@ class SampleWorker {
   using Lock = std::unique_lock<std::mutex>;
   using Bytes = std::deque<std::uint8_t>;
 
+  /// Tells the thread to end.
+  void End();
   void Run(const MakeSink& makeSink);
   void RunWith(SampleSink& sink);
   bool HasChunk(const Bytes& bytes) const;
@@ -96,7 +98,7 @@ class SampleWorker {
   Bytes microphone_;
   Bytes speaker_;
 
-  std::jthread thread_;
+  std::jthread thread_;  ///< goes first, and waits for the thread
 };
 
 }  // namespace brisolte
