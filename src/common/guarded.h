@@ -10,13 +10,13 @@ namespace brisolte {
 /// Runs `step`, which gives a bool; an exception becomes an ERROR line and false. The routine reads "in ..."
 /// or "during ...".
 template <typename Step>
-bool Guarded(const std::string& prefix, const std::string& routine, Step step) {
+bool Guarded(const char* prefix, const char* routine, Step step) {
   try {
     return step();
   } catch (const std::exception& error) {
-    Logger::Error(prefix + "Exception " + routine + ": " + error.what());
+    Logger::Error(std::string(prefix) + "Exception " + routine + ": " + error.what());
   } catch (...) {
-    Logger::Error(prefix + "Unknown exception " + routine);
+    Logger::Error(std::string(prefix) + "Unknown exception " + routine);
   }
   return false;
 }
