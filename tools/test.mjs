@@ -1,6 +1,6 @@
 // Builds everything and runs every test: node tools/test.mjs [layer ...] [--only TEXT]
 //
-// Layers: style (formatter, linter), linux, linux-asan, linux-tsan (the portable code, also under sanitizers), windows
+// Layers: style (formatter, linter), linux, linux-asan, linux-tsan (the portable code, also under sanitizers), fuzz, windows
 // (the same and the Windows code under Wine), javascript (the module that ships, in Node.js for Windows under Wine).
 // --only runs the test programs or files whose name contains TEXT.
 

@@ -21,6 +21,7 @@ export const layers = {
     run: runLinuxProgram,
   },
   'linux-tsan': { title: 'portable code under ThreadSanitizer', preset: 'linux-tsan', run: runLinuxProgram },
+  fuzz: { title: 'portable code fed by libFuzzer', preset: 'fuzz', run: runFuzzer },
   windows: { title: 'Windows programs under Wine', preset: 'windows', run: runWindowsProgram },
   javascript: { title: 'JavaScript in Node.js for Windows under Wine', preset: 'windows', run: runJavascript },
 };
@@ -32,7 +33,7 @@ export const layers = {
 export async function runLayer(name, wanted, note) {
   const { preset, run } = layers[name];
   const total = { passed: 0, failed: 0, broken: [] };
-  const files = name === 'javascript' ? javascriptTests() : testPrograms(preset);
+  const files = { javascript: javascriptTests, fuzz: fuzzers }[name]?.() ?? testPrograms(preset);
   for (const file of files.filter(wanted)) {
     note(basename(file));
     const { passed, failed, code } = await run(file, name);
@@ -56,6 +57,9 @@ function javascriptTests() {
   return [...filesIn(folder), ...filesIn(join(folder, 'faults'))].filter((file) => file.endsWith('.test.js'));
 }
 
+/** The programs that libFuzzer drives. */
+export const fuzzers = () => filesIn(join(buildDir('fuzz'), 'fuzz')).filter((file) => basename(file).startsWith('fuzz_'));
+
 function filesIn(folder) {
   return existsSync(folder) ? readdirSync(folder).map((name) => join(folder, name)) : [];
 }
@@ -74,6 +78,24 @@ async function runLinuxProgram(program, layer) {
   const limited = ['timeout', '--signal=KILL', String(PROGRAM_LIMIT_S), ...words];
   const code = await runInRoot(limited, { env, writable: [resultsDir] });
   return { ...googleTestCounts(results), code };
+}
+
+// The same inputs at every run, for a few seconds; `npm run fuzz` looks for new ones.
+const FUZZ_RUNS = { fuzz_frames: 3000, fuzz_sounds: 3000, fuzz_wave_formats: 300_000 };
+
+async function runFuzzer(program) {
+  const name = basename(program);
+  if (!FUZZ_RUNS[name]) {
+    throw new Error(`how often ${name} runs is not said`);
+  }
+  const code = await fuzz(program, ['-seed=1', `-runs=${FUZZ_RUNS[name]}`]);
+  return { passed: code === 0 ? 1 : 0, failed: code === 0 ? 0 : 1, code };
+}
+
+/** Lets libFuzzer drive a program; an input that breaks it is kept in build/fuzz. Gives the exit code. */
+export function fuzz(program, options) {
+  const words = ['-max_len=4096', '-timeout=20', '-verbosity=0', `-artifact_prefix=${buildDir('fuzz')}/`, ...options];
+  return runInRoot([program, ...words]);
 }
 
 async function runWindowsProgram(program, layer) {
