@@ -2,6 +2,9 @@
 
 #include <gmock/gmock.h>
 
+#include <algorithm>
+#include <random>
+
 #include "support/captured_log.h"
 
 namespace brisolte {
@@ -64,6 +67,23 @@ TEST(Conversion, OfNothingIsNothingAndLogsNothing) {
 
 TEST(ToUtf8, ConvertsUtf16) {
   EXPECT_EQ(ToUtf8(L"a\u00FC\xD83C\xDFA5"), "a\xC3\xBC\xF0\x9F\x8E\xA5");
+}
+
+// Titles of windows and paths of callers are whatever others made them.
+TEST(Conversion, TakesAnyText) {
+  const CapturedLog log;
+  const auto seed = std::random_device()();
+  SCOPED_TRACE(seed);
+  std::mt19937 random(seed);
+  for (int round = 0; round < 20'000; ++round) {
+    std::string bytes(random() % 64, ' ');
+    std::ranges::generate(bytes, [&] { return static_cast<char>(random()); });
+    std::wstring units(random() % 64, L' ');
+    std::ranges::generate(units, [&] { return static_cast<wchar_t>(random()); });
+    EXPECT_LE(ToWide(bytes).size(), bytes.size());
+    EXPECT_LE(ToUtf8(units).size(), 3 * units.size());
+    PathToUtf8(PathFromUtf8(bytes));
+  }
 }
 
 #endif
