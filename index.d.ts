@@ -4,9 +4,9 @@ export interface Rect {
   top: number;
   right: number;
   bottom: number;
-  /** right minus left */
+  /** `right` minus `left`. */
   width: number;
-  /** bottom minus top */
+  /** `bottom` minus `top`. */
   height: number;
 }
 
@@ -14,8 +14,9 @@ export interface Rect {
 export interface Monitor {
   /** Position in the list, from 0; what `setMonitor` takes. */
   index: number;
-  /** Device name; what `setMonitorByName` takes. */
+  /** Device name, such as `\\.\DISPLAY1`; what `setMonitorByName` takes. */
   name: string;
+  /** Whether the desktop's origin (0, 0) is on it. */
   isPrimary: boolean;
   /** The whole monitor in desktop coordinates. */
   rect: Rect;
@@ -26,7 +27,9 @@ export interface Window {
   /** What `setWindow` takes. */
   handle: number;
   title: string;
+  /** The name under which its program registered this kind of window. */
   className: string;
+  /** Where it is, in desktop coordinates. */
   rect: Rect;
 }
 
@@ -34,9 +37,11 @@ export interface Window {
 export interface AudioDevice {
   /** What `setMicrophoneDevice` or `setSpeakerDevice` takes. */
   id: string;
+  /** The name that Windows shows to users. */
   name: string;
   /** Whether it is the default speaker, or the default microphone for communication. */
   isDefault: boolean;
+  /** Whether it can be used now; the lists have only such devices. */
   isActive: boolean;
 }
 
@@ -46,10 +51,11 @@ export interface VideoCodec {
   id: number;
   /** What `setEncoder` takes. */
   name: string;
+  /** FFmpeg's words for it. */
   description: string;
   /** Whether it runs on a hardware block. */
   isHardwareAccel: boolean;
-  /** Names of the pixel formats it accepts. */
+  /** FFmpeg's names of the pixel formats it accepts. */
   pixelFormats: string[];
 }
 
@@ -70,106 +76,234 @@ export type LogLevel = 0 | 1 | 2 | 3 | 4 | 5;
 /**
  * Records the screen, a window or a region to a video file.
  *
- * Setters answer `false` and change nothing while a recording runs; those with a number, text, flag or object throw an
- * `Error` for an argument of another type or out of range. What goes wrong otherwise is told by a `false` result and a
- * line on standard output.
+ * Each instance has settings and a recording of its own; the log level is shared. Settings stay from one recording to the
+ * next. While a recording runs, every setter but `setLogLevel` answers `false` and changes nothing.
+ *
+ * An argument of another type than the declared one, or out of range, throws an `Error`; numbers lose their fraction. What
+ * goes wrong otherwise is told by a `false` result and a line on standard output.
+ *
+ * An instance that is collected as garbage ends its recording: keep a reference while it records.
  */
 export class Brisolte {
-  /** Throws an `Error` when the machine has no Direct3D 11 device. */
+  /**
+   * Makes an instance with the default settings. Nothing is captured yet.
+   *
+   * @throws {Error} "Failed to initialize Direct3D11 device" on a machine or in a session without a Direct3D 11 device
+   * @throws {TypeError} when called without `new`
+   */
   constructor();
 
   /**
    * Starts a recording into a new file in the output directory; see `getSaveFilePath`.
-   * Answers `false` when it cannot. Throws an `Error` when a part of the recording was made but would not start or the
-   * file could not be prepared; the instance can be used again.
+   *
+   * @returns `false` when it cannot start; the log says why
+   * @throws {Error} when all parts of the recording were made but one would not start, or the file could not be prepared;
+   *   the instance can be used again
    */
   startRecord(): boolean;
 
-  /** Ends the recording and completes its file. Answers `false` when none runs. */
+  /**
+   * Ends the recording and completes its file. Blocks until what was captured is encoded and written.
+   *
+   * @returns `false` when none runs
+   */
   stopRecord(): boolean;
 
+  /**
+   * Tells whether a recording runs.
+   *
+   * @returns `true` from a successful `startRecord` until `stopRecord`, also when nothing is captured any more because the
+   *   window was closed
+   */
   isCapturing(): boolean;
 
-  /** The monitors, in the system's order. */
+  /**
+   * Lists the monitors.
+   *
+   * @returns the monitors in the system's order, made anew at each call
+   * @throws {Error} "Error getting monitors: " and the reason
+   */
   getMonitors(): Monitor[];
 
-  /** The windows, from front to back. */
+  /**
+   * Lists the windows that can be recorded.
+   *
+   * @returns the windows from front to back, made anew at each call
+   * @throws {Error} "Error getting windows: " and the reason
+   */
   getWindows(): Window[];
 
   /**
-   * Writes one picture of the current target as a PNG file, also while a recording runs. Takes about a fifth of a second,
-   * for which it blocks. An existing file is replaced when the new one is complete, and stays when the screenshot fails.
+   * Writes one picture of the current target as a PNG file, also while a recording runs. Blocks for about a fifth of a
+   * second. An existing file is replaced when the new one is complete, and stays when the screenshot fails.
    *
    * A region is cut out of the picture of the monitor nearest to it, at its desktop coordinates: it is exact on a monitor
    * that begins at (0, 0). One that begins left of the picture or above it keeps its size and is moved to its edge.
    *
-   * Answers `false` when there is no such target (a hidden or minimised window is not restored), no picture in time, or
-   * the file cannot be written. Throws an `Error` when the capture service refuses.
+   * @param filePath the file to write; its folder must exist
+   * @returns `false` when there is no such target (a hidden or minimised window is not restored), no picture in time, or
+   *   the file cannot be written
+   * @throws {Error} when the capture service refuses
    */
   captureScreenshot(filePath: string): boolean;
 
-  /** Chooses what is recorded; its target is what was set last. */
+  /**
+   * Chooses what is recorded; its target is what was set last.
+   *
+   * @param mode 0 at first
+   * @returns `false` while a recording runs
+   */
   setMode(mode: CaptureMode): boolean;
 
-  /** Records the monitor with this index. */
+  /**
+   * Records a monitor. Sets the mode to 0. Whether the monitor exists is seen when a recording starts.
+   *
+   * @param index a `Monitor`'s `index`; 0 at first
+   * @returns `false` while a recording runs
+   */
   setMonitor(index: number): boolean;
 
-  /** Records the monitor with exactly this name. Answers `false` when there is none. */
+  /**
+   * Records a monitor. Sets the mode to 0.
+   *
+   * @param name exactly a `Monitor`'s `name`
+   * @returns `false` when no monitor has this name, or while a recording runs
+   */
   setMonitorByName(name: string): boolean;
 
-  /** Records the window with this handle. */
+  /**
+   * Records a window. Sets the mode to 1. Whether the window exists is seen when a recording starts.
+   *
+   * @param handle a `Window`'s `handle`
+   * @returns `false` while a recording runs
+   */
   setWindow(handle: number): boolean;
 
-  /** Records a region of the monitor that was set. */
+  /**
+   * Records a region of the monitor that was set. Sets the mode to 2. What lies beyond the monitor is black; with a width
+   * or a height of 0 or less the size is the monitor's.
+   *
+   * @param region in desktop coordinates, as monitors' rectangles are
+   * @returns `false` while a recording runs
+   */
   setRegion(region: Region): boolean;
 
-  /** Frames per second, 1 to 120; 30 at first. */
+  /**
+   * Sets how many frames a second are recorded at most. A picture that does not change is not recorded again.
+   *
+   * @param framesPerSecond 1 to 120; 30 at first
+   * @returns `false` while a recording runs
+   */
   setFrameRate(framesPerSecond: number): boolean;
 
-  /** Takes an existing directory for the files. Answers `false` for anything else. */
+  /**
+   * Sets where recordings go. Without it they go to the root of the current drive.
+   *
+   * @param directory an existing directory
+   * @returns `false` for anything else, or while a recording runs
+   */
   setOutputDir(directory: string): boolean;
 
   /**
-   * The name of an FFmpeg video encoder, "libx264" at first, or "mf_h264" or "mf_hevc" for Media Foundation, which has
-   * not encoded on a real Windows yet. It decides the container of the file: MP4, WebM, MOV or AVI.
+   * Chooses the video encoder, which also decides the container: MP4, WebM, MOV or AVI. Whether it works is seen when a
+   * recording starts.
+   *
+   * @param name a `VideoCodec`'s `name`, or "mf_h264" or "mf_hevc" for Media Foundation; "libx264" at first
+   * @returns `false` while a recording runs
    */
   setEncoder(name: string): boolean;
 
-  /** Bits per second of the video, 100000 to 50000000; 5000000 at first. */
+  /**
+   * Sets the bit rate of the picture.
+   *
+   * @param bitsPerSecond 100000 to 50000000; 5000000 at first
+   * @returns `false` while a recording runs
+   */
   setBitrate(bitsPerSecond: number): boolean;
 
-  /** Stored, but not applied: the capture service's own default holds. */
+  /**
+   * Stores whether the cursor is wanted. Not applied: the cursor is recorded.
+   *
+   * @param capture `true` at first
+   * @returns `false` while a recording runs
+   */
   setCursorCapture(capture: boolean): boolean;
 
-  /** Stored, but not applied: the capture service's own default holds. */
+  /**
+   * Stores whether a border around the target is wanted. Not applied: Windows shows its own.
+   *
+   * @param highlight `false` at first
+   * @returns `false` while a recording runs
+   */
   setBorderHighlight(highlight: boolean): boolean;
 
-  /** How much is written to standard output, for all instances of the process. */
+  /**
+   * Sets how much is written to standard output, for all instances of the process, at any time.
+   *
+   * @param level lines of this level and above are written; 2 at first
+   */
   setLogLevel(level: LogLevel): void;
 
+  /**
+   * Tells how much is written to standard output.
+   *
+   * @returns the level of all instances of the process
+   */
   getLogLevel(): LogLevel;
 
-  /** The path of the latest recording; "" before the first. */
+  /**
+   * Tells where the latest recording is, from its start on.
+   *
+   * @returns the full path of the file, also when that recording failed to start; "" before the first
+   */
   getSaveFilePath(): string;
 
-  /** The active microphones; the default one is that for communication. */
+  /**
+   * Lists the microphones.
+   *
+   * @returns the active ones, made anew at each call; empty when the thread that calls is in COM's multithreaded apartment
+   * @throws {Error} "Error getting microphones: " and the reason
+   */
   getMicrophones(): AudioDevice[];
 
-  /** The active speakers. */
+  /**
+   * Lists the speakers.
+   *
+   * @returns the active ones, made anew at each call; empty when the thread that calls is in COM's multithreaded apartment
+   * @throws {Error} "Error getting speakers: " and the reason
+   */
   getSpeakers(): AudioDevice[];
 
-  /** The microphone to record; "" for none. Whether it is there is seen when a recording starts. */
+  /**
+   * Sets the microphone to record. Whether it is there is seen when a recording starts.
+   *
+   * @param id an `AudioDevice`'s `id`; "" for none, which it is at first
+   * @returns `false` while a recording runs
+   */
   setMicrophoneDevice(id: string): boolean;
 
-  /** The speaker whose sound is recorded, as it is played; "" for none. */
+  /**
+   * Sets the speaker whose sound is recorded, as it is played.
+   *
+   * @param id an `AudioDevice`'s `id`; "" for none, which it is at first
+   * @returns `false` while a recording runs
+   */
   setSpeakerDevice(id: string): boolean;
 
   /**
-   * Bits per second of the sound, above 0; 128000 at first. Only `mf_h264` and `mf_hevc` follow it: sound beside FFmpeg's
-   * encoders always has 128 kbit/s.
+   * Sets the bit rate of the sound. Only `mf_h264` and `mf_hevc` follow it: sound beside FFmpeg's encoders always has
+   * 128 kbit/s.
+   *
+   * @param bitsPerSecond 128000 at first
+   * @returns `false` for 0 and below, or while a recording runs
    */
   setAudioBitrate(bitsPerSecond: number): boolean;
 
-  /** The video encoders that work on this machine. Hardware encoders are tried at every call. */
+  /**
+   * Lists the video encoders of the package's FFmpeg that work on this machine. Hardware encoders are opened to find out,
+   * at every call. "mf_h264" and "mf_hevc", which are not FFmpeg's, are not in the list.
+   *
+   * @throws {Error} "Error getting supported video codecs: " and the reason
+   */
   getSupportVideoCodec(): VideoCodec[];
 }

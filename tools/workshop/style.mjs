@@ -1,7 +1,8 @@
-// The formatter and the linter over all of our own files.
+// The formatter and the linter over all of our own files, and the page that is made from another.
 
 import { readdirSync } from 'node:fs';
 import { join } from 'node:path';
+import { isReferenceCurrent } from '../reference/reference.mjs';
 import { runThrough } from './processes.mjs';
 import { npmPackages } from './npm-packages.mjs';
 import { WorkshopError } from './report.mjs';
@@ -14,7 +15,7 @@ const cppFiles = () =>
       .map((name) => join(folder, name)),
   );
 
-/** @throws {WorkshopError} when a file is not as the formatter or the linter wants it */
+/** @throws {WorkshopError} when a file is not as the formatter, the linter or its source wants it */
 export async function checkStyle() {
   await npmPackages(treeDir);
   if ((await runInRoot(['clang-format', '--dry-run', '--Werror', ...cppFiles()])) !== 0) {
@@ -22,6 +23,9 @@ export async function checkStyle() {
   }
   if ((await runThrough(['npx', 'eslint', '.'], { cwd: treeDir })) !== 0) {
     throw new WorkshopError('The linter found something; its list is above.');
+  }
+  if (!(await isReferenceCurrent())) {
+    throw new WorkshopError('docs/api.md is not what index.d.ts says any more; npm run reference makes it anew.');
   }
 }
 

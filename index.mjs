@@ -1,0 +1,4 @@
+import brisolte from './index.js';
+
+export const { Brisolte } = brisolte;
+export default brisolte;
