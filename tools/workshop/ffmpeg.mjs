@@ -24,7 +24,8 @@ export async function ffmpegLibraries() {
 export const ffmpegTools = async () =>
   `${await byRecipe('ffmpeg-tools', 'FFmpeg programs for the tests', [`${await ffmpegSources()}/ffmpeg`])}/bin`;
 
-const ffmpegSources = () =>
+/** The sources of FFmpeg and its codec libraries, a folder each. */
+export const ffmpegSources = () =>
   byRecipe('fetch-sources', `Source tarballs: ${PACKAGES.join(', ')}`, [], (folder) => [folder, ...PACKAGES]);
 
 /** The entry that the recipe of this name fills; a recipe takes the folders it needs, then the folder to fill. */

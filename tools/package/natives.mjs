@@ -1,0 +1,51 @@
+// The package's native files: which they are, what they are for, and what they need of the system.
+
+import { basename, join } from 'node:path';
+import { buildRoot } from '../workshop/build-root.mjs';
+import { outputOf } from '../workshop/processes.mjs';
+import { sandboxed } from '../workshop/sandbox.mjs';
+import { WorkshopError } from '../workshop/report.mjs';
+import { treeDir } from '../workshop/tree.mjs';
+
+const FOLDER = 'prebuilds/win32-x64';
+
+const PURPOSES = [
+  [/^brisolte\.node$/, 'the module: capture, sound, Media Foundation, and the C++ runtime'],
+  [/^avcodec-\d+\.dll$/, 'encoders: 6 MB of x265, 2 of x264, 2 of libvpx (VP8, VP9), the rest FFmpeg’s own and LAME (MP3)'],
+  [/^avformat-\d+\.dll$/, 'MP4, MOV, WebM, AVI and MP3 files'],
+  [/^avutil-\d+\.dll$/, 'what the other FFmpeg libraries share'],
+  [/^swresample-\d+\.dll$/, 'conversion of sound to the encoder’s format'],
+  [/^swscale-\d+\.dll$/, 'conversion of pictures for encoders that do not take NV12'],
+];
+
+// Of Windows itself, in every edition that the module runs on.
+const SYSTEM = /^(advapi32|avrt|bcrypt|d3d11|dxgi|gdi32|kernel32|mf|mfplat|mfreadwrite|mfuuid|msvcrt|ole32|oleaut32|propsys|psapi|shell32|shlwapi|user32|uuid|windowscodecs|ws2_32|ucrtbase|api-ms-win-[a-z0-9-]+)\.dll$/i;
+
+/** What a file of the package is for, if it is a native one. */
+export const purposeOf = (path) => PURPOSES.find(([name]) => name.test(basename(path)))?.[1];
+
+const isNative = (path) => /\.(node|dll|exe|so|dylib|a|lib|pdb)(\.|$)/i.test(path);
+
+/** @throws {WorkshopError} when the listed files are not exactly the native files that a user needs */
+export async function checkNatives(paths) {
+  const natives = paths.filter(isNative);
+  const strange = natives.filter((path) => !path.startsWith(`${FOLDER}/`) || !purposeOf(path));
+  const missing = PURPOSES.filter(([name]) => natives.filter((path) => name.test(basename(path))).length !== 1);
+  if (strange.length > 0 || missing.length > 0) {
+    const names = missing.map(([name]) => name.source);
+    throw new WorkshopError(`the package has ${strange.join(', ') || 'nothing'} too much and lacks ${names.join(', ') || 'nothing'}`);
+  }
+  const root = await buildRoot();
+  const here = new Set(natives.map((path) => basename(path).toLowerCase()));
+  for (const path of natives) {
+    const unknown = importsOf(root, join(treeDir, path)).filter((name) => !SYSTEM.test(name) && !here.has(name.toLowerCase()));
+    if (unknown.length > 0) {
+      throw new WorkshopError(`${path} needs ${unknown.join(', ')}, which neither the package nor every Windows has`);
+    }
+  }
+}
+
+function importsOf(root, file) {
+  const dump = outputOf(sandboxed(root, ['x86_64-w64-mingw32-objdump', '-p', file], { readable: [treeDir] }));
+  return [...dump.matchAll(/DLL Name: (\S+)/g)].map(([, name]) => name);
+}
