@@ -1,6 +1,6 @@
 // Sets up all that is missing, records the screen of a Windows session, and shows what is in the file.
 
-import { mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
+import { mkdirSync, mkdtempSync, readdirSync, rmSync, statSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import { dirname, join, resolve } from 'node:path';
 import { parseArgs } from 'node:util';
@@ -37,6 +37,9 @@ const OPTIONS = {
   verbose: { type: 'boolean', default: false },
   help: { type: 'boolean', default: false },
 };
+
+const CONTENT_TITLE = 'Brisolte demo';
+const DEFAULT_REGION = { left: 320, top: 180, width: 640, height: 360 };
 
 await main(async () => {
   const request = readRequest();
@@ -96,24 +99,22 @@ function screenshotPath({ json }, outputDir) {
   return join(folder, 'screenshot.png');
 }
 
-/** Records in Node.js for Windows, and takes the screenshot if one is wanted; gives the path of the finished file. */
+/** Runs the example recorder in Node.js for Windows, before something to see and hear; gives the path of its recording. */
 async function record(request, outputDir, screenshot) {
   const scratchDir = mkdtempSync(join(tmpdir(), 'brisolte-demo-'));
   try {
     const requestFile = join(scratchDir, 'request.json');
-    const resultFile = join(scratchDir, 'result.json');
     const inWindows = {
-      ...request,
-      packageDir: windowsPath(treeDir),
+      contentTitle: CONTENT_TITLE,
       contentProgram: windowsPath(join(buildDir('windows'), 'pattern', 'pattern.exe')),
       toneProgram: windowsPath(join(buildDir('windows'), 'pattern', 'tone.exe')),
       scratchDir: windowsPath(scratchDir),
-      outputDir: windowsPath(outputDir),
-      screenshotFile: screenshot && windowsPath(screenshot),
-      resultFile: windowsPath(resultFile),
+      audio: request.audio,
+      seconds: request.seconds,
+      script: recorderWords(request, outputDir, screenshot),
     };
     writeFileSync(requestFile, JSON.stringify(inWindows));
-    const code = await runUnderWine('node', [windowsPath(join(treeDir, 'tools/demo/recorder.cjs')), windowsPath(requestFile)], {
+    const code = await runUnderWine('node', [windowsPath(join(treeDir, 'tools/demo/stage.cjs')), windowsPath(requestFile)], {
       standins: true,
       timeout: request.seconds + 120,
       writable: [scratchDir, outputDir, ...(screenshot ? [dirname(screenshot)] : [])],
@@ -121,11 +122,33 @@ async function record(request, outputDir, screenshot) {
     if (code !== 0) {
       throw new WorkshopError(`The recording ended with exit code ${code}; the lines above say why.`);
     }
-    const { file } = JSON.parse(readFileSync(resultFile, 'utf8'));
-    return file.replace(/^Z:/, '').replaceAll('\\', '/');
+    return latestRecording(outputDir);
   } finally {
     rmSync(scratchDir, { recursive: true, force: true });
   }
+}
+
+function recorderWords({ mode, window, region, fps, encoder, audio, seconds, verbose }, outputDir, screenshot) {
+  const { left, top, width, height } = region ?? DEFAULT_REGION;
+  const target = {
+    screen: [],
+    window: ['--window', window ?? CONTENT_TITLE],
+    region: [`--region=${[left, top, width, height]}`],
+  };
+  return [
+    windowsPath(join(treeDir, 'examples', 'recorder.js')),
+    ...target[mode],
+    ...['--fps', String(fps), '--encoder', encoder, '--seconds', String(seconds), '--out', windowsPath(outputDir)],
+    ...(audio ? ['--audio'] : []),
+    ...(screenshot ? ['--screenshot', windowsPath(screenshot)] : []),
+    ...(verbose ? ['--verbose'] : []),
+  ];
+}
+
+function latestRecording(folder) {
+  const files = readdirSync(folder).filter((name) => name.startsWith('Qorvex-'));
+  const byAge = files.map((name) => join(folder, name)).sort((a, b) => statSync(b).mtimeMs - statSync(a).mtimeMs);
+  return byAge[0];
 }
 
 async function readBack(file, outputDir, screenshot) {
