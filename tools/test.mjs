@@ -1,7 +1,8 @@
 // Builds everything and runs every test: node tools/test.mjs [layer ...] [--only TEXT]
 //
 // Layers: style (formatter, linter), linux, linux-asan, linux-tsan (the portable code, also under sanitizers), fuzz, windows
-// (the same and the Windows code under Wine), javascript (the module that ships, in Node.js for Windows under Wine).
+// (the same and the Windows code under Wine), javascript (the module that ships, in Node.js for Windows under Wine),
+// package (what users install: its contents, its types, and its examples under Wine).
 // --only runs the test programs or files whose name contains TEXT.
 
 import { basename } from 'node:path';

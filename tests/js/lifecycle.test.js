@@ -186,13 +186,13 @@ test('a process that ends while it records completes the file', async (t) => {
 });
 
 // Loads the module in a worker thread, `times` times one after the other.
-async function useInWorkers({ log, waitFor, packageFolder, require: load }, { body, times, terminate, ...data }) {
+async function useInWorkers({ log, waitFor, packageFolder, supportFolder, require: load }, { body, times, terminate, ...data }) {
   const { Worker } = load('node:worker_threads');
   const outcomes = [];
   for (let i = 0; i < times; i += 1) {
     const mark = log.mark();
     const source = `(${body})(require, require('node:worker_threads')).catch((error) => { throw error; });`;
-    const worker = new Worker(source, { eval: true, workerData: { packageFolder, ...data } });
+    const worker = new Worker(source, { eval: true, workerData: { packageFolder, supportFolder, ...data } });
     const outcome = { messages: [] };
     worker.on('message', (message) => outcome.messages.push(message));
     const ended = new Promise((resolve) => {
@@ -218,7 +218,7 @@ const recordInWorker = async (load, { workerData, parentPort }) => {
   const started = capture.startRecord();
   parentPort.postMessage({ started, file: capture.getSaveFilePath() });
   if (workerData.stop) {
-    const { paintedMore } = load(`${workerData.packageFolder}/tests/js/support/desktop`);
+    const { paintedMore } = load(`${workerData.supportFolder}/desktop`);
     await paintedMore(workerData.progress, 30);
     parentPort.postMessage({ stopped: capture.stopRecord(), monitors: capture.getMonitors().length });
   } else {

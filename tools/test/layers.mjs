@@ -2,10 +2,13 @@
 
 import { existsSync, mkdtempSync, readdirSync, readFileSync, rmSync } from 'node:fs';
 import { tmpdir } from 'node:os';
-import { basename, join, relative } from 'node:path';
+import { basename, dirname, join, relative } from 'node:path';
 import { runUnderWine, windowsPath } from '../wine/runner.mjs';
 import { ffmpegTools } from '../workshop/ffmpeg.mjs';
+import { runThrough } from '../workshop/processes.mjs';
 import { buildDir, runInRoot, treeDir } from '../workshop/tree.mjs';
+import { NODE_VERSIONS, windowsNode } from '../workshop/windows-node.mjs';
+import { installedPackage } from './installed-package.mjs';
 
 // Far above what the slowest test program takes.
 const PROGRAM_LIMIT_S = 600;
@@ -14,16 +17,33 @@ process.on('exit', () => rmSync(resultsDir, { recursive: true, force: true }));
 
 /** Each layer with the words for its results, the preset it needs built, and how one of its files runs. */
 export const layers = {
-  linux: { title: 'portable code on Linux', preset: 'linux', run: runLinuxProgram },
+  linux: { title: 'portable code on Linux', preset: 'linux', files: testPrograms, run: runLinuxProgram },
   'linux-asan': {
     title: 'portable code under AddressSanitizer and UndefinedBehaviorSanitizer',
     preset: 'linux-asan',
+    files: testPrograms,
     run: runLinuxProgram,
   },
-  'linux-tsan': { title: 'portable code under ThreadSanitizer', preset: 'linux-tsan', run: runLinuxProgram },
-  fuzz: { title: 'portable code fed by libFuzzer', preset: 'fuzz', run: runFuzzer },
-  windows: { title: 'Windows programs under Wine', preset: 'windows', run: runWindowsProgram },
-  javascript: { title: 'JavaScript in Node.js for Windows under Wine', preset: 'windows', run: runJavascript },
+  'linux-tsan': {
+    title: 'portable code under ThreadSanitizer',
+    preset: 'linux-tsan',
+    files: testPrograms,
+    run: runLinuxProgram,
+  },
+  fuzz: { title: 'portable code fed by libFuzzer', preset: 'fuzz', files: () => fuzzers(), run: runFuzzer },
+  windows: { title: 'Windows programs under Wine', preset: 'windows', files: testPrograms, run: runWindowsProgram },
+  javascript: {
+    title: 'JavaScript in Node.js for Windows under Wine',
+    preset: 'windows',
+    files: () => [...javascriptTests('js'), ...javascriptTests('js/faults')],
+    run: runJavascript,
+  },
+  package: {
+    title: 'the packed package, installed outside the tree',
+    preset: 'windows',
+    files: () => javascriptTests('package'),
+    run: runWithPackage,
+  },
 };
 
 /**
@@ -31,10 +51,9 @@ export const layers = {
  * @returns {Promise<{passed: number, failed: number, broken: string[]}>} `broken` names the files that failed
  */
 export async function runLayer(name, wanted, note) {
-  const { preset, run } = layers[name];
+  const { preset, files, run } = layers[name];
   const total = { passed: 0, failed: 0, broken: [] };
-  const files = { javascript: javascriptTests, fuzz: fuzzers }[name]?.() ?? testPrograms(preset);
-  for (const file of files.filter(wanted)) {
+  for (const file of files(preset).filter(wanted)) {
     note(basename(file));
     const { passed, failed, code } = await run(file, name);
     total.passed += passed;
@@ -52,10 +71,7 @@ function testPrograms(preset) {
   return filesIn(folder).filter((file) => /_tests(\.exe)?$/.test(file));
 }
 
-function javascriptTests() {
-  const folder = join(treeDir, 'tests', 'js');
-  return [...filesIn(folder), ...filesIn(join(folder, 'faults'))].filter((file) => file.endsWith('.test.js'));
-}
+const javascriptTests = (folder) => filesIn(join(treeDir, 'tests', folder)).filter((file) => /\.test\.m?js$/.test(file));
 
 /** The programs that libFuzzer drives. */
 export const fuzzers = () => filesIn(join(buildDir('fuzz'), 'fuzz')).filter((file) => basename(file).startsWith('fuzz_'));
@@ -105,7 +121,7 @@ async function runWindowsProgram(program, layer) {
   return { ...googleTestCounts(results), code };
 }
 
-async function runJavascript(file, layer) {
+async function runJavascript(file, layer, { readable = [], writable = [], env = {} } = {}) {
   const tools = await ffmpegTools();
   const results = resultFile(layer, file, 'xml');
   const words = [
@@ -118,11 +134,33 @@ async function runJavascript(file, layer) {
   const code = await runUnderWine('node', words, {
     standins: true,
     timeout: PROGRAM_LIMIT_S,
-    readable: [tools],
-    writable: [resultsDir],
-    env: { BRISOLTE_FFMPEG_TOOLS: windowsPath(tools) },
+    readable: [tools, ...readable],
+    writable: [resultsDir, ...writable],
+    env: { BRISOLTE_FFMPEG_TOOLS: windowsPath(tools), ...env },
   });
   return { ...junitCounts(results), code };
+}
+
+/** Tests of the package itself: as ES modules those that run here, as CommonJS those of its life on Windows. */
+async function runWithPackage(file, layer) {
+  const { tarball, project, folder } = await installedPackage(resultsDir);
+  if (file.endsWith('.mjs')) {
+    return runOnThisMachine(file, layer, { BRISOLTE_TARBALL: tarball, BRISOLTE_PACKAGE: folder });
+  }
+  const hosts = await Promise.all(NODE_VERSIONS.map((version) => windowsNode(version)));
+  return runJavascript(file, layer, {
+    readable: hosts.map(dirname),
+    writable: [project],
+    env: { BRISOLTE_PACKAGE: windowsPath(folder), BRISOLTE_HOSTS: hosts.map(windowsPath).join(';') },
+  });
+}
+
+async function runOnThisMachine(file, layer, env) {
+  const results = resultFile(layer, file, 'tap');
+  const reporters = ['spec', 'stdout', 'tap', results];
+  const flags = reporters.map((value, i) => `--test-reporter${i % 2 === 0 ? '' : '-destination'}=${value}`);
+  const code = await runThrough([process.execPath, ...flags, file], { cwd: treeDir, env: { ...process.env, ...env } });
+  return { ...tapCounts(results), code };
 }
 
 function googleTestCounts(file) {
@@ -133,6 +171,12 @@ function googleTestCounts(file) {
 function junitCounts(file) {
   const text = textOf(file) ?? '';
   const count = (name) => Number(text.match(new RegExp(`<!-- ${name} (\\d+) -->`))?.[1] ?? 0);
+  return { passed: count('pass'), failed: count('fail') + count('cancelled') + (text ? 0 : 1) };
+}
+
+function tapCounts(file) {
+  const text = textOf(file) ?? '';
+  const count = (name) => Number(text.match(new RegExp(`^# ${name} (\\d+)$`, 'm'))?.[1] ?? 0);
   return { passed: count('pass'), failed: count('fail') + count('cancelled') + (text ? 0 : 1) };
 }
 

@@ -7,7 +7,7 @@ import { runUnderWine } from './runner.mjs';
 const USAGE = `usage: node tools/wine/run.mjs [options] PROGRAM.exe|node [argument ...]
   --standins          with the stand-ins for what Wine lacks
   --timeout SECONDS   time limit, 300 unless said otherwise
-  --screen WxH        size of the screen, 1280x720 unless said otherwise
+  --screen WxH|none   size of the screen, 1280x720 unless said otherwise; none for a session without a display
   --node VERSION      which Node.js for Windows
   --debug CHANNELS    Wine's debug output, as WINEDEBUG takes it`;
 

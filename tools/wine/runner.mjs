@@ -34,7 +34,7 @@ export const windowsPath = (path) => `Z:${path}`.replaceAll('/', '\\');
  * @param {object} options
  * @param {number} [options.timeout] seconds after which the program and all it started are ended
  * @param {boolean} [options.standins] puts the stand-ins for what Wine lacks in place
- * @param {string} [options.screen] size of the screen
+ * @param {string} [options.screen] size of the screen, or `none` for a session without a display
  * @param {string[]} [options.writable] folders beside the tree that the program may write, under their own names
  * @param {string[]} [options.readable] folders beside the tree that the program may read, under their own names
  * @param {Record<string, string>} [options.env] the program's environment beside Wine's own

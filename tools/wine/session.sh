@@ -59,7 +59,7 @@ export WINEDLLOVERRIDES="mscoree,mshtml="
 # A copy of the screen is a reply of several megabytes. Its memory would be fresh from the system each time, which costs
 # more than the copy itself.
 export GLIBC_TUNABLES=glibc.malloc.mmap_threshold=1073741824:glibc.malloc.trim_threshold=1073741824
-display
+[ "$BRISOLTE_SCREEN" = none ] || display
 sound
 prefix
 # To files: Node.js for Windows fails with EBADF when its standard output is a pipe of Wine's.

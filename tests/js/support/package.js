@@ -2,8 +2,8 @@
 
 const path = require('node:path');
 
-/** The folder of the package under test, as a user would require it. */
-const packageFolder = path.join(__dirname, '..', '..', '..');
+/** The folder of the package under test: this tree, or where BRISOLTE_PACKAGE says that it is installed. */
+const packageFolder = process.env.BRISOLTE_PACKAGE ?? path.join(__dirname, '..', '..', '..');
 
 /** Every method of the class, in the order in which they are defined. */
 const METHODS = [

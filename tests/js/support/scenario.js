@@ -32,10 +32,10 @@ async function scenario(body, given = {}, { nodeOptions = [], within = 90000 } =
 }
 
 /** Runs Node.js, or `program` in its place, and gives { exitCode, output, errors }; `log` is the file of its output. */
-async function runNode(words, { program = process.execPath, log = scratchFile('log'), within = 90000 } = {}) {
+async function runNode(words, { program = process.execPath, log = scratchFile('log'), within = 90000, ...options } = {}) {
   const errors = scratchFile('err');
   const files = [fs.openSync(log, 'w'), fs.openSync(errors, 'w')];
-  const child = spawn(program, words, { stdio: ['ignore', ...files] });
+  const child = spawn(program, words, { ...options, stdio: ['ignore', ...files] });
   files.forEach((file) => fs.closeSync(file));
   const exitCode = await endOf(child, within);
   return { exitCode, output: fs.readFileSync(log, 'utf8'), errors: fs.readFileSync(errors, 'utf8') };

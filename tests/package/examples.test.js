@@ -1,0 +1,164 @@
+'use strict';
+
+// The examples as a user runs them: from the installed package, in a folder of the user's own.
+
+const assert = require('node:assert/strict');
+const fs = require('node:fs');
+const path = require('node:path');
+const { before, test } = require('node:test');
+const { openPattern } = require('../js/support/desktop');
+const media = require('../js/support/media');
+const { packageFolder } = require('../js/support/package');
+const { runNode } = require('../js/support/scenario');
+const { scratchFile, scratchFolder } = require('../js/support/scratch');
+const { playTone } = require('../js/support/sound');
+
+const TITLE = 'Window of the examples';
+const example = (name) => path.join(packageFolder, 'examples', name);
+
+/** Runs a script in a folder of its own; gives { output, errors, cwd, recordings }. */
+async function run(words, { exitCode: wanted = 0, cwd = scratchFolder(), ...options } = {}) {
+  const { exitCode, output, errors } = await runNode(words, { cwd, ...options });
+  assert.equal(exitCode, wanted, `${output}\n${errors}`);
+  const recordings = fs.readdirSync(cwd).filter((name) => name.startsWith('Qorvex-'));
+  return { output, errors, cwd, recordings: recordings.map((name) => path.join(cwd, name)) };
+}
+
+/** The streams of the one recording of a run, which its output names last. */
+function recorded({ output, recordings }) {
+  assert.equal(recordings.length, 1, output);
+  const [file] = recordings;
+  assert.ok(output.trimEnd().endsWith(file), output);
+  const { streams, video, packets, format } = media.describe(file);
+  return { kinds: streams.map((stream) => stream.codec_type), video, frames: packets.length, seconds: Number(format.duration) };
+}
+
+function pngSize(file) {
+  const head = fs.readFileSync(file).subarray(0, 24);
+  assert.equal(head.toString('latin1', 1, 4), 'PNG');
+  return [head.readUInt32BE(16), head.readUInt32BE(20)];
+}
+
+// All examples see the same desktop, on which something moves.
+before((t) => openPattern(t, { title: TITLE, x: 40, y: 30, width: 640, height: 360 }));
+
+test('list.js lists what there is', async () => {
+  const { output } = await run([example('list.js')]);
+  for (const word of ['Monitors', '1280 x 720 at 0, 0  primary', TITLE, 'Microphones', 'Speakers', 'libx264']) {
+    assert.ok(output.includes(word), `${word} is not in ${output}`);
+  }
+});
+
+test('record-window.js records a window', async () => {
+  const { video, frames } = recorded(await run([example('record-window.js'), 'of the examples']));
+  assert.deepEqual([video.width, video.height], [640, 360]);
+  assert.ok(frames > 1);
+});
+
+test('record-window.js says when there is no such window', async () => {
+  const { errors, recordings } = await run([example('record-window.js'), 'no such title'], { exitCode: 1 });
+  assert.match(errors, /no window has "no such title" in its title/);
+  assert.deepEqual(recordings, []);
+});
+
+test('record-region.js records the middle of the screen', async () => {
+  const { video, frames } = recorded(await run([example('record-region.js')]));
+  assert.deepEqual([video.width, video.height], [640, 360]);
+  assert.ok(frames > 1);
+});
+
+test('record-screen-with-sound.js records the screen, the microphone and the speaker', async (t) => {
+  await playTone(t, { endpoint: 'Speaker', frequency: 1000 });
+  const { kinds, video } = recorded(await run([example('record-screen-with-sound.js')]));
+  assert.deepEqual(kinds, ['video', 'audio', 'audio']);
+  assert.deepEqual([video.width, video.height], [1280, 720]);
+});
+
+test('screenshot.js takes a picture of the screen, or of a window', async () => {
+  const screen = await run([example('screenshot.js'), 'screen.png']);
+  assert.deepEqual(pngSize(path.join(screen.cwd, 'screen.png')), [1280, 720]);
+  const window = await run([example('screenshot.js'), 'window.png', TITLE]);
+  assert.deepEqual(pngSize(path.join(window.cwd, 'window.png')), [640, 360]);
+});
+
+test('recorder.js records for the time it is given and shows how far it is', async () => {
+  const words = ['--window', TITLE, '--fps', '15', '--encoder', 'libvpx-vp9', '--seconds', '3', '--screenshot', 'still.png'];
+  const outcome = await run([example('recorder.js'), ...words]);
+  const { video, frames } = recorded(outcome);
+  assert.deepEqual([video.codec_name, video.width, video.height], ['vp9', 640, 360]);
+  assert.ok(frames > 1);
+  assert.match(outcome.output, /^recording: 1 s, \d+ kB written$/m);
+  assert.deepEqual(pngSize(path.join(outcome.cwd, 'still.png')), [640, 360]);
+});
+
+test('recorder.js records until it is interrupted', async () => {
+  const interrupt = scratchFile('js');
+  fs.writeFileSync(interrupt, "setTimeout(() => process.emit('SIGINT'), 4000);");
+  const { frames } = recorded(await run(['--require', interrupt, example('recorder.js'), '--region=10,20,301,201']));
+  assert.ok(frames > 1);
+});
+
+test('recorder.js says what is wrong with its arguments', async () => {
+  const wrong = [
+    [['--window', 'no such window'], /no window has the title "no such window"; there are: .*"Window of the examples"/],
+    [['--region', '1,2,3'], /--region 1,2,3 is not four whole numbers/],
+    [['--fps', '500'], /Frame rate must be in the range 1-120/],
+    [['--seconds', 'x'], /--seconds x is not a length of time/],
+    [['--out', 'C:\\no such folder'], /is not a directory/],
+    [['--monitor', '9', '--seconds', '1'], /the recording did not start/],
+    [['--unknown'], /Unknown option '--unknown'/],
+  ];
+  for (const [words, message] of wrong) {
+    const { errors } = await run([example('recorder.js'), ...words], { exitCode: 1 });
+    assert.match(errors, message);
+  }
+});
+
+test('electron-main.js records from its menu and shows where the file is', async () => {
+  const cwd = scratchFolder();
+  const modules = path.join(cwd, 'node_modules');
+  fs.mkdirSync(path.join(modules, 'electron'), { recursive: true });
+  fs.copyFileSync(path.join(__dirname, 'support', 'electron.js'), path.join(modules, 'electron', 'index.js'));
+  fs.cpSync(packageFolder, path.join(modules, 'brisolte'), { recursive: true });
+  fs.copyFileSync(example('electron-main.js'), path.join(cwd, 'main.js'));
+  const log = scratchFile('log');
+  fs.writeFileSync(
+    path.join(cwd, 'user.js'),
+    `const { app, test } = require('electron');
+    const { LiveLog } = require(${JSON.stringify(path.join(__dirname, '..', 'js', 'support', 'log'))});
+    const log = new LiveLog(${JSON.stringify(log)});
+    async function record() {
+      const mark = log.mark();
+      test.choose('Start');
+      await log.line('First Video frame arrived at: ', mark);
+      await new Promise((resolve) => setTimeout(resolve, 1100)); // the next recording has another name
+    }
+    async function use() {
+      await app.whenReady();
+      await record();
+      test.choose('Stop');
+      await record();
+      console.log(JSON.stringify(test.asked));
+      app.quit();
+    }
+    require('./main.js');
+    use();`,
+  );
+  const { output, recordings } = await run(['user.js'], { cwd, log });
+  const asked = JSON.parse(output.split(/\r?\n/).find((line) => line.startsWith('[[')));
+  assert.deepEqual(asked, [['showItemInFolder', recordings[0]]]);
+  assert.equal(recordings.length, 2);
+  recordings.forEach((file) => assert.equal(media.describe(file).video.codec_name, 'h264'));
+});
+
+test('the first recording of the README works as it stands there', async () => {
+  const readme = fs.readFileSync(path.join(packageFolder, 'README.md'), 'utf8');
+  const [, code] = readme.match(/```js\n([^]*?)```/);
+  const cwd = scratchFolder();
+  fs.mkdirSync(path.join(cwd, 'node_modules'));
+  fs.cpSync(packageFolder, path.join(cwd, 'node_modules', 'brisolte'), { recursive: true });
+  fs.writeFileSync(path.join(cwd, 'first.js'), code);
+  const { video, frames } = recorded(await run(['first.js'], { cwd }));
+  assert.deepEqual([video.codec_name, video.width, video.height], ['h264', 1280, 720]);
+  assert.ok(frames > 1);
+});

@@ -1,0 +1,109 @@
+'use strict';
+
+// The package in the programs that load it: each version of Node.js, a program of another name, worker threads, several
+// places of one process.
+
+const assert = require('node:assert/strict');
+const fs = require('node:fs');
+const path = require('node:path');
+const { test } = require('node:test');
+const { packageFolder } = require('../js/support/package');
+const { runNode } = require('../js/support/scenario');
+const { scratchFolder } = require('../js/support/scratch');
+
+const hosts = process.env.BRISOLTE_HOSTS?.split(';') ?? [process.execPath];
+const STRANGE_NAME = 'Meine Geräte & 漢字';
+
+/** A project with the package in it, in a folder of its own. */
+async function project(name) {
+  const folder = path.join(scratchFolder(), name);
+  await fs.promises.cp(packageFolder, path.join(folder, 'node_modules', 'brisolte'), { recursive: true });
+  return folder;
+}
+
+/** Runs a script of a project; what it printed last must be JSON, which comes back. */
+async function run(folder, source, { extension = 'js', ...options } = {}) {
+  const script = path.join(folder, `script.${extension}`);
+  fs.writeFileSync(script, source);
+  const { exitCode, output, errors } = await runNode([script], options);
+  assert.equal(exitCode, 0, `${output}\n${errors}`);
+  return JSON.parse(output.trim().split('\n').at(-1));
+}
+
+const USE = `function use(Brisolte) {
+  const capture = new Brisolte();
+  capture.setLogLevel(5);
+  return [capture.getMonitors().length > 0, capture.getSupportVideoCodec().length > 0, capture.setMode(0)];
+}`;
+const USED = [true, true, true];
+
+for (const host of hosts) {
+  const versionOf = async () => (await runNode(['--version'], { program: host })).output.trim();
+
+  test(`it loads in ${host}, as CommonJS and as an ES module`, async (t) => {
+    t.diagnostic(await versionOf());
+    const folder = await project(STRANGE_NAME);
+    const required = `const { Brisolte } = require('brisolte'); ${USE} console.log(JSON.stringify(use(Brisolte)));`;
+    assert.deepEqual(await run(folder, required, { program: host }), USED);
+    const imported = `import brisolte, { Brisolte } from 'brisolte'; ${USE}
+      console.log(JSON.stringify([...use(Brisolte), brisolte.Brisolte === Brisolte]));`;
+    assert.deepEqual(await run(folder, imported, { program: host, extension: 'mjs' }), [...USED, true]);
+  });
+
+  test(`it loads in ${host} under another name, started as Electron starts itself as Node.js`, async (t) => {
+    t.diagnostic(await versionOf());
+    const folder = await project(STRANGE_NAME);
+    const application = path.join(folder, 'Recorder.exe');
+    fs.copyFileSync(host, application);
+    const source = `const { Brisolte } = require('brisolte'); ${USE} console.log(JSON.stringify(use(Brisolte)));`;
+    const env = { ...process.env, ELECTRON_RUN_AS_NODE: '1' };
+    assert.deepEqual(await run(folder, source, { program: application, env }), USED);
+  });
+
+  test(`it loads in worker threads of ${host}, and again after they have ended`, async (t) => {
+    t.diagnostic(await versionOf());
+    const source = `
+      const { Worker, isMainThread, parentPort } = require('node:worker_threads');
+      ${USE}
+      const inWorker = () => new Promise((resolve, reject) => {
+        let answer;
+        const worker = new Worker(__filename);
+        worker.on('message', (message) => { answer = message; });
+        worker.on('error', reject);
+        worker.on('exit', (code) => resolve([...answer, code === 0]));
+      });
+      async function main() {
+        const first = await inWorker();
+        const second = await Promise.all([inWorker(), inWorker()]);
+        const here = use(require('brisolte').Brisolte);
+        return [first, ...second, here, await inWorker()];
+      }
+      if (isMainThread) {
+        main().then((answers) => console.log(JSON.stringify(answers)));
+      } else {
+        parentPort.postMessage(use(require('brisolte').Brisolte));
+      }`;
+    const ended = [...USED, true];
+    const folder = await project('workers');
+    assert.deepEqual(await run(folder, source, { program: host }), [ended, ended, ended, USED, ended]);
+  });
+}
+
+test('it works from two places in one process', async () => {
+  const [one, other] = [await project('one'), await project('other')];
+  const [dirOne, dirOther] = [scratchFolder(), scratchFolder()];
+  const source = `
+    const { createRequire } = require('node:module');
+    ${USE}
+    const classes = ${JSON.stringify([one, other])}.map((folder) => createRequire(folder + '/x.js')('brisolte').Brisolte);
+    const recorders = classes.map((Brisolte) => new Brisolte());
+    recorders.forEach((recorder, i) => recorder.setOutputDir(${JSON.stringify([dirOne, dirOther])}[i]));
+    const started = recorders.map((recorder) => recorder.startRecord());
+    setTimeout(() => {
+      const stopped = recorders.map((recorder) => recorder.stopRecord());
+      const written = recorders.map((recorder) => require('node:fs').statSync(recorder.getSaveFilePath()).size > 0);
+      console.log(JSON.stringify([classes[0] !== classes[1], ...classes.map(use), started, stopped, written]));
+    }, 1000);`;
+  const both = [true, true];
+  assert.deepEqual(await run(one, source), [true, USED, USED, both, both, both]);
+});
