@@ -11,7 +11,10 @@ const { packageFolder } = require('../js/support/package');
 const { runNode } = require('../js/support/scenario');
 const { scratchFolder } = require('../js/support/scratch');
 
-const hosts = process.env.BRISOLTE_HOSTS?.split(';') ?? [process.execPath];
+// Programs of Node.js, each as VERSION=PATH, with a semicolon between two.
+const hosts = (process.env.BRISOLTE_HOSTS ?? `${process.versions.node}=${process.execPath}`)
+  .split(';')
+  .map((text) => text.split('='));
 const STRANGE_NAME = 'Meine Geräte & 漢字';
 
 /** A project with the package in it, in a folder of its own. */
@@ -37,11 +40,13 @@ const USE = `function use(Brisolte) {
 }`;
 const USED = [true, true, true];
 
-for (const host of hosts) {
-  const versionOf = async () => (await runNode(['--version'], { program: host })).output.trim();
+for (const [version, host] of hosts) {
+  test(`the program of Node.js ${version} is what it is called`, async () => {
+    const { output } = await runNode(['--version'], { program: host });
+    assert.equal(output.trim(), `v${version}`);
+  });
 
-  test(`it loads in ${host}, as CommonJS and as an ES module`, async (t) => {
-    t.diagnostic(await versionOf());
+  test(`it loads in Node.js ${version}, as CommonJS and as an ES module`, async () => {
     const folder = await project(STRANGE_NAME);
     const required = `const { Brisolte } = require('brisolte'); ${USE} console.log(JSON.stringify(use(Brisolte)));`;
     assert.deepEqual(await run(folder, required, { program: host }), USED);
@@ -50,8 +55,7 @@ for (const host of hosts) {
     assert.deepEqual(await run(folder, imported, { program: host, extension: 'mjs' }), [...USED, true]);
   });
 
-  test(`it loads in ${host} under another name, started as Electron starts itself as Node.js`, async (t) => {
-    t.diagnostic(await versionOf());
+  test(`it loads in Node.js ${version} under another name, started as Electron starts itself as Node.js`, async () => {
     const folder = await project(STRANGE_NAME);
     const application = path.join(folder, 'Recorder.exe');
     fs.copyFileSync(host, application);
@@ -60,8 +64,7 @@ for (const host of hosts) {
     assert.deepEqual(await run(folder, source, { program: application, env }), USED);
   });
 
-  test(`it loads in worker threads of ${host}, and again after they have ended`, async (t) => {
-    t.diagnostic(await versionOf());
+  test(`it loads in worker threads of Node.js ${version}, and again after they have ended`, async () => {
     const source = `
       const { Worker, isMainThread, parentPort } = require('node:worker_threads');
       ${USE}

@@ -151,7 +151,7 @@ async function runWithPackage(file, layer) {
   return runJavascript(file, layer, {
     readable: hosts.map(dirname),
     writable: [project],
-    env: { BRISOLTE_PACKAGE: windowsPath(folder), BRISOLTE_HOSTS: hosts.map(windowsPath).join(';') },
+    env: { BRISOLTE_PACKAGE: windowsPath(folder), BRISOLTE_HOSTS: hosts.map((path, i) => `${NODE_VERSIONS[i]}=${windowsPath(path)}`).join(';') },
   });
 }
 
