@@ -3,6 +3,7 @@ import { execFileSync, spawnSync } from 'node:child_process';
 import { existsSync, readdirSync, readFileSync } from 'node:fs';
 import { dirname, join } from 'node:path';
 import { test } from 'node:test';
+import support from '../js/support/package.js';
 
 const { BRISOLTE_PACKAGE: folder, BRISOLTE_TARBALL: tarball } = process.env;
 const project = dirname(dirname(folder));
@@ -35,6 +36,12 @@ test('it has the types, the documentation and the examples, and nothing of the w
     ours.filter((path) => /^(src|tests|tools|build|cmake|node_modules)\//.test(path)),
     [],
   );
+});
+
+test('the reference has every method, in the order of the class', () => {
+  const [, ofTheClass] = readFileSync(join(folder, 'docs', 'api.md'), 'utf8').split(/^## /m);
+  const named = [...ofTheClass.matchAll(/^### (.*)$/gm)].map(([, name]) => name);
+  assert.deepEqual(named, ['new Brisolte()', ...support.METHODS]);
 });
 
 test('every link of its pages leads somewhere', () => {
