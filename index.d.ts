@@ -152,6 +152,7 @@ export class Brisolte {
    *
    * @param mode 0 at first
    * @returns `false` while a recording runs
+   * @throws {Error} "Invalid capture mode. Valid values: -1 (none), 0 (screen), 1 (window), 2 (region)"
    */
   setMode(mode: CaptureMode): boolean;
 
@@ -185,6 +186,7 @@ export class Brisolte {
    *
    * @param region in desktop coordinates, as monitors' rectangles are
    * @returns `false` while a recording runs
+   * @throws {Error} "Region object must contain left, top, width, height properties"
    */
   setRegion(region: Region): boolean;
 
@@ -193,6 +195,7 @@ export class Brisolte {
    *
    * @param framesPerSecond 1 to 120; 30 at first
    * @returns `false` while a recording runs
+   * @throws {Error} "Frame rate must be in the range 1-120"
    */
   setFrameRate(framesPerSecond: number): boolean;
 
@@ -218,6 +221,7 @@ export class Brisolte {
    *
    * @param bitsPerSecond 100000 to 50000000; 5000000 at first
    * @returns `false` while a recording runs
+   * @throws {Error} "Bitrate must be in the range 100Kbps-50Mbps"
    */
   setBitrate(bitsPerSecond: number): boolean;
 
@@ -241,6 +245,7 @@ export class Brisolte {
    * Sets how much is written to standard output, for all instances of the process, at any time.
    *
    * @param level lines of this level and above are written; 2 at first
+   * @throws {Error} for any other number
    */
   setLogLevel(level: LogLevel): void;
 
@@ -303,6 +308,7 @@ export class Brisolte {
    * Lists the video encoders of the package's FFmpeg that work on this machine. Hardware encoders are opened to find out,
    * at every call. "mf_h264" and "mf_hevc", which are not FFmpeg's, are not in the list.
    *
+   * @returns the encoders in FFmpeg's order
    * @throws {Error} "Error getting supported video codecs: " and the reason
    */
   getSupportVideoCodec(): VideoCodec[];
