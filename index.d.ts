@@ -211,7 +211,8 @@ export class Brisolte {
    * Chooses the video encoder, which also decides the container: MP4, WebM, MOV or AVI. Whether it works is seen when a
    * recording starts.
    *
-   * @param name a `VideoCodec`'s `name`, or "mf_h264" or "mf_hevc" for Media Foundation; "libx264" at first
+   * @param name a `VideoCodec`'s `name`, or "mf_h264" or "mf_hevc" for Media Foundation, which has not encoded on a real
+   *   Windows yet; "libx264" at first
    * @returns `false` while a recording runs
    */
   setEncoder(name: string): boolean;

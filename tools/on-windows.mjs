@@ -9,7 +9,7 @@ import { join } from 'node:path';
 import { fileURLToPath } from 'node:url';
 
 // Not here: tests that make calls of the system fail, which needs the stand-ins; that fill a disk made for it; that need a
-// sound device of which they know what it plays.
+// sound device of which they know what it plays; that expect what Wine lacks.
 const GROUPS = {
   calls: ['js/arguments', 'js/module', 'package/hosts'],
   recordings: ['js/encoders', 'js/lifecycle', 'js/lists', 'js/region', 'js/screen', 'js/screenshot', 'js/session', 'js/settings', 'js/window'],
