@@ -15,7 +15,7 @@ const PROGRAM_LIMIT_S = 600;
 const resultsDir = mkdtempSync(join(tmpdir(), 'brisolte-test-'));
 process.on('exit', () => rmSync(resultsDir, { recursive: true, force: true }));
 
-/** Each layer with the words for its results, the preset it needs built, and how one of its files runs. */
+/** Each layer with the words for its results, the preset it needs built, its files, and how one of them runs. */
 export const layers = {
   linux: { title: 'portable code on Linux', preset: 'linux', files: testPrograms, run: runLinuxProgram },
   'linux-asan': {
