@@ -35,7 +35,7 @@ export const layers = {
   javascript: {
     title: 'JavaScript in Node.js for Windows under Wine',
     preset: 'windows',
-    files: () => [...javascriptTests('js'), ...javascriptTests('js/faults')],
+    files: javascriptLayerTests,
     run: runJavascript,
   },
   package: {
@@ -66,12 +66,18 @@ export async function runLayer(name, wanted, note) {
   return total;
 }
 
-function testPrograms(preset) {
+/** The test programs that a preset has built. */
+export function testPrograms(preset) {
   const folder = join(buildDir(preset), 'tests');
   return filesIn(folder).filter((file) => /_tests(\.exe)?$/.test(file));
 }
 
 const javascriptTests = (folder) => filesIn(join(treeDir, 'tests', folder)).filter((file) => /\.test\.m?js$/.test(file));
+
+/** The JavaScript tests of the module in the tree. */
+export function javascriptLayerTests() {
+  return [...javascriptTests('js'), ...javascriptTests('js/faults')];
+}
 
 /** The programs that libFuzzer drives. */
 export const fuzzers = () => filesIn(join(buildDir('fuzz'), 'fuzz')).filter((file) => basename(file).startsWith('fuzz_'));
@@ -83,7 +89,8 @@ function filesIn(folder) {
 /** The file for a program's machine-readable results. */
 const resultFile = (layer, program, extension) => join(resultsDir, `${layer}-${basename(program)}.${extension}`);
 
-async function runLinuxProgram(program, layer) {
+/** Each of these runs one program or file and gives { passed, failed, code }; `layer` names its results. */
+export async function runLinuxProgram(program, layer) {
   const results = resultFile(layer, program, 'json');
   const env = {
     TSAN_OPTIONS: 'halt_on_error=1:second_deadlock_stack=1',
@@ -114,14 +121,14 @@ export function fuzz(program, options) {
   return runInRoot([program, ...words]);
 }
 
-async function runWindowsProgram(program, layer) {
+export async function runWindowsProgram(program, layer) {
   const results = resultFile(layer, program, 'json');
   const words = ['--gtest_brief=1', `--gtest_output=json:${windowsPath(results)}`];
   const code = await runUnderWine(program, words, { standins: true, timeout: PROGRAM_LIMIT_S, writable: [resultsDir] });
   return { ...googleTestCounts(results), code };
 }
 
-async function runJavascript(file, layer, { readable = [], writable = [], env = {} } = {}) {
+export async function runJavascript(file, layer, { readable = [], writable = [], env = {} } = {}) {
   const tools = await ffmpegTools();
   const results = resultFile(layer, file, 'xml');
   const words = [

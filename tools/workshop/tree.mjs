@@ -36,7 +36,7 @@ export async function runInRoot(command, { env = {}, readable = [], writable = [
 /** Configures and builds a preset. @throws {WorkshopError} when it does not build */
 export async function buildTree(preset, targets = []) {
   await npmPackages(treeDir);
-  const ffmpeg = preset === 'windows' ? await ffmpegLibraries() : undefined;
+  const ffmpeg = preset.endsWith('windows') ? await ffmpegLibraries() : undefined;
   const options = ffmpeg ? { env: { BRISOLTE_FFMPEG: ffmpeg }, readable: [ffmpeg] } : {};
   const commands = [
     ['cmake', '--preset', preset, '--log-level=WARNING'],
