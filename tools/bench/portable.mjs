@@ -13,7 +13,9 @@ const SIZE = [1920, 1080];
 const ROUNDS = 3;
 
 // What the recorder sets for these encoders, in the words of the ffmpeg program.
-const COMMON = ['-g', '30', '-bf', '0', '-refs', '1', '-b:v', '5000000', '-color_range', 'tv', '-colorspace', 'bt709'];
+const COMMON = ['-g', '30', '-bf', '0', '-refs', '1', '-b:v', '5000000'];
+// Told of the pictures that are read: told of the file alone, the program would convert them.
+const COLOURS = ['-color_range', 'tv', '-colorspace', 'bt709'];
 const PATHS = [
   {
     input: 'nv12',
@@ -96,7 +98,8 @@ function encodingRow({ input, encoder }, { ours, bare, program }) {
 async function ffmpegProgram(dir, { input, encoder, options }, raw, file) {
   const layout = input === 'bgra' ? 'bgra' : 'nv12';
   const film = ['-stream_loop', String(FRAMES / FILM - 1), '-f', 'rawvideo', '-pix_fmt', layout, '-s', SIZE.join('x')];
-  const words = [...film, '-r', '30', '-i', raw, '-c:v', encoder, ...options, '-movflags', 'faststart', '-y', file];
+  const colours = layout === 'nv12' ? COLOURS : [];
+  const words = [...film, '-r', '30', ...colours, '-i', raw, '-c:v', encoder, ...options, '-movflags', 'faststart', '-y', file];
   const timed = ['bash', '-c', 'TIMEFORMAT="%U %S"; { time "$@" 2>/dev/null; } 2>&1', 'ffmpeg', 'ffmpeg', '-v', 'error'];
   const [user, system] = (await inRoot([...timed, '-nostdin', ...words], dir)).trim().split(' ').map(Number);
   return { cpuSeconds: user + system };
