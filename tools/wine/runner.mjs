@@ -63,7 +63,7 @@ export async function runUnderWine(program, words, options = {}) {
             ...['--ro-bind', standinsDir, '/prefix/drive_c/standins'],
             // In place of Wine's, where the module finds it as it finds the system's; ours loads Wine's from beside.
             ...['--ro-bind', `${standinsDir}/d3d11.dll`, '/prefix/drive_c/windows/system32/d3d11.dll'],
-            ...['--ro-bind', `${template}/drive_c/windows/system32/d3d11.dll`, '/prefix/drive_c/wine/d3d11.dll'],
+            ...['--ro-bind', `${template}/drive_c/windows/system32/d3d11.dll`, '/prefix/drive_c/wine/wine-d3d11.dll'],
           ]
         : []),
       ...['--dir', SMALL_DISK, '--size', String(SMALL_DISK_BYTES), '--tmpfs', SMALL_DISK],

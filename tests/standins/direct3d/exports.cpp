@@ -11,7 +11,7 @@ namespace {
 
 // Where the Wine runner puts it: this DLL has taken its place.
 HMODULE WinesOwn() {
-  static const HMODULE module = LoadLibraryW(L"C:\\wine\\d3d11.dll");
+  static const HMODULE module = LoadLibraryW(L"C:\\wine\\wine-d3d11.dll");
   return module;
 }
 
