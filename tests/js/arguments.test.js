@@ -2,42 +2,21 @@
 
 const assert = require('node:assert/strict');
 const { test } = require('node:test');
+const { LIMITS, PARAMETERS, SIDES_MISSING } = require('./support/documented');
 const { loadSilently } = require('./support/package');
 
 const Brisolte = loadSilently();
 
-const SETTERS = {
-  captureScreenshot: ['string', 'Capturing screenshot requires a file path parameter'],
-  setMode: ['number', 'Setting capture mode requires a number parameter'],
-  setMonitor: ['number', 'Setting target monitor requires a number parameter'],
-  setMonitorByName: ['string', 'Setting target monitor requires a string parameter (monitor name)'],
-  setWindow: ['number', 'Setting target window requires a number parameter (window handle)'],
-  setRegion: ['object', 'Setting capture region requires an object parameter {left, top, width, height}'],
-  setFrameRate: ['number', 'Setting frame rate requires a number parameter'],
-  setOutputDir: ['string', 'Setting output file path requires a string parameter'],
-  setEncoder: ['string', 'Setting output file path requires a string parameter'],
-  setBitrate: ['number', 'Setting bitrate requires a number parameter'],
-  setCursorCapture: ['boolean', 'Setting cursor capture requires a boolean parameter'],
-  setBorderHighlight: ['boolean', 'Setting border highlight requires a boolean parameter'],
-  setLogLevel: ['number', 'Setting log level requires a number parameter'],
-  setMicrophoneDevice: ['string', 'Setting microphone device requires a string parameter (device ID)'],
-  setSpeakerDevice: ['string', 'Setting speaker device requires a string parameter (device ID)'],
-  setAudioBitrate: ['number', 'Setting audio bitrate requires a number parameter'],
-};
-
 const RANGES = {
   setMode: {
-    text: 'Invalid capture mode. Valid values: -1 (none), 0 (screen), 1 (window), 2 (region)',
     good: [-1, 0, 1, 2, 0.9, -1.9, 2.9, NaN, Infinity, 2 ** 32 + 1],
     bad: [-2, 3, 4, 100, -100, 2 ** 31 - 1, -(2 ** 31), 2 ** 31],
   },
   setFrameRate: {
-    text: 'Frame rate must be in the range 1-120',
     good: [1, 30, 120, 120.9, 1.5],
     bad: [0, 121, -1, 0.9, NaN, Infinity, -Infinity, 2 ** 31 - 1, -(2 ** 31)],
   },
   setBitrate: {
-    text: 'Bitrate must be in the range 100Kbps-50Mbps',
     good: [100000, 50000000, 50000000.9],
     bad: [99999, 50000001, 0, -1, 99999.9, NaN, Infinity, 2 ** 31 - 1, -(2 ** 31)],
   },
@@ -69,7 +48,7 @@ const plainError = (text) => (error) => {
   return true;
 };
 
-for (const [method, [type, text]] of Object.entries(SETTERS)) {
+for (const [method, [type, text]] of Object.entries(PARAMETERS)) {
   test(`${method} takes nothing but ${type === 'object' ? 'an' : 'a'} ${type}`, () => {
     const instance = new Brisolte();
     // A function has properties too, and passes where an object is asked for.
@@ -81,7 +60,8 @@ for (const [method, [type, text]] of Object.entries(SETTERS)) {
   });
 }
 
-for (const [method, { text, good, bad }] of Object.entries(RANGES)) {
+for (const [method, { good, bad }] of Object.entries(RANGES)) {
+  const [, , text] = LIMITS[method];
   test(`${method} takes only its range`, () => {
     const instance = new Brisolte();
     good.forEach((value) => assert.equal(instance[method](value), true, String(value)));
@@ -92,8 +72,7 @@ for (const [method, { text, good, bad }] of Object.entries(RANGES)) {
 
 test('setLogLevel takes only its range and returns nothing', () => {
   const instance = new Brisolte();
-  const text =
-    'Invalid log level. Valid values: 0 (TRACE), 1 (DEBUG), 2 (INFO), 3 (WARN), 4 (ERROR), 5 (FATAL)';
+  const [, , text] = LIMITS.setLogLevel;
   for (const level of [-1, 6, 100, 2 ** 31 - 1, -(2 ** 31)]) {
     assert.throws(() => instance.setLogLevel(level), plainError(text), String(level));
     assert.equal(instance.getLogLevel(), 5, 'a refused level changes nothing');
@@ -106,15 +85,14 @@ test('setLogLevel takes only its range and returns nothing', () => {
 
 test('setRegion needs all four sides', () => {
   const instance = new Brisolte();
-  const text = 'Region object must contain left, top, width, height properties';
   const whole = { left: 0, top: 0, width: 100, height: 100 };
   for (const side of Object.keys(whole)) {
     const region = { ...whole };
     delete region[side];
-    assert.throws(() => instance.setRegion(region), plainError(text), side);
+    assert.throws(() => instance.setRegion(region), plainError(SIDES_MISSING), side);
   }
   for (const region of [{}, [], [1, 2, 3, 4], () => 1, new Date(), new Map()]) {
-    assert.throws(() => instance.setRegion(region), plainError(text));
+    assert.throws(() => instance.setRegion(region), plainError(SIDES_MISSING));
   }
 });
 

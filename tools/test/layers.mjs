@@ -128,7 +128,14 @@ export async function runWindowsProgram(program, layer) {
   return { ...googleTestCounts(results), code };
 }
 
-export async function runJavascript(file, layer, { readable = [], writable = [], env = {} } = {}) {
+/**
+ * Runs one test file in Node.js for Windows.
+ * @param {string} file
+ * @param {string} layer
+ * @param {object} options folders that the tests read and write, more of the environment, seconds until they are ended
+ * @returns {Promise<{passed: number, failed: number, code: number}>}
+ */
+export async function runJavascript(file, layer, { readable = [], writable = [], env = {}, timeout = PROGRAM_LIMIT_S } = {}) {
   const tools = await ffmpegTools();
   const results = resultFile(layer, file, 'xml');
   const words = [
@@ -140,7 +147,7 @@ export async function runJavascript(file, layer, { readable = [], writable = [],
   ];
   const code = await runUnderWine('node', words, {
     standins: true,
-    timeout: PROGRAM_LIMIT_S,
+    timeout,
     readable: [tools, ...readable],
     writable: [resultsDir, ...writable],
     env: { BRISOLTE_FFMPEG_TOOLS: windowsPath(tools), ...env },
