@@ -5,7 +5,7 @@ import { mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from 'nod
 import { tmpdir } from 'node:os';
 import { join } from 'node:path';
 import { beatsOfPicture, beatsOfSound, lengths } from './sync/beats.mjs';
-import { runUnderWine, windowsPath } from './wine/runner.mjs';
+import { hostPath, runUnderWine, windowsPath } from './wine/runner.mjs';
 import { buildRoot } from './workshop/build-root.mjs';
 import { outputOf } from './workshop/processes.mjs';
 import { main, step, WorkshopError } from './workshop/report.mjs';
@@ -66,7 +66,7 @@ async function record({ microphone, plays, hears }, dir) {
     throw new WorkshopError(`The recording ended with exit code ${code}; the lines above say why.`);
   }
   const { file, wallClock } = JSON.parse(readFileSync(result, 'utf8'));
-  return { file: file.replace(/^Z:/, '').replaceAll('\\', '/'), wallClock };
+  return { file: hostPath(file), wallClock };
 }
 
 // Each click with the flash that is nearest to it, in milliseconds.

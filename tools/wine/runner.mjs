@@ -26,6 +26,9 @@ const READ_ONLY_DIR = '/usr';
 /** A path of this machine as Windows programs see it. */
 export const windowsPath = (path) => `Z:${path}`.replaceAll('/', '\\');
 
+/** The path of this machine for one that windowsPath gave. */
+export const hostPath = (path) => path.replace(/^Z:/, '').replaceAll('\\', '/');
+
 /**
  * Runs a Windows program to its end, its output passed through as it comes.
  *
@@ -37,11 +40,12 @@ export const windowsPath = (path) => `Z:${path}`.replaceAll('/', '\\');
  * @param {string} [options.screen] size of the screen, or `none` for a session without a display
  * @param {string[]} [options.writable] folders beside the tree that the program may write, under their own names
  * @param {string[]} [options.readable] folders beside the tree that the program may read, under their own names
+ * @param {boolean} [options.outputOnly] leaves out what goes to standard error, where FFmpeg's libraries tell of each file
  * @param {Record<string, string>} [options.env] the program's environment beside Wine's own
  * @returns {Promise<number>} the exit code, 124 after a time-out
  */
 export async function runUnderWine(program, words, options = {}) {
-  const { timeout = 300, standins = false, screen = '1280x720', writable = [], readable = [], env = {} } = options;
+  const { timeout = 300, standins = false, screen = '1280x720', writable = [], readable = [], outputOnly = false, env = {} } = options;
   const executable = program === 'node' ? await windowsNode(options.node ?? DEFAULT_NODE) : resolve(program);
   if (!existsSync(executable)) {
     throw new WorkshopError(`${executable} does not exist; build it first: node tools/build.mjs windows`);
@@ -81,7 +85,7 @@ export async function runUnderWine(program, words, options = {}) {
   });
   const streams = [
     new FollowedFile(join(output, 'stdout'), process.stdout),
-    new FollowedFile(join(output, 'stderr'), process.stderr),
+    ...(outputOnly ? [] : [new FollowedFile(join(output, 'stderr'), process.stderr)]),
   ];
   const follow = setInterval(() => streams.forEach((stream) => stream.pass()), 100);
   try {

@@ -13,7 +13,7 @@ const folder =
   process.env.BRISOLTE_TEST_PROGRAMS ?? path.join(__dirname, '..', '..', '..', 'build', 'windows', 'pattern');
 
 /** The programs that the tests start. */
-const programs = Object.fromEntries(['pattern', 'hold', 'tone'].map((name) => [name, path.join(folder, `${name}.exe`)]));
+const programs = Object.fromEntries(['pattern', 'hold', 'tone', 'usage', 'bare'].map((name) => [name, path.join(folder, `${name}.exe`)]));
 
 /** How many pictures a pattern window has painted, from its progress file. */
 const painted = (progress) => Number(fs.readFileSync(progress, 'latin1')) || 0;

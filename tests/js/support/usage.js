@@ -1,0 +1,37 @@
+'use strict';
+
+// What a process holds of the system, told by programs from outside of it.
+
+const { spawnSync } = require('node:child_process');
+const fs = require('node:fs');
+const { programs } = require('./desktop');
+const { scratchFile } = require('./scratch');
+
+/** Runs a program that writes one line of JSON, and gives that. */
+function told(program, word) {
+  const output = scratchFile('json');
+  const file = fs.openSync(output, 'w');
+  const { status } = spawnSync(program, [String(word)], { stdio: ['ignore', file, 'inherit'] });
+  fs.closeSync(file);
+  const text = fs.readFileSync(output, 'utf8');
+  fs.rmSync(output);
+  if (status !== 0) {
+    throw new Error(`${program} ended with ${status}: ${text}`);
+  }
+  return JSON.parse(text);
+}
+
+/**
+ * What this process holds once its garbage has gone.
+ * @returns {object} privateBytes, workingSet, handles, threads, gdiObjects, windows, captureObjects, direct3dObjects, of
+ *   which the last two are null while the stand-ins are not loaded
+ */
+function usage() {
+  global.gc();
+  return told(programs.usage, process.pid);
+}
+
+/** What the system keeps of each call that is made without the module: RoGetActivationFactory, in handles. */
+const keptByTheSystem = () => told(programs.bare, 50);
+
+module.exports = { keptByTheSystem, usage };

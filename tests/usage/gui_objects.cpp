@@ -1,0 +1,62 @@
+#include "usage/gui_objects.h"
+
+#include <winternl.h>
+
+#include <algorithm>
+#include <vector>
+
+namespace brisolte {
+namespace {
+
+// The table of GDI objects in the process's own memory, as Wine has it: GetGuiResources gives 0 there.
+constexpr std::uintptr_t kTableInPeb = 0xF8;
+constexpr std::size_t kEntries = 0x4000;
+
+struct GdiEntry {
+  std::uint64_t object;
+  std::uint32_t owner;
+  std::uint16_t unique;
+  std::uint8_t type;
+  std::uint8_t flags;
+  std::uint64_t userPointer;
+};
+static_assert(sizeof(GdiEntry) == 24);
+
+bool Read(HANDLE process, std::uintptr_t from, void* to, std::size_t size) {
+  SIZE_T read = 0;
+  return ReadProcessMemory(process, reinterpret_cast<const void*>(from), to, size, &read) != FALSE &&
+         read == size;
+}
+
+}  // namespace
+
+std::optional<std::uint64_t> CountGdiObjects(HANDLE process) {
+  if (const DWORD count = GetGuiResources(process, GR_GDIOBJECTS); count != 0) {
+    return count;
+  }
+  PROCESS_BASIC_INFORMATION basic{};
+  std::uintptr_t table = 0;
+  std::vector<GdiEntry> entries(kEntries);
+  if (NtQueryInformationProcess(process, ProcessBasicInformation, &basic, sizeof(basic), nullptr) < 0 ||
+      !Read(process, reinterpret_cast<std::uintptr_t>(basic.PebBaseAddress) + kTableInPeb, &table,
+            sizeof(table)) ||
+      !Read(process, table, entries.data(), entries.size() * sizeof(GdiEntry))) {
+    return std::nullopt;
+  }
+  return static_cast<std::uint64_t>(
+      std::count_if(entries.begin(), entries.end(), [](const GdiEntry& entry) { return entry.type != 0; }));
+}
+
+std::uint64_t CountWindows(DWORD pid) {
+  std::uint64_t count = 0;
+  for (const HWND parent : {HWND{nullptr}, HWND_MESSAGE}) {
+    for (HWND window = nullptr; (window = FindWindowExW(parent, window, nullptr, nullptr)) != nullptr;) {
+      DWORD owner = 0;
+      GetWindowThreadProcessId(window, &owner);
+      count += owner == pid ? 1 : 0;
+    }
+  }
+  return count;
+}
+
+}  // namespace brisolte

@@ -1,0 +1,81 @@
+// Records over and over, then once for long, and tells whether what the process holds stays level.
+// npm run soak [-- --cycles N --minutes N]: 1000 recordings and 30 minutes unless said otherwise; 0 leaves one out.
+
+import { mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import { join } from 'node:path';
+import { parseArgs } from 'node:util';
+import { decode } from './soak/decode.mjs';
+import { growth } from './soak/growth.mjs';
+import { hostPath, runUnderWine, windowsPath } from './wine/runner.mjs';
+import { buildRoot } from './workshop/build-root.mjs';
+import { main, step, WorkshopError } from './workshop/report.mjs';
+import { sandboxed } from './workshop/sandbox.mjs';
+import { buildDir, buildTree, treeDir } from './workshop/tree.mjs';
+
+// A recording asks for two factories of the capture service.
+const FACTORIES = 2;
+
+await main(async () => {
+  const options = { cycles: { type: 'string', default: '1000' }, minutes: { type: 'string', default: '30' } };
+  const { values } = parseArgs({ options });
+  const [cycles, minutes] = [Number(values.cycles), Number(values.minutes)];
+  if (!Number.isInteger(cycles) || cycles < 0 || !(minutes >= 0)) {
+    throw new WorkshopError('usage: npm run soak -- [--cycles N] [--minutes N]');
+  }
+  await step('Build: the module', () => buildTree('windows', ['brisolte', 'pattern', 'usage', 'bare', 'standins']));
+  const often = cycles > 0 && (await step(`${cycles} recordings`, () => soak({ cycles })));
+  const long = minutes > 0 && (await step(`One recording of ${minutes} minutes`, () => soak({ minutes })));
+  const sound = [];
+  if (often) {
+    sound.push(show(`${cycles} recordings`, often, growth(often.samples, 'perCycle', { handles: FACTORIES * often.bare.RoGetActivationFactory })));
+  }
+  if (long) {
+    sound.push(show(`One recording of ${minutes} minutes`, long, growth(long.samples, 'perMinute')));
+  }
+  return sound.every(Boolean) ? 0 : 1;
+});
+
+async function soak({ cycles = 0, minutes = 0 }) {
+  const scratchDir = mkdtempSync(join(tmpdir(), 'brisolte-soak-'));
+  try {
+    const outputDir = join(scratchDir, 'out');
+    mkdirSync(outputDir);
+    const [requestFile, resultFile] = ['request.json', 'result.json'].map((name) => join(scratchDir, name));
+    const request = {
+      ...{ cycles, minutes },
+      packageDir: windowsPath(treeDir),
+      programsDir: windowsPath(join(buildDir('windows'), 'pattern')),
+      scratchDir: windowsPath(scratchDir),
+      outputDir: windowsPath(outputDir),
+      resultFile: windowsPath(resultFile),
+    };
+    writeFileSync(requestFile, JSON.stringify(request));
+    const words = ['--expose-gc', windowsPath(join(treeDir, 'tools/soak/recorder.cjs')), windowsPath(requestFile)];
+    const timeout = 120 + 5 * cycles + 90 * minutes;
+    const code = await runUnderWine('node', words, { standins: true, outputOnly: true, timeout, writable: [scratchDir] });
+    if (code !== 0) {
+      throw new WorkshopError(`The recordings ended with exit code ${code}; the lines above say why.`);
+    }
+    const outcome = JSON.parse(readFileSync(resultFile, 'utf8'));
+    const root = await buildRoot();
+    const played = decode(hostPath(outcome.file), (each) => sandboxed(root, each, { writable: [scratchDir] }));
+    return { ...outcome, played };
+  } finally {
+    rmSync(scratchDir, { recursive: true, force: true });
+  }
+}
+
+/** Shows the figures of one soak; gives whether all is level and the file whole. */
+function show(title, { played, seconds, bare }, rows) {
+  console.log(`\n${title}; memory in MiB; early and late are the medians of the second and the last quarter\n`);
+  console.table(Object.fromEntries(rows.map(({ title: name, ...row }) => [name, row])));
+  const whole = played.opens && played.errors === '' && played.frames > 0 && (!seconds || Math.abs(played.seconds - seconds) < 2);
+  const length = seconds ? ` of ${seconds.toFixed(1)} s` : '';
+  console.log(
+    `the file${seconds ? '' : ' of the last recording'}: ${whole ? 'whole' : 'NOT whole'}, ${played.seconds.toFixed(1)} s${length}, ` +
+      `${played.frames} frames, ${played.sounds} sounds ${played.errors}`,
+  );
+  console.log(`handles that the system keeps of each bare call of RoGetActivationFactory: ${bare.RoGetActivationFactory}`);
+  return whole && rows.every(({ grows }) => !grows);
+}

@@ -1,0 +1,43 @@
+// Whether what a process holds stays level, from figures taken one after the other.
+
+/** What is watched: how it is called, how it is shown, and what it may grow by with each recording or minute. */
+export const FIGURES = {
+  privateBytes: { title: 'private bytes', unit: 1 << 20, digits: 1, slack: 8 << 20, perCycle: 16 << 10, perMinute: 1 << 20 },
+  workingSet: { title: 'working set', unit: 1 << 20, digits: 1, slack: 8 << 20, perCycle: 16 << 10, perMinute: 1 << 20 },
+  handles: { title: 'handles', slack: 4 },
+  threads: { title: 'threads', slack: 2 },
+  gdiObjects: { title: 'GDI objects', slack: 2 },
+  windows: { title: 'windows (user objects)', slack: 1 },
+  captureObjects: { title: 'capture service objects (COM)', slack: 2 },
+  direct3dObjects: { title: 'Direct3D stand-in objects (COM)', slack: 2 },
+};
+
+const median = (numbers) => [...numbers].sort((a, b) => a - b)[Math.floor(numbers.length / 2)];
+
+/**
+ * One row a figure: at the first sample, after the first quarter, at the end, and how it grew from there on.
+ *
+ * The first quarter is warming up: heaps grow to what a recording takes, threads of pools start.
+ * @param {object[]} samples with `at`, the recordings or minutes so far
+ * @param {'perCycle'|'perMinute'} per what `at` counts
+ * @param {Record<string, number>} known growth of a figure that is the system's own, for each recording or minute
+ * @returns {{title: string, first: number, early: number, late: number, rate: number, own: number, grows: boolean}[]}
+ */
+export function growth(samples, per, known = {}) {
+  const quarter = Math.max(1, Math.floor(samples.length / 4));
+  const [early, late] = [samples.slice(quarter, 2 * quarter), samples.slice(-quarter)];
+  const middle = (part, name) => median(part.map((sample) => sample[name]));
+  const span = middle(late, 'at') - middle(early, 'at');
+  return Object.entries(FIGURES).map(([name, { title, unit = 1, digits = 0, slack, [per]: allowed = 0 }]) => {
+    const grown = middle(late, name) - middle(early, name) - (known[name] ?? 0) * span;
+    const shown = (number) => (number / unit).toFixed(digits);
+    return {
+      title,
+      first: shown(samples[0][name]),
+      early: shown(middle(early, name)),
+      late: shown(middle(late, name)),
+      grown: `${shown(grown)}${known[name] ? ` beside the system's ${shown(known[name] * span)}` : ''}`,
+      grows: grown > slack + allowed * span,
+    };
+  });
+}
