@@ -1,5 +1,6 @@
 // Records over and over, then once for long, and tells whether what the process holds stays level.
-// npm run soak [-- --cycles N --minutes N]: 1000 recordings and 30 minutes unless said otherwise; 0 leaves one out.
+// npm run soak [-- --cycles N --minutes N --json FILE]: 1000 recordings and 30 minutes unless said otherwise; 0 leaves one
+// out. All that was measured goes to FILE.
 
 import { mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
@@ -13,11 +14,8 @@ import { main, step, WorkshopError } from './workshop/report.mjs';
 import { sandboxed } from './workshop/sandbox.mjs';
 import { buildDir, buildTree, treeDir } from './workshop/tree.mjs';
 
-// A recording asks for two factories of the capture service.
-const FACTORIES = 2;
-
 await main(async () => {
-  const options = { cycles: { type: 'string', default: '1000' }, minutes: { type: 'string', default: '30' } };
+  const options = { cycles: { type: 'string', default: '1000' }, minutes: { type: 'string', default: '30' }, json: { type: 'string' } };
   const { values } = parseArgs({ options });
   const [cycles, minutes] = [Number(values.cycles), Number(values.minutes)];
   if (!Number.isInteger(cycles) || cycles < 0 || !(minutes >= 0)) {
@@ -26,15 +24,23 @@ await main(async () => {
   await step('Build: the module', () => buildTree('windows', ['brisolte', 'pattern', 'usage', 'bare', 'standins']));
   const often = cycles > 0 && (await step(`${cycles} recordings`, () => soak({ cycles })));
   const long = minutes > 0 && (await step(`One recording of ${minutes} minutes`, () => soak({ minutes })));
-  const sound = [];
+  if (values.json) {
+    writeFileSync(values.json, JSON.stringify({ often, long }));
+  }
+  const verdicts = [];
   if (often) {
-    sound.push(show(`${cycles} recordings`, often, growth(often.samples, 'perCycle', { handles: FACTORIES * often.bare.RoGetActivationFactory })));
+    verdicts.push(show(`${cycles} recordings`, often, growth(often.samples, 'perCycle', keptOfEach(often.bare))));
   }
   if (long) {
-    sound.push(show(`One recording of ${minutes} minutes`, long, growth(long.samples, 'perMinute')));
+    verdicts.push(show(`One recording of ${minutes} minutes`, long, growth(long.samples, 'perMinute')));
   }
-  return sound.every(Boolean) ? 0 : 1;
+  return verdicts.every(Boolean) ? 0 : 1;
 });
+
+/** What a recording makes the system keep: it asks for two factories of the capture service and makes one device. */
+function keptOfEach({ RoGetActivationFactory: handles, D3D11CreateDevice: bytes }) {
+  return { handles: 2 * handles, privateBytes: bytes, workingSet: bytes };
+}
 
 async function soak({ cycles = 0, minutes = 0 }) {
   const scratchDir = mkdtempSync(join(tmpdir(), 'brisolte-soak-'));
@@ -76,6 +82,9 @@ function show(title, { played, seconds, bare }, rows) {
     `the file${seconds ? '' : ' of the last recording'}: ${whole ? 'whole' : 'NOT whole'}, ${played.seconds.toFixed(1)} s${length}, ` +
       `${played.frames} frames, ${played.sounds} sounds ${played.errors}`,
   );
-  console.log(`handles that the system keeps of each bare call of RoGetActivationFactory: ${bare.RoGetActivationFactory}`);
+  console.log(
+    `without our code the system keeps ${bare.RoGetActivationFactory} handles of each RoGetActivationFactory and ` +
+      `${Math.round(bare.D3D11CreateDevice / 1024)} KiB of each D3D11CreateDevice`,
+  );
   return whole && rows.every(({ grows }) => !grows);
 }

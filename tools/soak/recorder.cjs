@@ -96,7 +96,7 @@ async function recordLong() {
 async function main() {
   const content = await showContent();
   try {
-    const bare = keptByTheSystem();
+    const bare = keptByTheSystem(Math.max(40, request.cycles));
     const outcome = await (request.cycles ? recordOften() : recordLong());
     writeFileSync(request.resultFile, JSON.stringify({ ...outcome, bare }));
   } finally {
