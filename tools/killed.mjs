@@ -1,5 +1,6 @@
 // Kills the process in the middle of a recording, for each container, and tells what remains to be played.
-// npm run killed [-- --seconds N]: how long each recording has gone on by then, 10 unless said otherwise.
+// npm run killed [-- --seconds N --encoder NAME]: how long each recording has gone on by then, 30 s unless said otherwise,
+// and the only encoder of those below.
 
 import { existsSync, mkdirSync, mkdtempSync, readdirSync, readFileSync, rmSync, statSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
@@ -17,18 +18,20 @@ const RECORDINGS = [
   { encoder: 'libvpx', sound: false },
   { encoder: 'prores_ks', sound: true },
   { encoder: 'mjpeg', sound: true },
-  { encoder: 'none, sound alone', sound: true, picture: false },
+  { encoder: 'none', sound: true, picture: false },
 ];
 
 await main(async () => {
-  const { values } = parseArgs({ options: { seconds: { type: 'string', default: '10' } } });
+  const { values } = parseArgs({ options: { seconds: { type: 'string', default: '30' }, encoder: { type: 'string' } } });
   const seconds = Number(values.seconds);
-  if (!(seconds >= 1 && seconds <= 600)) {
-    throw new WorkshopError('usage: npm run killed -- [--seconds N], from 1 to 600');
+  const chosen = RECORDINGS.filter(({ encoder }) => !values.encoder || encoder === values.encoder);
+  if (!(seconds >= 1 && seconds <= 600) || chosen.length === 0) {
+    const encoders = RECORDINGS.map(({ encoder }) => `"${encoder}"`).join(', ');
+    throw new WorkshopError(`usage: npm run killed -- [--seconds N] [--encoder NAME], from 1 to 600, one of ${encoders}`);
   }
   await step('Build: the module', () => buildTree('windows', ['brisolte', 'pattern', 'standins']));
   const rows = [];
-  for (const recording of RECORDINGS) {
+  for (const recording of chosen) {
     rows.push(await step(`Recording until killed: ${recording.encoder}`, () => recordAndKill(recording, seconds)));
   }
   console.log(`\nKilled after ${seconds} s of recording; what FFmpeg plays of the file:\n`);

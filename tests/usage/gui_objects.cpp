@@ -3,13 +3,14 @@
 #include <winternl.h>
 
 #include <algorithm>
+#include <cstddef>
 #include <vector>
 
 namespace brisolte {
 namespace {
 
 // The table of GDI objects in the process's own memory, as Wine has it: GetGuiResources gives 0 there.
-constexpr std::uintptr_t kTableInPeb = 0xF8;
+constexpr std::ptrdiff_t kTableInPeb = 0xF8;
 constexpr std::size_t kEntries = 0x4000;
 
 struct GdiEntry {
@@ -22,10 +23,10 @@ struct GdiEntry {
 };
 static_assert(sizeof(GdiEntry) == 24);
 
-bool Read(HANDLE process, std::uintptr_t from, void* to, std::size_t size) {
+/// `from` lies in the other process.
+bool Read(HANDLE process, const void* from, void* to, std::size_t size) {
   SIZE_T read = 0;
-  return ReadProcessMemory(process, reinterpret_cast<const void*>(from), to, size, &read) != FALSE &&
-         read == size;
+  return ReadProcessMemory(process, from, to, size, &read) != FALSE && read == size;
 }
 
 }  // namespace
@@ -35,10 +36,10 @@ std::optional<std::uint64_t> CountGdiObjects(HANDLE process) {
     return count;
   }
   PROCESS_BASIC_INFORMATION basic{};
-  std::uintptr_t table = 0;
+  const void* table = nullptr;
   std::vector<GdiEntry> entries(kEntries);
   if (NtQueryInformationProcess(process, ProcessBasicInformation, &basic, sizeof(basic), nullptr) < 0 ||
-      !Read(process, reinterpret_cast<std::uintptr_t>(basic.PebBaseAddress) + kTableInPeb, &table,
+      !Read(process, reinterpret_cast<const std::byte*>(basic.PebBaseAddress) + kTableInPeb, &table,
             sizeof(table)) ||
       !Read(process, table, entries.data(), entries.size() * sizeof(GdiEntry))) {
     return std::nullopt;
@@ -49,7 +50,7 @@ std::optional<std::uint64_t> CountGdiObjects(HANDLE process) {
 
 std::uint64_t CountWindows(DWORD pid) {
   std::uint64_t count = 0;
-  for (const HWND parent : {HWND{nullptr}, HWND_MESSAGE}) {
+  for (HWND parent : {HWND{nullptr}, HWND_MESSAGE}) {
     for (HWND window = nullptr; (window = FindWindowExW(parent, window, nullptr, nullptr)) != nullptr;) {
       DWORD owner = 0;
       GetWindowThreadProcessId(window, &owner);

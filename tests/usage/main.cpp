@@ -12,8 +12,8 @@
 #include <string>
 
 #include "support/command_line.h"
+#include "support/handle.h"
 #include "usage/gui_objects.h"
-#include "usage/handle.h"
 #include "usage/handle_count.h"
 #include "usage/remote_count.h"
 
@@ -23,7 +23,7 @@ using brisolte::Handle;
 using Figure = std::optional<std::uint64_t>;
 
 Figure CountThreads(DWORD pid) {
-  const HANDLE made = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
+  HANDLE made = CreateToolhelp32Snapshot(TH32CS_SNAPTHREAD, 0);
   if (made == INVALID_HANDLE_VALUE) {
     return std::nullopt;
   }

@@ -4,10 +4,10 @@
 
 #include <algorithm>
 #include <array>
-#include <cstdint>
+#include <cstddef>
 #include <vector>
 
-#include "usage/handle.h"
+#include "support/handle.h"
 
 namespace brisolte {
 namespace {
@@ -22,7 +22,7 @@ using Library = std::unique_ptr<HMODULE, LibraryFreer>;
 
 /// The module in the other process and where its file is.
 struct RemoteModule {
-  std::uintptr_t base = 0;
+  std::byte* base = nullptr;
   std::filesystem::path file;
 };
 
@@ -39,14 +39,14 @@ std::optional<RemoteModule> FindModule(HANDLE process, const std::wstring& name)
     GetModuleFileNameExW(process, module, text.data(), static_cast<DWORD>(text.size()));
     std::filesystem::path file(text.data());
     if (lstrcmpiW(file.filename().c_str(), name.c_str()) == 0) {
-      return RemoteModule{reinterpret_cast<std::uintptr_t>(module), std::move(file)};
+      return RemoteModule{reinterpret_cast<std::byte*>(module), std::move(file)};
     }
   }
   return std::nullopt;
 }
 
 /// How far the function lies behind the start of its module, which is the same in each process.
-std::optional<std::uintptr_t> OffsetOf(const std::filesystem::path& file, const char* function) {
+std::optional<std::ptrdiff_t> OffsetOf(const std::filesystem::path& file, const char* function) {
   const Library library(LoadLibraryExW(file.c_str(), nullptr, DONT_RESOLVE_DLL_REFERENCES));
   if (library == nullptr) {
     return std::nullopt;
