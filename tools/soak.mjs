@@ -19,7 +19,7 @@ await main(async () => {
   const { values } = parseArgs({ options });
   const [cycles, minutes] = [Number(values.cycles), Number(values.minutes)];
   if (!Number.isInteger(cycles) || cycles < 0 || !(minutes >= 0)) {
-    throw new WorkshopError('usage: npm run soak -- [--cycles N] [--minutes N]');
+    throw new WorkshopError('usage: npm run soak -- [--cycles N] [--minutes N] [--json FILE]');
   }
   await step('Build: the module', () => buildTree('windows', ['brisolte', 'pattern', 'usage', 'bare', 'standins']));
   const often = cycles > 0 && (await step(`${cycles} recordings`, () => soak({ cycles })));

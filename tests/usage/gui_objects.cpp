@@ -39,8 +39,8 @@ std::optional<std::uint64_t> CountGdiObjects(HANDLE process) {
   const void* table = nullptr;
   std::vector<GdiEntry> entries(kEntries);
   if (NtQueryInformationProcess(process, ProcessBasicInformation, &basic, sizeof(basic), nullptr) < 0 ||
-      !Read(process, reinterpret_cast<const std::byte*>(basic.PebBaseAddress) + kTableInPeb, &table,
-            sizeof(table)) ||
+      !Read(process, reinterpret_cast<const std::byte*>(basic.PebBaseAddress) + kTableInPeb,
+            static_cast<void*>(&table), sizeof(table)) ||
       !Read(process, table, entries.data(), entries.size() * sizeof(GdiEntry))) {
     return std::nullopt;
   }

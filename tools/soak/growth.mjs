@@ -1,10 +1,14 @@
 // Whether what a process holds stays level, from figures taken one after the other.
 
+// Heaps grow in steps of megabytes, even late.
+const HEAP_STEPS = 24 << 20;
+
 /** What is watched: how it is called, how it is shown, and what it may grow by with each recording or minute. */
 export const FIGURES = {
-  privateBytes: { title: 'private bytes', unit: 1 << 20, digits: 1, slack: 8 << 20, perCycle: 16 << 10, perMinute: 1 << 20 },
-  workingSet: { title: 'working set', unit: 1 << 20, digits: 1, slack: 8 << 20, perCycle: 16 << 10, perMinute: 1 << 20 },
-  handles: { title: 'handles', slack: 4 },
+  privateBytes: { title: 'private bytes', unit: 1 << 20, digits: 1, slack: HEAP_STEPS, perCycle: 16 << 10, perMinute: 1 << 20 },
+  workingSet: { title: 'working set', unit: 1 << 20, digits: 1, slack: HEAP_STEPS, perCycle: 16 << 10, perMinute: 1 << 20 },
+  // A lock takes an event of the system when threads first meet at it, sooner or later.
+  handles: { title: 'handles', slack: 10 },
   threads: { title: 'threads', slack: 2 },
   gdiObjects: { title: 'GDI objects', slack: 2 },
   windows: { title: 'windows (user objects)', slack: 1 },
