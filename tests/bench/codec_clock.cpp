@@ -20,6 +20,8 @@ int Timed(Call call) {
 
 }  // namespace
 
+// The linker gives these names.
+// NOLINTBEGIN(bugprone-reserved-identifier)
 extern "C" {
 
 int __real_avcodec_send_frame(AVCodecContext* context, const AVFrame* frame);
@@ -33,6 +35,7 @@ int __wrap_avcodec_receive_packet(AVCodecContext* context, AVPacket* packet) {
   return Timed([&] { return __real_avcodec_receive_packet(context, packet); });
 }
 }
+// NOLINTEND(bugprone-reserved-identifier)
 
 double brisolte::bench::CodecSeconds() {
   return seconds;

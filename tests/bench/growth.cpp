@@ -11,7 +11,7 @@ namespace brisolte::bench {
 Figures MeasureGrowth(const Words& words) {
   constexpr std::uint32_t kWidth = 160;
   constexpr std::uint32_t kHeight = 90;
-  constexpr std::size_t kFramesPerMinute = 30 * 60;
+  constexpr std::size_t kFramesPerMinute = std::size_t{30} * 60;
   const std::size_t minutes = std::stoul(words.at(0));
   const MovingPictures pictures(MovingPictures::Layout::kNv12, kWidth, kHeight, 60);
   CaptureSettings settings;

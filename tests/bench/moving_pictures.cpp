@@ -60,7 +60,7 @@ void Show(const Texture& texture, std::size_t number, std::size_t bandRows, std:
 
 MovingPictures::MovingPictures(Layout layout, std::uint32_t width, std::uint32_t height, std::size_t count)
     : rowPitch_(layout == Layout::kNv12 ? width : width * 4) {
-  const std::size_t pixels = width + 2 * (kSpeeds - 1) * count;
+  const std::size_t pixels = width + std::size_t{2} * (kSpeeds - 1) * count;
   const bool nv12 = layout == Layout::kNv12;
   const Texture first = MakeTexture(pixels, height, nv12 ? 1 : 4, 1);
   const Texture chroma = nv12 ? MakeTexture(pixels / 2, height / 2, 2, 2) : Texture{0, {}};

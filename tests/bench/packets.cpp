@@ -36,6 +36,7 @@ Figures MeasurePackets(const Words& words) {
   const double cpu = CpuSeconds();
   const double start = WallSeconds();
   std::vector<std::jthread> threads;
+  threads.reserve(static_cast<std::size_t>(producers));
   for (int stream = 0; stream < producers; ++stream) {
     threads.emplace_back([&, stream] { Produce(writer, *packet, stream, count / producers); });
   }

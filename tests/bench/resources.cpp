@@ -29,7 +29,8 @@ double StatusMiB(const std::string& field) {
 
 }  // namespace
 
-// Replaces the program's `new`, to count.
+// Replaces the program's `new`, to count; what `new` itself is made of has no owner.
+// NOLINTBEGIN(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory)
 void* operator new(std::size_t size) {
   ++allocations;
   if (void* memory = std::malloc(size)) {
@@ -43,6 +44,7 @@ void operator delete(void* memory) noexcept {
 void operator delete(void* memory, std::size_t /*size*/) noexcept {
   std::free(memory);
 }
+// NOLINTEND(cppcoreguidelines-no-malloc,cppcoreguidelines-owning-memory)
 
 namespace brisolte::bench {
 

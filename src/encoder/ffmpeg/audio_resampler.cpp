@@ -1,5 +1,6 @@
 #include "encoder/ffmpeg/audio_resampler.h"
 
+#include <array>
 #include <string>
 
 #include "common/logger.h"
@@ -115,8 +116,8 @@ AVFrame* AudioResampler::Convert(std::span<const std::uint8_t> bytes) {
   if (!MakeRoom(room)) {
     return nullptr;
   }
-  const std::uint8_t* input[] = {Unpacked(bytes).data()};
-  const int converted = swr_convert(resampler_.get(), frame_->extended_data, room, input, samples);
+  std::array input{Unpacked(bytes).data()};
+  const int converted = swr_convert(resampler_.get(), frame_->extended_data, room, input.data(), samples);
   if (converted < 0) {
     Logger::Error("Audio resampling failed: " + ErrorText(converted));
     return nullptr;

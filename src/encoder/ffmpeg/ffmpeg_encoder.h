@@ -24,6 +24,8 @@ class FFmpegEncoder final : public Encoder {
   /// Runs `Initialize` when the settings name a file. Raises what it raises.
   explicit FFmpegEncoder(CaptureSettings settings);
 
+  FFmpegEncoder(const FFmpegEncoder&) = delete;
+  FFmpegEncoder& operator=(const FFmpegEncoder&) = delete;
   /// Stops first when running, so that the file is complete.
   ~FFmpegEncoder() override;
 

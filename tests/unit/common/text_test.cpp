@@ -10,8 +10,6 @@
 namespace brisolte {
 namespace {
 
-using testing::CapturedLog;
-using ::testing::IsEmpty;
 using ::testing::StartsWith;
 
 TEST(HResultText, WritesTheCodeUnpaddedInLowerCase) {
@@ -30,6 +28,9 @@ TEST(Path, EndsAtTheFirstNul) {
 }
 
 #ifdef _WIN32
+
+using testing::CapturedLog;
+using ::testing::IsEmpty;
 
 TEST(Path, OfADriveAloneIsADirectory) {
   EXPECT_TRUE(std::filesystem::is_directory(PathFromUtf8("C:")));
