@@ -27,14 +27,10 @@ FrameCopier::FrameCopier(ID3D11Device& device, std::uint32_t width, std::uint32_
   device.GetImmediateContext(context_.GetAddressOf());
 }
 
-PooledTexture FrameCopier::Copy(ID3D11Texture2D* texture) {
-  if (texture == nullptr) {
-    Logger::Error("Invalid frame data: texture is null or invalid");
-    return nullptr;
-  }
+PooledTexture FrameCopier::Copy(ID3D11Texture2D& texture) {
   D3D11_TEXTURE2D_DESC description{};
-  texture->GetDesc(&description);
-  if (!Accepts(*texture, description)) {
+  texture.GetDesc(&description);
+  if (!Accepts(texture, description)) {
     return nullptr;
   }
   if (!pool_) {
@@ -44,7 +40,7 @@ PooledTexture FrameCopier::Copy(ID3D11Texture2D* texture) {
   if (!SucceededOrLog(pool_->Take(copy), "Failed to create frame texture: ")) {
     return nullptr;
   }
-  context_->CopySubresourceRegion(copy.get(), 0, 0, 0, 0, texture, 0, nullptr);
+  context_->CopySubresourceRegion(copy.get(), 0, 0, 0, 0, &texture, 0, nullptr);
   return copy;
 }
 

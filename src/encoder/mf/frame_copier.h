@@ -18,8 +18,8 @@ class FrameCopier {
   FrameCopier(ID3D11Device& device, std::uint32_t width, std::uint32_t height);
 
   /// A texture with the frame's picture as it is now. Null when the texture is not one to be taken or no copy
-  /// can be had, with an ERROR line. `texture` may be null.
-  PooledTexture Copy(ID3D11Texture2D* texture);
+  /// can be had, with an ERROR line.
+  PooledTexture Copy(ID3D11Texture2D& texture);
 
  private:
   bool Accepts(ID3D11Texture2D& texture, const D3D11_TEXTURE2D_DESC& description) const;

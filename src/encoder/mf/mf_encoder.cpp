@@ -166,12 +166,16 @@ bool MFEncoder::QueueFrame(const VideoFrame& frame) {
   if (!worker_.AcceptsFrame()) {
     return false;
   }
+  if (frame.texture == nullptr) {
+    Logger::Error("Invalid frame data: texture is null or invalid");
+    return false;
+  }
   const std::scoped_lock lock(copierMutex_);
   if (!copier_) {
     Logger::Error("Device manager not initialized");
     return false;
   }
-  PooledTexture texture = copier_->Copy(frame.texture.get());
+  PooledTexture texture = copier_->Copy(*frame.texture);
   return texture != nullptr && worker_.PushFrame({std::move(texture), frame.timestamp, frame.duration});
 }
 

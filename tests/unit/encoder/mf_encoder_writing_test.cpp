@@ -164,7 +164,9 @@ TEST_F(MFEncoderWritingTest, AFrameIsTakenOnlyWhileWritingAndWithAVideoStream) {
   MakeEncoder();
   EXPECT_TRUE(encoder_->Start());
   EXPECT_FALSE(ProcessFrame(0));
-  EXPECT_THAT(TakeErrors(), ElementsAre("Device manager not initialized"));
+  EXPECT_FALSE(ProcessTexture(nullptr));
+  EXPECT_THAT(TakeErrors(), ElementsAre("Device manager not initialized",
+                                        "Invalid frame data: texture is null or invalid"));
 }
 
 TEST_F(MFEncoderWritingTest, AFrameThatFindsNoTextureIsDropped) {
