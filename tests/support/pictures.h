@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <cstdint>
 #include <vector>
@@ -61,6 +62,7 @@ class Picture {
 Picture FourColours(Picture::Layout layout, std::uint32_t width, std::uint32_t height);
 
 /// The colours of `FourColours`, left to right and top to bottom.
-inline constexpr Rgb kFourColours[] = {{200, 30, 30}, {30, 160, 40}, {40, 50, 210}, {220, 220, 220}};
+inline constexpr std::array<Rgb, 4> kFourColours{
+    {{200, 30, 30}, {30, 160, 40}, {40, 50, 210}, {220, 220, 220}}};
 
 }  // namespace brisolte::testing

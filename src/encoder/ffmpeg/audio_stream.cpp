@@ -43,7 +43,10 @@ bool AudioStream::Create(OutputFile& file, const WaveFormat* format, const Captu
 
 bool AudioStream::AddStream(OutputFile& file, const AudioEncoder& encoder) {
   const AVCodecContext& context = encoder.context();
-  if (stream_ == nullptr && (stream_ = file.AddStream()) == nullptr) {
+  if (stream_ == nullptr) {
+    stream_ = file.AddStream();
+  }
+  if (stream_ == nullptr) {
     Logger::Error("Failed to create audio stream");
     return false;
   }
@@ -61,64 +64,66 @@ bool AudioStream::Process(std::span<const std::uint8_t> bytes) {
     Logger::Error("Audio context not initialized for " + name_);
     return false;
   }
-  source_->pending.Append(bytes);
-  source_->lastDelivery = recording_.elapsed();
-  if (!source_->pending.hasChunk()) {
+  Source& source = *source_;
+  source.pending.Append(bytes);
+  source.lastDelivery = recording_.elapsed();
+  if (!source.pending.hasChunk()) {
     return false;
   }
-  source_->pending.ReportBacklog(name_);
+  source.pending.ReportBacklog(name_);
   bool encoded = false;
-  while (source_->pending.hasChunk()) {
+  while (source.pending.hasChunk()) {
     if (!recording_.running()) {
       Logger::Info(name_ + " frame processing interrupted: thread is stopping");
       break;
     }
-    encoded = EncodeChunk(recording_.elapsed()) || encoded;
+    encoded = EncodeChunk(source, recording_.elapsed()) || encoded;
   }
   return encoded;
 }
 
-bool AudioStream::EncodeChunk(std::int64_t milliseconds) {
-  if (!ResampleChunk(milliseconds)) {
+bool AudioStream::EncodeChunk(Source& source, std::int64_t milliseconds) {
+  if (!ResampleChunk(source, milliseconds)) {
     return false;
   }
   bool encoded = true;
-  while (encoded && source_->encoder.hasFrame()) {
-    encoded = EncodeAudioFrame();
+  while (encoded && source.encoder.hasFrame()) {
+    encoded = EncodeAudioFrame(source);
   }
   return encoded;
 }
 
-bool AudioStream::ResampleChunk(std::int64_t milliseconds) {
-  const AVFrame* const samples = source_->resampler.Convert(source_->pending.Take());
-  const AVRational timeBase = source_->encoder.context().time_base;
+bool AudioStream::ResampleChunk(Source& source, std::int64_t milliseconds) {
+  const AVFrame* const samples = source.resampler.Convert(source.pending.Take());
+  const AVRational timeBase = source.encoder.context().time_base;
   return samples != nullptr &&
-         source_->encoder.Queue(*samples, av_rescale_q(milliseconds, {1, 1000}, timeBase));
+         source.encoder.Queue(*samples, av_rescale_q(milliseconds, {1, 1000}, timeBase));
 }
 
-bool AudioStream::EncodeAudioFrame() {
+bool AudioStream::EncodeAudioFrame(Source& source) {
   if (!recording_.running()) {
     Logger::Info("Skipping frame encoding: audio thread is stopping");
     return false;
   }
-  return source_->encoder.EncodeFrame([this](AVPacket& packet) { EnqueuePacket(packet); });
+  return source.encoder.EncodeFrame([&](AVPacket& packet) { EnqueuePacket(source, packet); });
 }
 
 void AudioStream::Drain() {
   if (!source_ || source_->drained) {
     return;
   }
-  source_->drained = true;
-  while (source_->pending.samples() > 0) {
-    ResampleChunk(source_->lastDelivery);
+  Source& source = *source_;
+  source.drained = true;
+  while (source.pending.samples() > 0) {
+    ResampleChunk(source, source.lastDelivery);
   }
-  source_->encoder.Drain([this](AVPacket& packet) { EnqueuePacket(packet); });
+  source.encoder.Drain([&](AVPacket& packet) { EnqueuePacket(source, packet); });
 }
 
-void AudioStream::EnqueuePacket(AVPacket& packet) {
+void AudioStream::EnqueuePacket(const Source& source, AVPacket& packet) {
   packet.flags |= AV_PKT_FLAG_KEY;
   packet.stream_index = stream_->index;
-  av_packet_rescale_ts(&packet, source_->encoder.context().time_base, stream_->time_base);
+  av_packet_rescale_ts(&packet, source.encoder.context().time_base, stream_->time_base);
   // The stream's ticks may be as long as a packet, and the muxer refuses two in one.
   packet.pts = std::max(packet.pts, lastPacketTime_ + 1);
   packet.dts = packet.pts;

@@ -57,10 +57,10 @@ class AudioStream {
   };
 
   bool AddStream(OutputFile& file, const AudioEncoder& encoder);
-  bool EncodeChunk(std::int64_t milliseconds);
-  bool ResampleChunk(std::int64_t milliseconds);
-  bool EncodeAudioFrame();
-  void EnqueuePacket(AVPacket& packet);
+  bool EncodeChunk(Source& source, std::int64_t milliseconds);
+  static bool ResampleChunk(Source& source, std::int64_t milliseconds);
+  bool EncodeAudioFrame(Source& source);
+  void EnqueuePacket(const Source& source, AVPacket& packet);
 
   const std::string name_;
   const Recording recording_;

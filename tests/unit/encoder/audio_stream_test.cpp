@@ -51,8 +51,9 @@ class AudioStreamTest : public ::testing::Test {
   }
 
   bool Running() {
-    if (stepsToEnd_ > 0 && --stepsToEnd_ == 0) {
-      running_ = false;
+    if (stepsToEnd_ > 0) {
+      --stepsToEnd_;
+      running_ = running_ && stepsToEnd_ > 0;
     }
     return running_;
   }

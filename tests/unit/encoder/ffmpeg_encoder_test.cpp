@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <array>
 #include <filesystem>
 #include <fstream>
 #include <functional>
@@ -364,11 +365,11 @@ TEST_F(FFmpegEncoderTest, SurvivesItsCallsInAnyOrder) {
   const std::vector<std::uint8_t> sound(20'000);
   const WaveFormat format = testing::DeviceFormat(SampleType::kFloat32, 2, 48'000);
   for (int round = 0; round < 60; ++round) {
-    const char* const names[] = {"libx264", "mpeg4", "mjpeg", "prores_ks", "libvpx", "nonsense"};
-    const char* const files[] = {"file.mp4", "file.webm", "file.mov", "file.avi", "file.mp3", "file.unknown"};
-    FFmpegEncoder encoder(Settings(names[random() % 6], files[random() % 6]));
-    const std::uint32_t sizes[] = {0, 1, 2, 31, 48, 64};
-    const std::function<void()> calls[] = {
+    const std::array names{"libx264", "mpeg4", "mjpeg", "prores_ks", "libvpx", "nonsense"};
+    const std::array files{"file.mp4", "file.webm", "file.mov", "file.avi", "file.mp3", "file.unknown"};
+    FFmpegEncoder encoder(Settings(names[random() % names.size()], files[random() % files.size()]));
+    const std::array<std::uint32_t, 6> sizes{0, 1, 2, 31, 48, 64};
+    const std::vector<std::function<void()>> calls{
         [&] { encoder.Initialize(); },
         [&] { encoder.Start(); },
         [&] { encoder.Stop(); },
@@ -377,14 +378,17 @@ TEST_F(FFmpegEncoderTest, SurvivesItsCallsInAnyOrder) {
         [&] { encoder.ProcessAudioFrame(sound, random() % 2 == 0 ? "speaker" : "microphone"); },
         [&] { encoder.ProcessAudioFrame({1, 2, 3}, "speaker"); },
         // No size is larger than the picture, whose pixels are then read as either layout.
-        [&] { encoder.InitializeVideoEncoder(sizes[random() % 6] / 4, sizes[random() % 6] / 2, nullptr); },
+        [&] {
+          encoder.InitializeVideoEncoder(sizes[random() % sizes.size()] / 4,
+                                         sizes[random() % sizes.size()] / 2, nullptr);
+        },
         [&] { encoder.CreateAudioStream(AudioStreamKind::kSpeaker, nullptr); },
         [&] { encoder.CreateAudioStream(AudioStreamKind::kMicrophone, &format); },
         [&] { encoder.GetPixelFormat(); },
         [&] { encoder.Finalize(); },
     };
     for (int call = 0; call < 25; ++call) {
-      calls[random() % std::size(calls)]();
+      calls[random() % calls.size()]();
     }
   }
 }

@@ -148,7 +148,7 @@ TEST(PacketWriter, WritesExactlyWhatItAccepted) {
     const auto more = two.get();
     accepted.insert(accepted.end(), more.begin(), more.end());
     std::vector<std::int64_t> sorted = written.times;
-    std::stable_sort(sorted.begin(), sorted.end(), [](auto a, auto b) { return a / 1000 < b / 1000; });
+    std::ranges::stable_sort(sorted, {}, [](auto time) { return time / 1000; });
     EXPECT_EQ(sorted, accepted);
   }
 }
