@@ -5,7 +5,7 @@ const { test } = require('node:test');
 const { openPattern } = require('./support/desktop');
 const { scenario } = require('./support/scenario');
 const { scratchFolder } = require('./support/scratch');
-const { keptByTheSystem } = require('./support/usage');
+const { systemCosts } = require('./support/usage');
 
 // A recording asks for two factories of the capture service.
 const FACTORIES = 2;
@@ -59,6 +59,6 @@ test('recordings and failed attempts give back all they took', async (t) => {
   );
   const { before, after, counts } = value;
   counts.forEach((name) => assert.ok(after[name] <= before[name], `${name}: ${before[name]}, then ${after[name]}`));
-  const kept = keptByTheSystem().RoGetActivationFactory * FACTORIES * 2 * ROUNDS;
+  const kept = systemCosts().RoGetActivationFactory * FACTORIES * 2 * ROUNDS;
   assert.ok(after.handles - before.handles <= kept + 4, `handles: ${before.handles}, then ${after.handles}`);
 });

@@ -3,7 +3,9 @@
 #include <winternl.h>
 
 #include <algorithm>
+#include <array>
 #include <cstddef>
+#include <string_view>
 #include <vector>
 
 namespace brisolte {
@@ -29,6 +31,12 @@ bool Read(HANDLE process, const void* from, void* to, std::size_t size) {
   return ReadProcessMemory(process, from, to, size, &read) != FALSE && read == size;
 }
 
+bool IsDeviceWindow(HWND window) {
+  std::array<wchar_t, 32> title{};
+  GetWindowTextW(window, title.data(), static_cast<int>(title.size()));
+  return std::wstring_view(title.data()) == L"DXGI device window";
+}
+
 }  // namespace
 
 std::optional<std::uint64_t> CountGdiObjects(HANDLE process) {
@@ -48,16 +56,18 @@ std::optional<std::uint64_t> CountGdiObjects(HANDLE process) {
       std::count_if(entries.begin(), entries.end(), [](const GdiEntry& entry) { return entry.type != 0; }));
 }
 
-std::uint64_t CountWindows(DWORD pid) {
-  std::uint64_t count = 0;
+WindowCounts CountWindows(DWORD pid) {
+  WindowCounts counts;
   for (HWND parent : {HWND{nullptr}, HWND_MESSAGE}) {
     for (HWND window = nullptr; (window = FindWindowExW(parent, window, nullptr, nullptr)) != nullptr;) {
       DWORD owner = 0;
       GetWindowThreadProcessId(window, &owner);
-      count += owner == pid ? 1 : 0;
+      if (owner == pid) {
+        ++(IsDeviceWindow(window) ? counts.ofDevices : counts.others);
+      }
     }
   }
-  return count;
+  return counts;
 }
 
 }  // namespace brisolte

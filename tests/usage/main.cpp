@@ -61,13 +61,15 @@ int main() {
   }
   // Before the calls into the process, whose threads would be counted.
   const Figure threads = CountThreads(pid);
+  const brisolte::WindowCounts windows = brisolte::CountWindows(pid);
   std::cout << '{';
   Write("privateBytes", memory.PagefileUsage);
   Write("workingSet", memory.WorkingSetSize);
   Write("handles", brisolte::CountHandles(pid));
   Write("threads", threads);
   Write("gdiObjects", brisolte::CountGdiObjects(process.get()));
-  Write("windows", brisolte::CountWindows(pid));
+  Write("windows", windows.others);
+  Write("deviceWindows", windows.ofDevices);
   Write("captureObjects", CountObjects(process.get(), L"capture_service.dll"));
   Write("direct3dObjects", CountObjects(process.get(), L"d3d11.dll"), "}\n");
   return 0;

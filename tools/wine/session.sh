@@ -57,8 +57,9 @@ prefix() {
 
 export WINEDLLOVERRIDES="mscoree,mshtml="
 # A copy of the screen is a reply of several megabytes. Its memory would be fresh from the system each time, which costs
-# more than the copy itself.
-export GLIBC_TUNABLES=glibc.malloc.mmap_threshold=1073741824:glibc.malloc.trim_threshold=1073741824
+# more than the copy itself. And with an arena of memory for each thread a process that starts many of them, as every
+# recording does, grows for hours: what one thread has freed does not serve another.
+export GLIBC_TUNABLES=glibc.malloc.arena_max=1:glibc.malloc.mmap_threshold=1073741824:glibc.malloc.trim_threshold=1073741824
 [ "$BRISOLTE_SCREEN" = none ] || display
 sound
 prefix
