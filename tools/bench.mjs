@@ -26,7 +26,7 @@ await main(async () => {
   const names = Object.keys(PARTS).filter((name) => wanted.length === 0 || wanted.includes(name));
   await step('Build: the measurements', () => buildTree('bench', ['bench']));
   if (names.includes('recordings')) {
-    await step('Build: the module', () => buildTree('windows', ['brisolte', 'pattern', 'standins']));
+    await step('Build: the module', () => buildTree('windows', ['brisolte', 'pattern', 'bare', 'standins']));
   }
   // In memory, so that no disk is measured.
   const dir = mkdtempSync(join('/dev/shm', 'brisolte-bench-'));

@@ -30,10 +30,12 @@ double Median(std::vector<double> values) {
 /// Encodes with the recorder's encoder; adds what a frame costs outside the codec.
 void EncodeOurs(const MovingPictures& pictures, const CaptureSettings& settings, std::uint32_t width,
                 std::uint32_t height, std::size_t frames, Figures& figures) {
+  const double starting = WallSeconds();
   FFmpegEncoder encoder(settings);
   if (!encoder.InitializeVideoEncoder(width, height, nullptr) || !encoder.Start()) {
     throw std::runtime_error("the encoder does not start");
   }
+  figures.Add("startSeconds", WallSeconds() - starting);
   std::vector<double> outside;
   outside.reserve(frames);
   std::uint64_t allocations = 0;

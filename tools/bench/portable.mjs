@@ -152,6 +152,7 @@ export async function sizes(dir, note) {
       'CPU ms a frame': ((1000 * found.cpuSeconds) / frames).toFixed(1),
       'CPU ms a megapixel': ((1000 * found.cpuSeconds) / frames / megapixels).toFixed(1),
       'outside the codec, µs a frame': found.outsideMicroseconds.toFixed(0),
+      'start, ms': (1000 * found.startSeconds).toFixed(1),
       'stop, ms': (1000 * found.stopSeconds).toFixed(1),
     });
   }

@@ -1,11 +1,13 @@
 // Runs in Node.js for Windows: one recording of a moving picture, timed.
 // node recorder.cjs REQUEST.json, with the fields of the request as recordings.mjs writes them. It records in a child of
-// its own, whose output is the module's log, and adds what the log says to the result.
+// its own, whose output is the module's log, and adds what the log says to the result, and how long the system takes for the
+// device that a recording makes, without the module.
 
 'use strict';
 
 const { spawn } = require('node:child_process');
 const { closeSync, existsSync, openSync, readFileSync, writeFileSync } = require('node:fs');
+const { join } = require('node:path');
 const { monitorEventLoopDelay, performance } = require('node:perf_hooks');
 const { setTimeout: delay } = require('node:timers/promises');
 
@@ -63,7 +65,9 @@ async function recordInChild() {
   const counts = /trigger count (\d+) , total frames processed: (\d+)/.exec(readFileSync(request.log, 'utf8'));
   const [delivered, recorded] = counts.slice(1).map(Number);
   const result = JSON.parse(readFileSync(request.result, 'utf8'));
-  writeFileSync(request.result, JSON.stringify({ ...result, delivered, recorded }));
+  const { systemCosts } = require(join(request.packageDir, 'tests', 'js', 'support', 'usage'));
+  const { D3D11CreateDeviceMilliseconds: deviceMs } = systemCosts();
+  writeFileSync(request.result, JSON.stringify({ ...result, delivered, recorded, deviceMs }));
 }
 
 const work = process.argv[3] === 'child' ? record : recordInChild;

@@ -51,6 +51,7 @@ function row(fps, found) {
     recorded: found.recorded,
     'recorded / due': (found.recorded / due).toFixed(2),
     'startRecord, ms': found.startMs.toFixed(0),
+    'D3D11CreateDevice alone, ms': found.deviceMs.toFixed(0),
     'stopRecord, ms': found.stopMs.toFixed(0),
     'longest pause of the JavaScript thread meanwhile, ms': found.longestPauseMs.toFixed(0),
   };
