@@ -3,6 +3,7 @@
 import { readFileSync } from 'node:fs';
 import { cpus } from 'node:os';
 import { join, relative } from 'node:path';
+import { ffmpegLibraries } from './workshop/ffmpeg.mjs';
 import { main } from './workshop/report.mjs';
 import { buildDir, buildTree, runInRoot, treeDir } from './workshop/tree.mjs';
 
@@ -18,12 +19,14 @@ await main(async () => {
     ...portable.map((file) => ['linux', file]),
     ...ownSources('windows').filter((file) => !portable.includes(file)).map((file) => ['windows', file]),
   ].filter(([, file]) => wanted(file));
+  // The headers of the FFmpeg that the Windows build links.
+  const readable = [await ffmpegLibraries()];
   let failed = 0;
   const work = async () => {
     for (let job; (job = jobs.shift()); ) {
       const [preset, file] = job;
       console.log(file);
-      const code = await runInRoot(['clang-tidy', '--quiet', '-p', buildDir(preset), file]);
+      const code = await runInRoot(['clang-tidy', '--quiet', '-p', buildDir(preset), file], { readable });
       failed += code === 0 ? 0 : 1;
     }
   };

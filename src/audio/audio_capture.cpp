@@ -25,6 +25,8 @@ namespace {
 class AudioCapture final : public CaptureSource {
  public:
   AudioCapture(const CaptureSettings& settings, Encoder& encoder);
+  AudioCapture(const AudioCapture&) = delete;
+  AudioCapture& operator=(const AudioCapture&) = delete;
   ~AudioCapture() override;
 
   bool initialized() const override { return initialized_; }

@@ -98,6 +98,7 @@ Napi::Value Capture::GetSpeakers(Info info) {
   return ArrayOf(info.Env(), "Error getting speakers: ", [this] { return controller_.getSpeakers(); });
 }
 
+// NOLINTNEXTLINE(readability-convert-member-functions-to-static): the class binds members only.
 Napi::Value Capture::GetSupportVideoCodec(Info info) {
   return ArrayOf(info.Env(),
                  "Error getting supported video codecs: ", [] { return GetSupportedVideoCodecs(); });

@@ -92,6 +92,7 @@ Napi::Value Capture::SetBorderHighlight(Info info) {
   return Napi::Boolean::New(info.Env(), controller_.setBorderHighlight(borderHighlight));
 }
 
+// NOLINTNEXTLINE(readability-convert-member-functions-to-static): the class binds members only.
 Napi::Value Capture::SetLogLevel(Info info) {
   const std::int32_t level = NumberArgument(info, "Setting log level requires a number parameter");
   Require(info, level >= 0 && level <= 5,
@@ -100,6 +101,7 @@ Napi::Value Capture::SetLogLevel(Info info) {
   return info.Env().Undefined();
 }
 
+// NOLINTNEXTLINE(readability-convert-member-functions-to-static): the class binds members only.
 Napi::Value Capture::GetLogLevel(Info info) {
   const auto level = static_cast<std::int32_t>(Logger::Level());
   return Napi::Number::New(info.Env(), level >= 0 && level <= 5 ? level : 2);

@@ -25,6 +25,7 @@ void Append(std::vector<MonitorEntry>& monitors, HMONITOR handle, const MONITORI
 }
 
 BOOL CALLBACK OnMonitor(HMONITOR handle, HDC /*context*/, LPRECT /*clip*/, LPARAM listing) {
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): the system hands pointers through as integers.
   auto& result = *reinterpret_cast<Listing*>(listing);
   MONITORINFOEXW info{};
   info.cbSize = sizeof(info);

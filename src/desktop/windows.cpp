@@ -40,6 +40,7 @@ void AppendIfListed(std::vector<WindowEntry>& windows, HWND handle) {
 }
 
 BOOL CALLBACK OnWindow(HWND handle, LPARAM listing) {
+  // NOLINTNEXTLINE(performance-no-int-to-ptr): the system hands pointers through as integers.
   auto& result = *reinterpret_cast<Listing*>(listing);
   // The system's code lies between here and the caller, and no exception may pass through it.
   try {

@@ -100,14 +100,22 @@ class WindowsCapturePlatform final : public CapturePlatform {
     converter_.emplace(graphics_);
     return converter_->CreateVideoProcessorEnumerator(geometry, frameRate);
   }
-  std::int32_t CreateVideoProcessor() override { return converter_->CreateVideoProcessor(); }
-  void SetOutputFormat(DxgiFormat format) override { converter_->SetOutputFormat(format); }
+  std::int32_t CreateVideoProcessor() override {
+    return converter_ ? converter_->CreateVideoProcessor() : E_UNEXPECTED;
+  }
+  void SetOutputFormat(DxgiFormat format) override {
+    if (converter_) {
+      converter_->SetOutputFormat(format);
+    }
+  }
 
   void StartCapture() override { service_.StartCapture(); }
   void CloseSession() override { service_.CloseSession(); }
   std::unique_ptr<CapturedFrame> TryGetNextFrame() override {
     auto frame = service_.TryGetNextFrame();
-    return frame == nullptr ? nullptr : std::make_unique<WindowsCapturedFrame>(std::move(frame), *converter_);
+    return frame == nullptr || !converter_
+               ? nullptr
+               : std::make_unique<WindowsCapturedFrame>(std::move(frame), *converter_);
   }
 
  private:
