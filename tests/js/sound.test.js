@@ -8,22 +8,15 @@ const path = require('node:path');
 const { test } = require('node:test');
 const { openPattern } = require('./support/desktop');
 const { describe, sound } = require('./support/media');
-const { loadSilently } = require('./support/package');
 const { record, recordSound } = require('./support/recording');
 const { scenario } = require('./support/scenario');
 const { scratchFolder } = require('./support/scratch');
-const { openTone, playTone, strengthAt } = require('./support/sound');
+const { microphone, openTone, playTone, speaker, strengthAt } = require('./support/sound');
 const { waitFor } = require('./support/wait');
-
-const Brisolte = loadSilently();
 
 const LEVEL = 0.5;
 const IN_THE_ROOM = { endpoint: 'Room', frequency: 440, level: LEVEL };
 const ON_THE_SPEAKER = { endpoint: 'Speaker', frequency: 1000, level: LEVEL };
-
-const idOf = (devices, name) => devices.find((device) => device.name.includes(name)).id;
-const microphone = () => ['setMicrophoneDevice', idOf(new Brisolte().getMicrophones(), 'Microphone')];
-const speaker = () => ['setSpeakerDevice', idOf(new Brisolte().getSpeakers(), 'Speaker')];
 
 const SMALL = { x: 20, y: 20, width: 320, height: 192 };
 

@@ -15,6 +15,9 @@ const PROGRAM_LIMIT_S = 600;
 const resultsDir = mkdtempSync(join(tmpdir(), 'brisolte-test-'));
 process.on('exit', () => rmSync(resultsDir, { recursive: true, force: true }));
 
+// Tests that set the clock of their session.
+const CLOCK_TESTS = ['clock.test.js'];
+
 /** Each layer with the words for its results, the preset it needs built, its files, and how one of them runs. */
 export const layers = {
   linux: { title: 'portable code on Linux', preset: 'linux', files: testPrograms, run: runLinuxProgram },
@@ -147,6 +150,7 @@ export async function runJavascript(file, layer, { readable = [], writable = [],
   ];
   const code = await runUnderWine('node', words, {
     standins: true,
+    clock: CLOCK_TESTS.includes(basename(file)),
     timeout,
     readable: [tools, ...readable],
     writable: [resultsDir, ...writable],

@@ -6,6 +6,7 @@ import { runUnderWine } from './runner.mjs';
 
 const USAGE = `usage: node tools/wine/run.mjs [options] PROGRAM.exe|node [argument ...]
   --standins          with the stand-ins for what Wine lacks
+  --clock             with a clock that can be set: BRISOLTE_CLOCK names the file of what it shows
   --timeout SECONDS   time limit, 300 unless said otherwise
   --screen WxH|none   size of the screen, 1280x720 unless said otherwise; none for a session without a display
   --node VERSION      which Node.js for Windows
@@ -13,6 +14,7 @@ const USAGE = `usage: node tools/wine/run.mjs [options] PROGRAM.exe|node [argume
 
 const OPTIONS = {
   standins: { type: 'boolean' },
+  clock: { type: 'boolean' },
   timeout: { type: 'string' },
   screen: { type: 'string' },
   node: { type: 'string' },

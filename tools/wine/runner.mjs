@@ -20,6 +20,9 @@ const TIMED_OUT = 124;
 const SMALL_DISK = '/small-disk';
 const SMALL_DISK_BYTES = 256 * 1024;
 
+// What the clock of Wine's processes shows: seconds before or after the machine's clock, or a moment at which it stands.
+const CLOCK = '/tmp/clock';
+
 // A folder into which nobody can write, not even root: the build root's own are mounted so.
 const READ_ONLY_DIR = '/usr';
 
@@ -37,6 +40,7 @@ export const hostPath = (path) => path.replace(/^Z:/, '').replaceAll('\\', '/');
  * @param {object} options
  * @param {number} [options.timeout] seconds after which the program and all it started are ended
  * @param {boolean} [options.standins] puts the stand-ins for what Wine lacks in place
+ * @param {boolean} [options.clock] gives Wine's processes a clock that can be set; the others keep that of the machine
  * @param {string} [options.screen] size of the screen, or `none` for a session without a display
  * @param {string[]} [options.writable] folders beside the tree that the program may write, under their own names
  * @param {string[]} [options.readable] folders beside the tree that the program may read, under their own names
@@ -45,7 +49,8 @@ export const hostPath = (path) => path.replace(/^Z:/, '').replaceAll('\\', '/');
  * @returns {Promise<number>} the exit code, 124 after a time-out
  */
 export async function runUnderWine(program, words, options = {}) {
-  const { timeout = 300, standins = false, screen = '1280x720', writable = [], readable = [], outputOnly = false, env = {} } = options;
+  const { timeout = 300, standins = false, clock = false, screen = '1280x720' } = options;
+  const { writable = [], readable = [], outputOnly = false, env = {} } = options;
   const executable = program === 'node' ? await windowsNode(options.node ?? DEFAULT_NODE) : resolve(program);
   if (!existsSync(executable)) {
     throw new WorkshopError(`${executable} does not exist; build it first: node tools/build.mjs windows`);
@@ -80,6 +85,7 @@ export async function runUnderWine(program, words, options = {}) {
       BRISOLTE_READ_ONLY_DIR: windowsPath(READ_ONLY_DIR),
       BRISOLTE_SCREEN: screen,
       BRISOLTE_STANDINS: standins ? '1' : '',
+      ...(clock ? { BRISOLTE_CLOCK: windowsPath(CLOCK) } : {}),
       ...env,
     },
   });

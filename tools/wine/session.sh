@@ -55,6 +55,14 @@ prefix() {
   fi
 }
 
+# The clock that Wine's processes see says what the file does, at every look at it. What counts from any beginning, and the
+# times of files, stay those of the machine.
+clock() {
+  echo +0 > /tmp/clock
+  export FAKETIME_TIMESTAMP_FILE=/tmp/clock FAKETIME_NO_CACHE=1 FAKETIME_DONT_FAKE_MONOTONIC=1 NO_FAKE_STAT=1
+  export LD_PRELOAD=/usr/lib/x86_64-linux-gnu/faketime/libfaketime.so.1
+}
+
 export WINEDLLOVERRIDES="mscoree,mshtml="
 # A copy of the screen is a reply of several megabytes. Its memory would be fresh from the system each time, which costs
 # more than the copy itself. And with an arena of memory for each thread a process that starts many of them, as every
@@ -63,5 +71,6 @@ export GLIBC_TUNABLES=glibc.malloc.arena_max=1:glibc.malloc.mmap_threshold=10737
 [ "$BRISOLTE_SCREEN" = none ] || display
 sound
 prefix
+[ -z "${BRISOLTE_CLOCK:-}" ] || clock
 # To files: Node.js for Windows fails with EBADF when its standard output is a pipe of Wine's.
 wine "$@" > /output/stdout 2> /output/stderr < /dev/null

@@ -6,9 +6,9 @@ const fs = require('node:fs');
 const { test } = require('node:test');
 const { openPattern } = require('../support/desktop');
 const { describe, sound } = require('../support/media');
-const { loadSilently } = require('../support/package');
 const { recordAll } = require('../support/recording');
 const { scratchFolder } = require('../support/scratch');
+const { microphone, speaker } = require('../support/sound');
 const { waitFor } = require('../support/wait');
 
 /** Takes the microphone out of the sound server, which is a program of the host. */
@@ -18,14 +18,12 @@ function unplugMicrophone() {
 }
 
 test('a microphone that is unplugged ends its own sound alone', async (t) => {
-  const Brisolte = loadSilently();
-  const named = (devices, name) => devices.find((device) => device.name.includes(name)).id;
   const window = await openPattern(t, { title: 'Unplugged', x: 20, y: 20, width: 320, height: 192 });
   const dir = scratchFolder();
   const settings = [
     ['setWindow', window.handle],
-    ['setMicrophoneDevice', named(new Brisolte().getMicrophones(), 'Microphone')],
-    ['setSpeakerDevice', named(new Brisolte().getSpeakers(), 'Speaker')],
+    microphone(),
+    speaker(),
   ];
   const recording = recordAll([
     { window, settings, dir, pictures: 300 },

@@ -18,7 +18,12 @@ function assertTimes(found) {
   assert.ok(found.length > 0, 'no packets');
   assert.equal(found[0].ms, 0);
   assert.equal(found[0].key, true);
-  found.slice(1).forEach(({ ms }, i) => assert.ok(ms > found[i].ms, `frame ${i + 1} at ${ms} after ${found[i].ms}`));
+  assertRising(found.map(({ ms }) => ms));
+}
+
+/** Each of these times is later than the one before it. */
+function assertRising(times) {
+  times.slice(1).forEach((ms, i) => assert.ok(ms > times[i], `packet ${i + 1} at ${ms} after ${times[i]}`));
 }
 
 /**
@@ -54,4 +59,4 @@ function assertFresh(numbers, [before, after]) {
   );
 }
 
-module.exports = { assertRecording, assertSize, assertTimes, even };
+module.exports = { assertRecording, assertRising, assertSize, assertTimes, even };

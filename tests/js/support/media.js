@@ -26,23 +26,26 @@ function run(name, words) {
 }
 
 /**
- * A file's container, streams and video packets, as ffprobe tells them.
- * @returns {{format: object, streams: object[], video: object, packets: {ms: number, key: boolean}[]}} `video` is the
- *   first video stream, the packets are in file order
+ * A file's container, streams and packets, as ffprobe tells them.
+ * @returns {{format: object, streams: object[], video: object, packets: {ms: number, key: boolean}[], sounds: number[][]}}
+ *   `video` is the first video stream and `packets` are its packets, `sounds` the times in milliseconds of the packets of each
+ *   sound; all in file order
  */
 function describe(file) {
   const { status, output, errors } = run('ffprobe', [
-    ...['-v', 'error', '-show_entries', 'format:stream:packet=codec_type,pts_time,flags', '-of', 'json', file],
+    ...['-v', 'error', '-show_entries', 'format:stream:packet=codec_type,stream_index,pts_time,flags', '-of', 'json', file],
   ]);
   assert.equal(status, 0, `ffprobe could not read ${file}: ${errors}`);
   const { format, streams, packets = [] } = JSON.parse(output);
+  const timed = packets.map((packet) => ({ ...packet, ms: Number(packet.pts_time) * 1000 }));
   return {
     format,
     streams,
     video: streams.find((stream) => stream.codec_type === 'video'),
-    packets: packets
-      .filter((packet) => packet.codec_type === 'video')
-      .map(({ pts_time: seconds, flags }) => ({ ms: Number(seconds) * 1000, key: flags.startsWith('K') })),
+    packets: timed.filter((packet) => packet.codec_type === 'video').map(({ ms, flags }) => ({ ms, key: flags.startsWith('K') })),
+    sounds: streams
+      .filter((stream) => stream.codec_type === 'audio')
+      .map(({ index }) => timed.filter((packet) => packet.stream_index === index).map(({ ms }) => ms)),
   };
 }
 

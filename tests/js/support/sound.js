@@ -5,8 +5,17 @@
 const { spawn } = require('node:child_process');
 const fs = require('node:fs');
 const { programs } = require('./desktop');
+const { loadSilently } = require('./package');
 const { scratchFile } = require('./scratch');
 const { waitFor } = require('./wait');
+
+const idOf = (devices, name) => devices.find((device) => device.name.includes(name)).id;
+
+/** The setting that records the microphone, which hears what is played in the room. */
+const microphone = () => ['setMicrophoneDevice', idOf(new (loadSilently())().getMicrophones(), 'Microphone')];
+
+/** The setting that records the speaker. */
+const speaker = () => ['setSpeakerDevice', idOf(new (loadSilently())().getSpeakers(), 'Speaker')];
 
 /** A running tone.exe, which plays a sine wave on the render endpoint that has `endpoint` in its name. */
 class Tone {
@@ -76,4 +85,4 @@ function strengthAt(frequency, samples, rate) {
   return (2 * Math.hypot(real, imaginary)) / samples.length;
 }
 
-module.exports = { openTone, playTone, strengthAt };
+module.exports = { microphone, openTone, playTone, speaker, strengthAt };
