@@ -8,6 +8,7 @@ const { test } = require('node:test');
 const { assertRecording } = require('./support/check');
 const { openPattern, programs } = require('./support/desktop');
 const media = require('./support/media');
+const { assertAdvances, assertPicture, readNumber } = require('./support/pattern');
 const { scenario } = require('./support/scenario');
 const { readOnlyFolder, scratchFile, scratchFolder, smallDisk } = require('./support/scratch');
 const { waitFor } = require('./support/wait');
@@ -133,9 +134,18 @@ function namesOfTheNextSeconds(dir, seconds) {
   });
 }
 
+// An AVI file that breaks off shows the picture, moving, in all frames but the last.
+function assertBeginning(file, picture) {
+  const shown = media.frames(file, media.describe(file).video, { whole: false }).slice(0, -1);
+  assert.ok(shown.length >= 3, `${shown.length} frames`);
+  shown.forEach((frame) => assertPicture(frame, { picture }));
+  assertAdvances(shown.map((frame) => readNumber(frame, { picture })));
+}
+
 test('a disk that fills up ends the writing, not the process', async (t) => {
   const window = await openPattern(t, { title: 'Full disk', ...SMALL, width: 640, height: 360 });
   const disk = smallDisk(t);
+  const kept = scratchFile('avi');
   const { value, log } = await scenario(
     async ({ Brisolte, log: live, painted, paintedMore, require: load }, given) => {
       const fs = load('node:fs');
@@ -162,6 +172,7 @@ test('a disk that fills up ends the writing, not the process', async (t) => {
       answers.push(capture.isCapturing(), capture.stopRecord(), capture.isCapturing());
       const errors = live.since().errors;
       fs.rmSync(given.filler);
+      fs.copyFileSync(capture.getSaveFilePath(), given.kept);
       fs.rmSync(capture.getSaveFilePath());
 
       const mark = live.mark();
@@ -176,13 +187,15 @@ test('a disk that fills up ends the writing, not the process', async (t) => {
     {
       dir: disk,
       filler: path.join(disk, 'filler'),
-      room: 100000,
+      room: 200000,
+      kept,
       handle: window.handle,
       progress: window.progress,
     },
   );
   assert.deepEqual(value.answers, [true, true, true, false, true, true], log.text);
   assert.deepEqual(value.errors, ['FFmpegEncoder: Failed to write trailer!!!!!']);
+  assertBeginning(kept, window.picture);
   assertRecording(value, { picture: window.picture });
 });
 

@@ -42,6 +42,7 @@ export const hostPath = (path) => path.replace(/^Z:/, '').replaceAll('\\', '/');
  * @param {boolean} [options.standins] puts the stand-ins for what Wine lacks in place
  * @param {boolean} [options.clock] gives Wine's processes a clock that can be set; the others keep that of the machine
  * @param {string} [options.screen] size of the screen, or `none` for a session without a display
+ * @param {number} [options.smallDisk] bytes of the disk that BRISOLTE_SMALL_DISK names; it is gone with the session
  * @param {string[]} [options.writable] folders beside the tree that the program may write, under their own names
  * @param {string[]} [options.readable] folders beside the tree that the program may read, under their own names
  * @param {boolean} [options.outputOnly] leaves out what goes to standard error, where FFmpeg's libraries tell of each file
@@ -49,7 +50,7 @@ export const hostPath = (path) => path.replace(/^Z:/, '').replaceAll('\\', '/');
  * @returns {Promise<number>} the exit code, 124 after a time-out
  */
 export async function runUnderWine(program, words, options = {}) {
-  const { timeout = 300, standins = false, clock = false, screen = '1280x720' } = options;
+  const { timeout = 300, standins = false, clock = false, screen = '1280x720', smallDisk = SMALL_DISK_BYTES } = options;
   const { writable = [], readable = [], outputOnly = false, env = {} } = options;
   const executable = program === 'node' ? await windowsNode(options.node ?? DEFAULT_NODE) : resolve(program);
   if (!existsSync(executable)) {
@@ -75,7 +76,7 @@ export async function runUnderWine(program, words, options = {}) {
             ...['--ro-bind', `${template}/drive_c/windows/system32/d3d11.dll`, '/prefix/drive_c/wine/wine-d3d11.dll'],
           ]
         : []),
-      ...['--dir', SMALL_DISK, '--size', String(SMALL_DISK_BYTES), '--tmpfs', SMALL_DISK],
+      ...['--dir', SMALL_DISK, '--size', String(smallDisk), '--tmpfs', SMALL_DISK],
     ],
     env: {
       WINEDEBUG: '-all',
