@@ -68,7 +68,7 @@ TEST(CaptureLoop, EndsWhenAnotherThreadClearsTheFlag) {
     polled.notify_all();
     return false;
   });
-  std::jthread loop([&] { RunCaptureLoop(running, stream, stream); });
+  const std::jthread loop([&] { RunCaptureLoop(running, stream, stream); });
   polled.wait(false);
   running = false;
 }

@@ -55,7 +55,7 @@ TEST(ReadWaveFormat, NeedsTheWholeBasicFormat) {
 
 class DeviceFormats : public TestWithParam<std::tuple<std::uint16_t, std::uint32_t>> {
  protected:
-  void Expect(std::uint16_t bits, bool floatingPoint, SampleType type) const {
+  static void Expect(std::uint16_t bits, bool floatingPoint, SampleType type) {
     const auto [channels, rate] = GetParam();
     const auto plain = ReadWaveFormat(PlainFormat(floatingPoint ? 3 : 1, bits, channels, rate));
     const auto extensible = ReadWaveFormat(

@@ -133,15 +133,15 @@ TEST_F(CaptureControllerTest, TakesPositiveAudioBitratesOnly) {
 }
 
 TEST_F(CaptureControllerTest, FindsAMonitorByItsExactName) {
-  stage_.monitors = {Monitor(0, "\\\\.\\DISPLAY1"), Monitor(1, "\\\\.\\DISPLAY2"),
-                     Monitor(2, "\\\\.\\DISPLAY2")};
+  stage_.monitors = {Monitor(0, R"(\\.\DISPLAY1)"), Monitor(1, R"(\\.\DISPLAY2)"),
+                     Monitor(2, R"(\\.\DISPLAY2)")};
   controller_.setWindow(5);
-  for (const std::string name : {"\\\\.\\Display2", "\\\\.\\DISPLAY", "\\\\.\\DISPLAY2 ", ""}) {
+  for (const std::string name : {R"(\\.\Display2)", R"(\\.\DISPLAY)", R"(\\.\DISPLAY2 )", ""}) {
     EXPECT_FALSE(controller_.setMonitorByName(name)) << name;
   }
   EXPECT_EQ(controller_.settings().mode, CaptureMode::kWindow);
   EXPECT_EQ(controller_.settings().monitorIndex, 0);
-  EXPECT_TRUE(controller_.setMonitorByName("\\\\.\\DISPLAY2"));
+  EXPECT_TRUE(controller_.setMonitorByName(R"(\\.\DISPLAY2)"));
   EXPECT_EQ(controller_.settings().mode, CaptureMode::kScreen);
   EXPECT_EQ(controller_.settings().monitorIndex, 1);
 }
@@ -219,6 +219,8 @@ TEST_F(CaptureControllerTest, TakesAScreenshotOfTheCurrentTarget) {
 class OutputDirTest : public CaptureControllerTest {
  protected:
   OutputDirTest() { std::filesystem::create_directories(folder_); }
+  OutputDirTest(const OutputDirTest&) = delete;
+  OutputDirTest& operator=(const OutputDirTest&) = delete;
   ~OutputDirTest() override {
     std::error_code ignored;
     std::filesystem::remove_all(folder_, ignored);

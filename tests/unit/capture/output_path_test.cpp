@@ -24,7 +24,7 @@ struct Family {
 };
 
 const std::vector<Family>& Families() {
-  static const std::vector<Family> families = {
+  static const std::vector<Family> kFamilies = {
       {"mp4",
        "MP4",
        {"libx264", "h264", "h264_nvenc", "h264_qsv", "h264_amf", "h264_videotoolbox", "libx265", "hevc",
@@ -36,7 +36,7 @@ const std::vector<Family>& Families() {
       {"mov", "MOV", {"prores", "prores_ks", "prores_videotoolbox"}},
       {"avi", "AVI", {"mjpeg", "mjpeg_qsv", "mjpeg_nvenc"}},
   };
-  return families;
+  return kFamilies;
 }
 
 TEST(ContainerForEncoder, KnowsEveryEncoderOfEachContainer) {
@@ -114,7 +114,8 @@ TEST(MakeOutputFilePath, TakesTheDirectoryAsItStands) {
   const std::string name = std::string(kStem) + ".mov";
   const std::vector<std::string> directories = {"", "C:\\Videos\\", "C:/\xC3\xBC\xE6\xBC\xA2"};
   for (const std::string& directory : directories) {
-    EXPECT_EQ(MaskedPath(Settings(CaptureMode::kScreen, "prores", 0, directory)), directory + "\\" + name);
+    EXPECT_EQ(MaskedPath(Settings(CaptureMode::kScreen, "prores", 0, directory)),
+              (directory + "\\").append(name));
   }
 }
 

@@ -42,6 +42,7 @@ TEST(SettingsLock, LetsOneThreadInAtATime) {
   int counter = 0;
   {
     std::vector<std::jthread> threads;
+    threads.reserve(kThreads);
     for (int i = 0; i < kThreads; ++i) {
       threads.emplace_back([&] {
         for (int round = 0; round < kRounds; ++round) {

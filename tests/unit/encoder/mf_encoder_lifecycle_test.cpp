@@ -121,7 +121,7 @@ TEST_F(MFEncoderLifecycleTest, StopDoesNotWaitForWhatIsQueued) {
   }
   stage_.AwaitSamples(1);
   // Lets the write that is under way go once nothing more is taken: then the worker knows that it is to end.
-  std::jthread releasing([this] {
+  const std::jthread releasing([this] {
     while (ProcessAudio("speaker", 1)) {
       std::this_thread::yield();
     }

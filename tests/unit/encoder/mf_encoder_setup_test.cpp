@@ -7,13 +7,11 @@
 namespace brisolte {
 namespace {
 
-using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using testing::kFailure;
 using testing::kFailureText;
 using testing::MakeCaptureDevice;
-using ::testing::Not;
 using ::testing::SizeIs;
 using ::testing::StartsWith;
 

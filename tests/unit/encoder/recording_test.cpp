@@ -39,7 +39,7 @@ std::ostream& operator<<(std::ostream& stream, const Case& value) {
   return stream << value.encoder;
 }
 
-const Case kCases[] = {
+const std::vector<Case> kCases = {
     {"libx264", "mp4", "h264", Picture::Layout::kNv12, ColourRule::kBt709Limited},
     {"libx265", "mp4", "hevc", Picture::Layout::kNv12, ColourRule::kBt709Limited},
     {"mpeg4", "mp4", "mpeg4", Picture::Layout::kNv12, ColourRule::kBt709Limited},

@@ -17,17 +17,20 @@ namespace brisolte::testing {
 class VideoCaptureTest : public ::testing::Test {
  protected:
   VideoCaptureTest() { Logger::SetLevel(LogLevel::kFatal); }
+  VideoCaptureTest(const VideoCaptureTest&) = delete;
+  VideoCaptureTest& operator=(const VideoCaptureTest&) = delete;
   ~VideoCaptureTest() override { Logger::SetLevel(levelBefore_); }
 
   std::unique_ptr<VideoCapture> Construct() {
-    return std::make_unique<VideoCapture>(settings, encoder, std::make_unique<FakeCapturePlatform>(system));
+    return std::make_unique<VideoCapture>(settings_, encoder_,
+                                          std::make_unique<FakeCapturePlatform>(system_));
   }
 
   std::unique_ptr<VideoCapture> Running() {
     auto capture = Construct();
     EXPECT_TRUE(capture->initialized());
     EXPECT_TRUE(capture->Start());
-    system->journal.Clear();
+    system_->journal.Clear();
     return capture;
   }
 
@@ -38,11 +41,11 @@ class VideoCaptureTest : public ::testing::Test {
     return log.lines();
   }
 
-  std::vector<std::string> calls() const { return system->journal.entries(); }
+  std::vector<std::string> calls() const { return system_->journal.entries(); }
 
-  CaptureSettings settings;
-  std::shared_ptr<FakeSystem> system = std::make_shared<FakeSystem>();
-  FakeEncoder encoder{system->journal};
+  CaptureSettings settings_;
+  std::shared_ptr<FakeSystem> system_ = std::make_shared<FakeSystem>();
+  FakeEncoder encoder_{system_->journal};
 
  private:
   LogLevel levelBefore_ = Logger::Level();

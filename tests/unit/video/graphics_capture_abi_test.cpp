@@ -40,8 +40,8 @@ class Recorder {
  public:
   Recorder() {
     // Copied as bytes: a compiler may not mistake the table for data of another type than the calls read.
-    const void* table = kTable.data();
-    std::memcpy(object_.data(), &table, sizeof(table));
+    const void* table = static_cast<const void*>(kTable.data());
+    std::memcpy(object_.data(), static_cast<const void*>(&table), sizeof(table));
   }
 
   Interface* operator->() { return reinterpret_cast<Interface*>(start_); }

@@ -6,57 +6,56 @@ namespace {
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
-using ::testing::Not;
 using ::testing::StartsWith;
 
 using VideoCaptureFrames = VideoCaptureTest;
 
 TEST_F(VideoCaptureFrames, AreConvertedClosedEncodedAndReleased) {
   const auto capture = Running();
-  system->ArriveAtMs(5000);
+  system_->ArriveAtMs(5000);
   EXPECT_THAT(calls(), ElementsAre("convert 0 0", "close frame", "encode 0 0", "release frame"));
-  EXPECT_THAT(encoder.firstBytes, ElementsAre(7));
+  EXPECT_THAT(encoder_.firstBytes, ElementsAre(7));
 }
 
 TEST_F(VideoCaptureFrames, AreTimedInWholeMilliseconds) {
   const auto capture = Running();
   const CapturedLog log(LogLevel::kInfo);
-  system->Arrive(50'009'999);
-  system->Arrive(50'500'000);
+  system_->Arrive(50'009'999);
+  system_->Arrive(50'500'000);
   EXPECT_THAT(log.lines(), ElementsAre("[INFO] First Video frame arrived at: 5000"));
   EXPECT_THAT(calls(), Contains("encode 50 50"));
 }
 
 TEST_F(VideoCaptureFrames, ThatComeTooEarlyAreReleasedUnclosed) {
   const auto capture = Running();
-  system->ArriveAtMs(5000);
-  system->journal.Clear();
-  system->ArriveAtMs(5010);
+  system_->ArriveAtMs(5000);
+  system_->journal.Clear();
+  system_->ArriveAtMs(5010);
   EXPECT_THAT(calls(), ElementsAre("release frame"));
 }
 
 TEST_F(VideoCaptureFrames, ThatCannotBeConvertedAreClosedAndSkipped) {
   const auto capture = Running();
-  system->converts = false;
-  system->ArriveAtMs(5000);
+  system_->converts = false;
+  system_->ArriveAtMs(5000);
   EXPECT_THAT(calls(), ElementsAre("convert 0 0", "close frame", "release frame"));
-  system->converts = true;
-  system->ArriveAtMs(5040);
+  system_->converts = true;
+  system_->ArriveAtMs(5040);
   EXPECT_THAT(calls(), Contains("encode 40 40"));
 }
 
 TEST_F(VideoCaptureFrames, MayBeMissing) {
   const auto capture = Running();
   const CapturedLog log;
-  EXPECT_EQ(system->handler(), 0);
+  EXPECT_EQ(system_->handler(), 0);
   EXPECT_THAT(log.lines(), ElementsAre("[WARNING] No frame available"));
 }
 
 TEST_F(VideoCaptureFrames, AreNotTakenBeforeTheStart) {
   const auto capture = Construct();
-  system->journal.Clear();
+  system_->journal.Clear();
   const CapturedLog log;
-  EXPECT_EQ(system->ArriveAtMs(5000), 0);
+  EXPECT_EQ(system_->ArriveAtMs(5000), 0);
   EXPECT_THAT(calls(), IsEmpty());
   EXPECT_THAT(log.lines(), IsEmpty());
 }
@@ -64,33 +63,33 @@ TEST_F(VideoCaptureFrames, AreNotTakenBeforeTheStart) {
 TEST_F(VideoCaptureFrames, FailWithTheHResultOfTheService) {
   for (const char* call : {"TryGetNextFrame", "SystemRelativeTime", "CloseFrame"}) {
     const auto capture = Running();
-    system->raised = {{call, kFailure}};
+    system_->raised = {{call, kFailure}};
     const CapturedLog log;
-    EXPECT_EQ(system->ArriveAtMs(5000), kFailure) << call;
+    EXPECT_EQ(system_->ArriveAtMs(5000), kFailure) << call;
     EXPECT_THAT(log.text(), ::testing::HasSubstr("[ERROR] Exception in OnFrameArrived: HRESULT: 0x80004005"));
-    EXPECT_EQ(system->openFrames, 0);
-    system->raised.clear();
-    system->frames.clear();
-    system->ArriveAtMs(5040);
+    EXPECT_EQ(system_->openFrames, 0);
+    system_->raised.clear();
+    system_->frames.clear();
+    system_->ArriveAtMs(5040);
     EXPECT_THAT(calls(), Contains(StartsWith("encode"))) << call;
   }
 }
 
 TEST_F(VideoCaptureFrames, FailWithoutAnExceptionWhenTheEncoderThrows) {
   const auto capture = Running();
-  encoder.throwsOnFrame = true;
+  encoder_.throwsOnFrame = true;
   const CapturedLog log(LogLevel::kWarn);
-  EXPECT_EQ(system->ArriveAtMs(5000), kFailure);
+  EXPECT_EQ(system_->ArriveAtMs(5000), kFailure);
   EXPECT_THAT(log.lines(), ElementsAre("[ERROR] Exception in OnFrameArrived: encoder broke"));
-  EXPECT_EQ(system->openFrames, 0);
+  EXPECT_EQ(system_->openFrames, 0);
 }
 
 TEST_F(VideoCaptureFrames, StopWithTheEncoderDetached) {
   const auto capture = Running();
-  system->ArriveAtMs(5000);
+  system_->ArriveAtMs(5000);
   capture->DetachEncoder();
-  system->journal.Clear();
-  system->ArriveAtMs(5040);
+  system_->journal.Clear();
+  system_->ArriveAtMs(5040);
   EXPECT_THAT(calls(), IsEmpty());
   capture->Stop();
   EXPECT_THAT(calls(), Contains("CloseSession"));
@@ -100,7 +99,7 @@ using VideoCaptureLifecycle = VideoCaptureTest;
 
 TEST_F(VideoCaptureLifecycle, StartsTheSession) {
   const auto capture = Construct();
-  system->journal.Clear();
+  system_->journal.Clear();
   const CapturedLog log;
   EXPECT_TRUE(capture->Start());
   EXPECT_THAT(calls(), ElementsAre("StartCapture"));
@@ -116,7 +115,7 @@ TEST_F(VideoCaptureLifecycle, DoesNotStartTwice) {
 }
 
 TEST_F(VideoCaptureLifecycle, RaisesAStartThatFails) {
-  system->raised = {{"StartCapture", kFailure}};
+  system_->raised = {{"StartCapture", kFailure}};
   auto capture = Construct();
   EXPECT_THROW(capture->Start(), HResultError);
   capture.reset();
@@ -125,13 +124,13 @@ TEST_F(VideoCaptureLifecycle, RaisesAStartThatFails) {
 
 TEST_F(VideoCaptureLifecycle, StopsAndCounts) {
   const auto capture = Construct();
-  system->ArriveAtMs(4000);
-  system->frames.clear();
+  system_->ArriveAtMs(4000);
+  system_->frames.clear();
   capture->Start();
-  system->ArriveAtMs(5000);
-  system->ArriveAtMs(5001);
-  system->ArriveAtMs(5040);
-  system->journal.Clear();
+  system_->ArriveAtMs(5000);
+  system_->ArriveAtMs(5001);
+  system_->ArriveAtMs(5040);
+  system_->journal.Clear();
   const CapturedLog log;
   capture->Stop();
   EXPECT_THAT(calls(), ElementsAre("CloseSession", "ReleaseItem", "ReleaseWrappedDevice"));
@@ -142,8 +141,8 @@ TEST_F(VideoCaptureLifecycle, StopsAndCounts) {
 TEST_F(VideoCaptureLifecycle, TakesNoFrameAfterTheStop) {
   const auto capture = Running();
   capture->Stop();
-  system->journal.Clear();
-  system->ArriveAtMs(5000);
+  system_->journal.Clear();
+  system_->ArriveAtMs(5000);
   EXPECT_THAT(calls(), IsEmpty());
 }
 
@@ -154,14 +153,14 @@ TEST_F(VideoCaptureLifecycle, StopsOnce) {
   EXPECT_THAT(log.lines(), ElementsAre("[INFO] Capture session is not running"));
   capture->Start();
   capture->Stop();
-  system->journal.Clear();
+  system_->journal.Clear();
   capture->Stop();
   EXPECT_THAT(calls(), IsEmpty());
   EXPECT_EQ(log.count("[INFO] Capture session is not running"), 2);
 }
 
 TEST_F(VideoCaptureLifecycle, RaisesAStopThatFailsButNotFromItsDestructor) {
-  system->raised = {{"CloseSession", kFailure}};
+  system_->raised = {{"CloseSession", kFailure}};
   EXPECT_THROW(Running()->Stop(), HResultError);
   const CapturedLog log;
   Running().reset();
@@ -172,8 +171,8 @@ TEST_F(VideoCaptureLifecycle, RaisesAStopThatFailsButNotFromItsDestructor) {
 TEST_F(VideoCaptureLifecycle, StopsWhenDestroyedAndTakesNoCallAfterwards) {
   Running().reset();
   EXPECT_THAT(calls(), ElementsAre("CloseSession", "ReleaseItem", "ReleaseWrappedDevice", "platform gone"));
-  system->journal.Clear();
-  EXPECT_EQ(system->ArriveAtMs(5000), 0);
+  system_->journal.Clear();
+  EXPECT_EQ(system_->ArriveAtMs(5000), 0);
   EXPECT_THAT(calls(), IsEmpty());
 }
 

@@ -18,11 +18,11 @@ class Service {
  private:
   static void Run(FakeSystem& system, const std::stop_token& end) {
     while (!end.stop_requested()) {
-      system.ArriveAtMs(nextMs_.fetch_add(40));
+      system.ArriveAtMs(nextMs.fetch_add(40));
     }
   }
 
-  static inline std::atomic<std::int64_t> nextMs_{1000};
+  static inline std::atomic<std::int64_t> nextMs{1000};
   std::jthread first_;
   std::jthread second_;
 };
@@ -41,8 +41,12 @@ class WatchedEncoder : public FakeEncoder {
   }
 
   bool WaitForFrames() {
-    const auto next = [this] { return frames_.try_acquire_for(std::chrono::seconds(20)); };
-    return next() && next() && next();
+    for (int frames = 0; frames < 3; ++frames) {
+      if (!frames_.try_acquire_for(std::chrono::seconds(20))) {
+        return false;
+      }
+    }
+    return true;
   }
 
   std::atomic<bool> finished{false};
@@ -55,42 +59,42 @@ class WatchedEncoder : public FakeEncoder {
 class VideoCaptureRaces : public VideoCaptureTest {
  protected:
   VideoCaptureRaces() {
-    capture =
-        std::make_unique<VideoCapture>(settings, watched, std::make_unique<FakeCapturePlatform>(system));
-    capture->Start();
+    capture_ =
+        std::make_unique<VideoCapture>(settings_, watched_, std::make_unique<FakeCapturePlatform>(system_));
+    capture_->Start();
   }
 
-  WatchedEncoder watched{system->journal};
-  std::unique_ptr<VideoCapture> capture;
+  WatchedEncoder watched_{system_->journal};
+  std::unique_ptr<VideoCapture> capture_;
 };
 
 TEST_F(VideoCaptureRaces, StopEndsDelivery) {
-  const Service service(*system);
-  EXPECT_TRUE(watched.WaitForFrames());
-  capture->Stop();
-  watched.finished = true;
+  const Service service(*system_);
+  EXPECT_TRUE(watched_.WaitForFrames());
+  capture_->Stop();
+  watched_.finished = true;
 }
 
 TEST_F(VideoCaptureRaces, DetachingEndsDelivery) {
-  const Service service(*system);
-  EXPECT_TRUE(watched.WaitForFrames());
-  capture->DetachEncoder();
-  watched.finished = true;
+  const Service service(*system_);
+  EXPECT_TRUE(watched_.WaitForFrames());
+  capture_->DetachEncoder();
+  watched_.finished = true;
 }
 
 TEST_F(VideoCaptureRaces, DestructionEndsDelivery) {
-  const Service service(*system);
-  EXPECT_TRUE(watched.WaitForFrames());
-  capture.reset();
-  watched.finished = true;
+  const Service service(*system_);
+  EXPECT_TRUE(watched_.WaitForFrames());
+  capture_.reset();
+  watched_.finished = true;
 }
 
 TEST_F(VideoCaptureRaces, OneFrameIsOpenAtATime) {
   {
-    const Service service(*system);
-    EXPECT_TRUE(watched.WaitForFrames());
+    const Service service(*system_);
+    EXPECT_TRUE(watched_.WaitForFrames());
   }
-  EXPECT_EQ(system->mostOpenFrames, 1);
+  EXPECT_EQ(system_->mostOpenFrames, 1);
 }
 
 }  // namespace

@@ -17,8 +17,8 @@ class VideoCaptureSetup : public VideoCaptureTest {
   void ExpectErrors(const std::vector<std::string>& starts) {
     const auto lines = FailedLines();
     std::vector<std::string> errors;
-    std::copy_if(lines.begin(), lines.end(), std::back_inserter(errors),
-                 [](const std::string& line) { return line.starts_with("[ERROR]"); });
+    std::ranges::copy_if(lines, std::back_inserter(errors),
+                         [](const std::string& line) { return line.starts_with("[ERROR]"); });
     ASSERT_EQ(errors.size(), starts.size()) << ::testing::PrintToString(errors);
     for (std::size_t i = 0; i < starts.size(); ++i) {
       EXPECT_THAT(errors[i], StartsWith("[ERROR] " + starts[i]));
@@ -36,7 +36,7 @@ TEST_F(VideoCaptureSetup, RunsItsStepsInOrder) {
                   "ItemSize", "2 buffers of 1920x1080", "CreateFramePool", "SubscribeFrameArrived",
                   "CreateSession", "frame begins at 0,0", "frame rate 30", "CreateVideoProcessorEnumerator",
                   "CreateVideoProcessor", "video stream 1920x1080", "GetPixelFormat", "SetOutputFormat 103"));
-  EXPECT_EQ(encoder.device, reinterpret_cast<ID3D11Device*>(system.get()));
+  EXPECT_EQ(encoder_.device, reinterpret_cast<ID3D11Device*>(system_.get()));
 }
 
 TEST_F(VideoCaptureSetup, SaysWhatItDoes) {
@@ -54,24 +54,24 @@ TEST_F(VideoCaptureSetup, SaysWhatItDoes) {
 }
 
 TEST_F(VideoCaptureSetup, ConvertsToWhatTheEncoderWants) {
-  encoder.wantsNv12 = false;
+  encoder_.wantsNv12 = false;
   Construct();
   EXPECT_THAT(calls(), Contains("SetOutputFormat 87"));
 }
 
 TEST_F(VideoCaptureSetup, ChecksTheFrameRateFirst) {
-  settings.frameRate = 0;
-  settings.bitrate = 0;
+  settings_.frameRate = 0;
+  settings_.bitrate = 0;
   ExpectErrors({"Invalid frame rate", "VideoCapture: InitializeCaptureConfig failed"});
-  settings.frameRate = -1;
+  settings_.frameRate = -1;
   ExpectErrors({"Invalid frame rate", "VideoCapture: InitializeCaptureConfig failed"});
-  settings.frameRate = 1;
+  settings_.frameRate = 1;
   ExpectErrors({"Invalid bitrate", "VideoCapture: InitializeCaptureConfig failed"});
   EXPECT_THAT(calls(), Not(Contains("CreateDevice 1")));
 }
 
 TEST_F(VideoCaptureSetup, TriesDriverTypesInTurn) {
-  system->results = {{"CreateDevice 1", kFailure}, {"CreateDevice 5", kFailure}};
+  system_->results = {{"CreateDevice 1", kFailure}, {"CreateDevice 5", kFailure}};
   const CapturedLog log(LogLevel::kInfo);
   EXPECT_TRUE(Construct()->initialized());
   EXPECT_THAT(calls(), IsSupersetOf({"CreateDevice 1", "CreateDevice 5", "CreateDevice 2"}));
@@ -83,7 +83,7 @@ TEST_F(VideoCaptureSetup, TriesDriverTypesInTurn) {
 }
 
 TEST_F(VideoCaptureSetup, FailsWithoutADevice) {
-  system->results = {
+  system_->results = {
       {"CreateDevice 1", kFailure}, {"CreateDevice 5", kFailure}, {"CreateDevice 2", kFailure}};
   ExpectErrors({"Failed to create D3D11 device with driver type 1: " + FailureText().substr(0, 19),
                 "Failed to create D3D11 device with driver type 5: ",
@@ -93,111 +93,111 @@ TEST_F(VideoCaptureSetup, FailsWithoutADevice) {
 }
 
 TEST_F(VideoCaptureSetup, FailsWithoutVideoInterfaces) {
-  system->results = {{"QueryVideoDevice", kFailure}};
+  system_->results = {{"QueryVideoDevice", kFailure}};
   ExpectErrors({"Failed to get video device: HRESULT: 0x80004005", "VideoCapture: InitializeD3D11 failed"});
-  system->results = {{"QueryVideoContext", kFailure}};
+  system_->results = {{"QueryVideoContext", kFailure}};
   ExpectErrors({"Failed to get video context: HRESULT: 0x80004005", "VideoCapture: InitializeD3D11 failed"});
 }
 
 TEST_F(VideoCaptureSetup, FailsWithoutTheCaptureService) {
   const std::string step = "VideoCapture: InitializeWGCDevice failed";
-  system->missing = {{"DXGI device", true}};
+  system_->missing = {{"DXGI device", true}};
   ExpectErrors({"Exception in InitializeWGCDevice: Failed to get DXGI device", step});
-  system->missing = {{"wrapped device", true}};
+  system_->missing = {{"wrapped device", true}};
   ExpectErrors({"Failed to create WinRT Direct3D device", step});
-  system->missing = {{"interop", true}};
+  system_->missing = {{"interop", true}};
   ExpectErrors({"Failed to get GraphicsCaptureItemInterop interface", step});
 }
 
 TEST_F(VideoCaptureSetup, RefusesAMonitorThatIsNotThere) {
   const std::string step = "VideoCapture: CreateCaptureItem failed";
-  settings.monitorIndex = 1;
+  settings_.monitorIndex = 1;
   ExpectErrors({"Invalid monitor index: 1", step});
-  settings.monitorIndex = -1;
+  settings_.monitorIndex = -1;
   ExpectErrors({"Invalid monitor index: -1", step});
-  settings.monitorIndex = 0;
-  system->monitorAtPoint = 0;
+  settings_.monitorIndex = 0;
+  system_->monitorAtPoint = 0;
   ExpectErrors({"Failed to get monitor handle", step});
 }
 
 TEST_F(VideoCaptureSetup, ChoosesTheMonitorByItsCentre) {
-  system->monitors.push_back({1, "second", 12, {-1279, -1024, 0, 0}, false});
-  system->monitorAtPoint = 12;
-  settings.monitorIndex = 1;
+  system_->monitors.push_back({1, "second", 12, {-1279, -1024, 0, 0}, false});
+  system_->monitorAtPoint = 12;
+  settings_.monitorIndex = 1;
   Construct();
   EXPECT_THAT(calls(), IsSupersetOf({"MonitorFromPoint -640,-512", "target 12"}));
 }
 
 TEST_F(VideoCaptureSetup, FailsWithoutAnItem) {
   const std::string step = "VideoCapture: CreateCaptureItem failed";
-  system->missing = {{"item", true}};
+  system_->missing = {{"item", true}};
   ExpectErrors({"Capture item is null after creation", step});
-  system->results = {{"CreateItemForMonitor", kFailure}, {"CreateItemForWindow", kFailure}};
+  system_->results = {{"CreateItemForMonitor", kFailure}, {"CreateItemForWindow", kFailure}};
   ExpectErrors({"Failed to create monitor videoCapture item: HRESULT: 0x80004005", step});
-  settings.mode = CaptureMode::kWindow;
-  settings.windowHandle = 5;
+  settings_.mode = CaptureMode::kWindow;
+  settings_.windowHandle = 5;
   ExpectErrors({"Failed to create window videoCapture item: HRESULT: 0x80004005", step});
 }
 
 TEST_F(VideoCaptureSetup, FailsQuietlyWithoutATarget) {
-  settings.mode = CaptureMode::kNone;
+  settings_.mode = CaptureMode::kNone;
   ExpectErrors({"VideoCapture: CreateCaptureItem failed"});
-  settings.mode = static_cast<CaptureMode>(7);
+  settings_.mode = static_cast<CaptureMode>(7);
   ExpectErrors({"VideoCapture: CreateCaptureItem failed"});
 }
 
 TEST_F(VideoCaptureSetup, CapturesAWindow) {
-  settings.mode = CaptureMode::kWindow;
-  settings.windowHandle = 5;
-  system->itemSize = {641, 479};
+  settings_.mode = CaptureMode::kWindow;
+  settings_.windowHandle = 5;
+  system_->itemSize = {641, 479};
   Construct();
   EXPECT_THAT(calls(), IsSupersetOf({"target 5", "CreateItemForWindow", "video stream 642x480"}));
   EXPECT_THAT(calls(), Not(Contains(StartsWith("RestoreWindow"))));
 }
 
 TEST_F(VideoCaptureSetup, RefusesWhatIsNoWindow) {
-  settings.mode = CaptureMode::kWindow;
+  settings_.mode = CaptureMode::kWindow;
   ExpectErrors({"Invalid window handle", "VideoCapture: CreateCaptureItem failed"});
-  settings.windowHandle = 5;
-  system->isWindow = false;
+  settings_.windowHandle = 5;
+  system_->isWindow = false;
   ExpectErrors({"Invalid window handle", "VideoCapture: CreateCaptureItem failed"});
 }
 
 TEST_F(VideoCaptureSetup, ShowsAHiddenAndMinimisedWindowStepByStep) {
-  settings.mode = CaptureMode::kWindow;
-  settings.windowHandle = 5;
-  system->windowVisible = {false, true};
-  system->windowIconic = {true, false};
+  settings_.mode = CaptureMode::kWindow;
+  settings_.windowHandle = 5;
+  system_->windowVisible = {false, true};
+  system_->windowIconic = {true, false};
   const CapturedLog log(LogLevel::kWarn);
   EXPECT_TRUE(Construct()->initialized());
   EXPECT_THAT(log.lines(), ElementsAre("[WARNING] Warning: Target window is not visible",
                                        "[WARNING] Warning: Target window is minimized"));
   const auto all = calls();
-  const auto from = std::find(all.begin(), all.end(), "ObtainItemInterop") + 1;
+  const auto from = std::ranges::find(all, "ObtainItemInterop") + 1;
   EXPECT_THAT(std::vector<std::string>(from, from + 7),
               ElementsAre("RestoreWindow 5", "BringWindowToTop 5", "UpdateWindow 5", "Sleep 100",
                           "RestoreWindow 5", "Sleep 100", "target 5"));
 }
 
 TEST_F(VideoCaptureSetup, GivesUpOnAWindowThatStaysHiddenOrMinimised) {
-  settings.mode = CaptureMode::kWindow;
-  settings.windowHandle = 5;
-  system->windowVisible = {false};
+  settings_.mode = CaptureMode::kWindow;
+  settings_.windowHandle = 5;
+  system_->windowVisible = {false};
   ExpectErrors(
       {"Window still not visible after attempting to restore", "VideoCapture: CreateCaptureItem failed"});
-  system->windowVisible = {true};
-  system->windowIconic = {true};
+  system_->windowVisible = {true};
+  system_->windowIconic = {true};
   ExpectErrors(
       {"Window still minimized after attempting to restore", "VideoCapture: CreateCaptureItem failed"});
 }
 
 TEST_F(VideoCaptureSetup, SizesAnItemAndARegionUpToEven) {
-  system->itemSize = {1366, 767};
+  system_->itemSize = {1366, 767};
   Construct();
   EXPECT_THAT(calls(), IsSupersetOf({"2 buffers of 1366x768", "video stream 1366x768"}));
-  system->journal.Clear();
-  settings.mode = CaptureMode::kRegion;
-  settings.region = {30, 20, 101, 51};
+  system_->journal.Clear();
+  settings_.mode = CaptureMode::kRegion;
+  settings_.region = {30, 20, 101, 51};
   const CapturedLog log(LogLevel::kInfo);
   Construct();
   EXPECT_THAT(calls(), IsSupersetOf({"2 buffers of 132x72", "frame begins at 30,20", "video stream 102x52"}));
@@ -205,57 +205,57 @@ TEST_F(VideoCaptureSetup, SizesAnItemAndARegionUpToEven) {
 }
 
 TEST_F(VideoCaptureSetup, RecordsTheWholeMonitorForARegionWithoutSize) {
-  settings.mode = CaptureMode::kRegion;
-  settings.region = {30, 20, 0, 50};
+  settings_.mode = CaptureMode::kRegion;
+  settings_.region = {30, 20, 0, 50};
   Construct();
   EXPECT_THAT(calls(),
               IsSupersetOf({"2 buffers of 1920x1080", "frame begins at 0,0", "video stream 1920x1080"}));
 }
 
 TEST_F(VideoCaptureSetup, RefusesARegionThatNothingCanShow) {
-  settings.mode = CaptureMode::kRegion;
-  settings.region = {1920, 0, 100, 100};
+  settings_.mode = CaptureMode::kRegion;
+  settings_.region = {1920, 0, 100, 100};
   ExpectErrors({"Region lies outside the monitor", "VideoCapture: CreateCaptureItem failed"});
-  settings.region = {0, 0, 1 << 30, 1 << 30};
+  settings_.region = {0, 0, 1 << 30, 1 << 30};
   ExpectErrors(
       {"Capture size is not supported: 1073741824x1073741824", "VideoCapture: CreateCaptureItem failed"});
 }
 
 TEST_F(VideoCaptureSetup, FailsWithoutWhatThePoolNeeds) {
   const std::string step = "VideoCapture: CreateFramePool failed";
-  system->missing = {{"wrapped device for the pool", true}};
+  system_->missing = {{"wrapped device for the pool", true}};
   ExpectErrors({"WinRT Direct3D device is null", step});
-  system->missing = {{"item for the pool", true}};
+  system_->missing = {{"item for the pool", true}};
   ExpectErrors({"Capture item is null after creating frame pool", step});
-  system->missing = {{"frame pool", true}};
+  system_->missing = {{"frame pool", true}};
   ExpectErrors({"Failed to create frame pool object", step});
 }
 
 TEST_F(VideoCaptureSetup, FailsWithoutASession) {
   const std::string step = "VideoCapture: CreateFramePool failed";
-  system->missing = {{"session", true}};
+  system_->missing = {{"session", true}};
   ExpectErrors({"Frame pool is null after creating capture session", step});
-  system->results = {{"CreateSession", kFailure}};
+  system_->results = {{"CreateSession", kFailure}};
   ExpectErrors({"Failed to create videoCapture from frame pool", step});
 }
 
 TEST_F(VideoCaptureSetup, FailsWithoutAVideoProcessor) {
   const std::string step = "VideoCapture: CreateFramePool failed";
-  system->results = {{"CreateVideoProcessorEnumerator", kFailure}};
+  system_->results = {{"CreateVideoProcessorEnumerator", kFailure}};
   ExpectErrors({"Failed to create video processor enumerator: HRESULT: 0x80004005", step});
-  system->results = {{"CreateVideoProcessor", kFailure}};
+  system_->results = {{"CreateVideoProcessor", kFailure}};
   ExpectErrors({"Failed to create video processor: HRESULT: 0x80004005", step});
 }
 
 TEST_F(VideoCaptureSetup, FailsWithoutAVideoStream) {
-  encoder.acceptsStream = false;
+  encoder_.acceptsStream = false;
   ExpectErrors({"VideoCapture: ConfigureVideoStream failed"});
   EXPECT_THAT(calls(), Not(Contains("GetPixelFormat")));
 }
 
 TEST_F(VideoCaptureSetup, RaisesFailuresThatNoStepAnswersFor) {
   for (const char* call : {"ItemSize", "CreateFramePool", "SubscribeFrameArrived"}) {
-    system->raised = {{call, kFailure}};
+    system_->raised = {{call, kFailure}};
     try {
       Construct();
       ADD_FAILURE() << call;
@@ -267,10 +267,10 @@ TEST_F(VideoCaptureSetup, RaisesFailuresThatNoStepAnswersFor) {
 }
 
 TEST_F(VideoCaptureSetup, LetsNoCallThroughAfterAFailedConstruction) {
-  encoder.acceptsStream = false;
+  encoder_.acceptsStream = false;
   Construct();
   const CapturedLog log;
-  EXPECT_EQ(system->Arrive(1), 0);
+  EXPECT_EQ(system_->Arrive(1), 0);
   EXPECT_THAT(log.lines(), ::testing::IsEmpty());
 }
 

@@ -43,13 +43,15 @@ class WindowsCapture : public ::testing::Test {
   WindowsCapture() {
     Logger::SetLevel(LogLevel::kWarn);
     // Takes every frame: the last change of a picture is no frame's that may be dropped.
-    settings.frameRate = 1000;
+    settings_.frameRate = 1000;
   }
+  WindowsCapture(const WindowsCapture&) = delete;
+  WindowsCapture& operator=(const WindowsCapture&) = delete;
   ~WindowsCapture() override { Logger::SetLevel(LogLevel::kInfo); }
 
-  /// A capture of `settings` that runs.
+  /// A capture of `settings_` that runs.
   std::unique_ptr<CaptureSource> Running(KeepingEncoder& encoder) {
-    auto capture = CreateVideoCapture(settings, encoder);
+    auto capture = CreateVideoCapture(settings_, encoder);
     if (!capture->initialized() || !capture->Start()) {
       throw std::runtime_error("the capture does not start");
     }
@@ -57,16 +59,16 @@ class WindowsCapture : public ::testing::Test {
   }
 
   void AimAt(const PaintedWindow& window) {
-    settings.mode = CaptureMode::kWindow;
-    settings.windowHandle = window.number();
+    settings_.mode = CaptureMode::kWindow;
+    settings_.windowHandle = window.number();
   }
 
   void AimAt(const CaptureRegion& region) {
-    settings.mode = CaptureMode::kRegion;
-    settings.region = region;
+    settings_.mode = CaptureMode::kRegion;
+    settings_.region = region;
   }
 
-  CaptureSettings settings;
+  CaptureSettings settings_;
 };
 
 TEST_F(WindowsCapture, ShowsTheScreenInBt709) {
@@ -262,7 +264,7 @@ TEST_F(WindowsCapture, RefusesARegionOutside) {
   AimAt(CaptureRegion{GetSystemMetrics(SM_CXSCREEN), 0, 100, 100});
   KeepingEncoder encoder(true);
   const CapturedLog log(LogLevel::kWarn);
-  EXPECT_FALSE(CreateVideoCapture(settings, encoder)->initialized());
+  EXPECT_FALSE(CreateVideoCapture(settings_, encoder)->initialized());
   EXPECT_TRUE(log.has("[ERROR] Region lies outside the monitor"));
 }
 
@@ -287,7 +289,7 @@ TEST_F(WindowsCaptureFaults, OfConstructionAreNamed) {
     const StandinFault fault(call + " 0x80004005");
     KeepingEncoder encoder(true);
     const CapturedLog log(LogLevel::kWarn);
-    EXPECT_FALSE(CreateVideoCapture(settings, encoder)->initialized()) << call;
+    EXPECT_FALSE(CreateVideoCapture(settings_, encoder)->initialized()) << call;
     EXPECT_THAT(log.text(), HasSubstr(text)) << call;
   }
 }
@@ -296,14 +298,14 @@ TEST_F(WindowsCaptureFaults, OfConstructionWithoutATextAreRaised) {
   for (const char* call : {"get_Size", "GetFramePoolStatics", "add_FrameArrived"}) {
     const StandinFault fault(std::string(call) + " 0x80004005");
     KeepingEncoder encoder(true);
-    EXPECT_THROW(CreateVideoCapture(settings, encoder), HResultError) << call;
+    EXPECT_THROW(CreateVideoCapture(settings_, encoder), HResultError) << call;
   }
 }
 
 TEST_F(WindowsCaptureFaults, OfTheStartAreRaised) {
   const StandinFault fault("StartCapture 0x80004005");
   KeepingEncoder encoder(true);
-  const auto capture = CreateVideoCapture(settings, encoder);
+  const auto capture = CreateVideoCapture(settings_, encoder);
   EXPECT_THROW(capture->Start(), HResultError);
 }
 
@@ -329,12 +331,12 @@ TEST_F(WindowsCaptureFaults, OfAFrameCostThatFrameOnly) {
     PaintedWindow window({100, 80, 300, 200});
     KeepingEncoder encoder(true);
     const CapturedLog log(LogLevel::kWarn);
-    auto capture = CreateVideoCapture(settings, encoder);
+    auto capture = CreateVideoCapture(settings_, encoder);
     ASSERT_TRUE(capture->initialized()) << call;
     const StandinFault fault(call + " 0x80004005 times 1");
     capture->Start();
     std::atomic<bool> painting{true};
-    std::jthread painter([&] {
+    const std::jthread painter([&] {
       for (BYTE i = 0; painting; ++i) {
         window.Paint(RGB(i, i, i));
       }
