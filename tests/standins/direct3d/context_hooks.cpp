@@ -3,9 +3,9 @@
 #include <cstdio>
 
 #include "direct3d/texture_facts.h"
-#include "direct3d/vtable.h"
 #include "shared/com_object.h"
 #include "shared/faults.h"
+#include "shared/vtable.h"
 
 namespace brisolte::standins {
 

@@ -7,9 +7,9 @@
 #include "direct3d/context_hooks.h"
 #include "direct3d/texture_facts.h"
 #include "direct3d/video_hooks.h"
-#include "direct3d/vtable.h"
 #include "shared/com_object.h"
 #include "shared/faults.h"
+#include "shared/vtable.h"
 
 namespace brisolte::standins {
 

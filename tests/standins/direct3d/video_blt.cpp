@@ -37,16 +37,6 @@ class Mapping {
   HRESULT result_;
 };
 
-class NoFaults {
- public:
-  NoFaults() { TurnFaults(false); }
-  ~NoFaults() { TurnFaults(true); }
-  NoFaults(const NoFaults&) = delete;
-  NoFaults& operator=(const NoFaults&) = delete;
-  NoFaults(NoFaults&&) = delete;
-  NoFaults& operator=(NoFaults&&) = delete;
-};
-
 Rectangle From(const RECT& rect) {
   return {static_cast<int>(rect.left), static_cast<int>(rect.top), static_cast<int>(rect.right),
           static_cast<int>(rect.bottom)};

@@ -2,8 +2,8 @@
 
 #include "direct3d/video_blt.h"
 #include "direct3d/video_objects.h"
-#include "direct3d/vtable.h"
 #include "shared/faults.h"
+#include "shared/vtable.h"
 
 namespace brisolte::standins {
 

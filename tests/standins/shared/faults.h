@@ -18,4 +18,15 @@ std::optional<HRESULT> TakeFault(std::string_view call, std::string_view group =
 /// product.
 void TurnFaults(bool on);
 
+/// The same for as long as it lives.
+class NoFaults {
+ public:
+  NoFaults() { TurnFaults(false); }
+  ~NoFaults() { TurnFaults(true); }
+  NoFaults(const NoFaults&) = delete;
+  NoFaults& operator=(const NoFaults&) = delete;
+  NoFaults(NoFaults&&) = delete;
+  NoFaults& operator=(NoFaults&&) = delete;
+};
+
 }  // namespace brisolte::standins

@@ -20,9 +20,10 @@ class Slot {
     }
     original_ = *slot;
     DWORD protection = 0;
-    if (VirtualProtect(slot, sizeof(*slot), PAGE_READWRITE, &protection)) {
+    auto* const place = static_cast<void*>(slot);
+    if (VirtualProtect(place, sizeof(*slot), PAGE_READWRITE, &protection) != FALSE) {
       *slot = replacement;
-      VirtualProtect(slot, sizeof(*slot), protection, &protection);
+      VirtualProtect(place, sizeof(*slot), protection, &protection);
     }
   }
 
