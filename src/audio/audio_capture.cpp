@@ -16,6 +16,7 @@
 #include "audio/encoder_link.h"
 #include "audio/endpoint_stream.h"
 #include "common/com_apartment.h"
+#include "common/given_object.h"
 #include "common/hresult_failure.h"
 #include "common/logger.h"
 
@@ -74,9 +75,10 @@ AudioCapture::AudioCapture(const CaptureSettings& settings, Encoder& encoder)
 }
 
 bool AudioCapture::CreateEnumerator() {
-  if (SucceededOrLog(
-          CoCreateInstance(__uuidof(MMDeviceEnumerator), nullptr, CLSCTX_ALL, IID_PPV_ARGS(&enumerator_)),
-          "AudioCapture: Failed to create device enumerator: ")) {
+  if (SucceededOrLog(Given(CoCreateInstance(__uuidof(MMDeviceEnumerator), nullptr, CLSCTX_ALL,
+                                            IID_PPV_ARGS(&enumerator_)),
+                           enumerator_),
+                     "AudioCapture: Failed to create device enumerator: ")) {
     return true;
   }
   com_.reset();

@@ -15,6 +15,7 @@
 
 #include "audio/co_task_memory.h"
 #include "common/com_apartment.h"
+#include "common/given_object.h"
 #include "common/hresult_failure.h"
 #include "common/logger.h"
 #include "common/text.h"
@@ -47,7 +48,7 @@ class PropertyValue {
 
 HRESULT GetId(IMMDevice& device, std::string& id) {
   wchar_t* raw = nullptr;
-  const HRESULT result = device.GetId(&raw);
+  const HRESULT result = Given(device.GetId(&raw), raw);
   const CoTaskMemory<wchar_t> wide(raw);
   id = wide != nullptr ? ToUtf8(wide.get()) : std::string();
   return result;
@@ -59,7 +60,8 @@ std::string DefaultDeviceId(IMMDeviceEnumerator& enumerator, EDataFlow flow) {
   std::string id;
   // People choose a headset for talking apart from the one for listening; it is the one they will speak into.
   const ERole role = flow == eCapture ? eCommunications : eConsole;
-  if (FAILED(enumerator.GetDefaultAudioEndpoint(flow, role, &device)) || FAILED(GetId(*device.Get(), id))) {
+  if (FAILED(Given(enumerator.GetDefaultAudioEndpoint(flow, role, &device), device)) ||
+      FAILED(GetId(*device.Get(), id))) {
     return {};
   }
   return id;
@@ -75,7 +77,7 @@ std::string FriendlyName(IPropertyStore& properties) {
 std::optional<AudioDeviceInfo> DescribeDevice(IMMDeviceCollection& devices, UINT index) {
   const std::string place = "at index " + std::to_string(index) + ": ";
   ComPtr<IMMDevice> device;
-  if (!SucceededOrLog(devices.Item(index, &device), "Failed to get device " + place)) {
+  if (!SucceededOrLog(Given(devices.Item(index, &device), device), "Failed to get device " + place)) {
     return std::nullopt;
   }
   AudioDeviceInfo info;
@@ -83,7 +85,8 @@ std::optional<AudioDeviceInfo> DescribeDevice(IMMDeviceCollection& devices, UINT
     return std::nullopt;
   }
   ComPtr<IPropertyStore> properties;
-  if (const HRESULT result = device->OpenPropertyStore(STGM_READ, &properties); FAILED(result)) {
+  if (const HRESULT result = Given(device->OpenPropertyStore(STGM_READ, &properties), properties);
+      FAILED(result)) {
     Logger::Warning(HResultFailure("Failed to open property store for device " + place, result));
     return std::nullopt;
   }
@@ -94,7 +97,7 @@ std::optional<AudioDeviceInfo> DescribeDevice(IMMDeviceCollection& devices, UINT
 std::vector<AudioDeviceInfo> DescribeDevices(IMMDeviceEnumerator& enumerator, AudioDataFlow dataFlow) {
   const auto flow = static_cast<EDataFlow>(dataFlow);
   ComPtr<IMMDeviceCollection> devices;
-  if (!SucceededOrLog(enumerator.EnumAudioEndpoints(flow, DEVICE_STATE_ACTIVE, &devices),
+  if (!SucceededOrLog(Given(enumerator.EnumAudioEndpoints(flow, DEVICE_STATE_ACTIVE, &devices), devices),
                       "Failed to enumerate audio endpoints: ")) {
     return {};
   }
@@ -124,9 +127,10 @@ std::vector<AudioDeviceInfo> EnumerateAudioDevices(AudioDataFlow dataFlow) {
     return {};
   }
   ComPtr<IMMDeviceEnumerator> enumerator;
-  if (!SucceededOrLog(
-          CoCreateInstance(__uuidof(MMDeviceEnumerator), nullptr, CLSCTX_ALL, IID_PPV_ARGS(&enumerator)),
-          "Failed to create device enumerator for EnumerateAudioDevices: ")) {
+  if (!SucceededOrLog(Given(CoCreateInstance(__uuidof(MMDeviceEnumerator), nullptr, CLSCTX_ALL,
+                                             IID_PPV_ARGS(&enumerator)),
+                            enumerator),
+                      "Failed to create device enumerator for EnumerateAudioDevices: ")) {
     return {};
   }
   return DescribeDevices(*enumerator.Get(), dataFlow);

@@ -3,6 +3,7 @@
 #include <exception>
 
 #include "audio/wave_format_report.h"
+#include "common/given_object.h"
 #include "common/hresult_failure.h"
 #include "common/logger.h"
 #include "common/text.h"
@@ -28,7 +29,7 @@ bool EndpointStream::Open(IMMDeviceEnumerator& enumerator, const std::string& de
 }
 
 bool EndpointStream::FindDevice(IMMDeviceEnumerator& enumerator, const std::string& deviceId) {
-  if (!SucceededOrLog(enumerator.GetDevice(ToWide(deviceId).c_str(), &device_),
+  if (!SucceededOrLog(Given(enumerator.GetDevice(ToWide(deviceId).c_str(), &device_), device_),
                       "Failed to get " + role_.name + " device by ID: ")) {
     return false;
   }
@@ -44,8 +45,9 @@ bool EndpointStream::FindDevice(IMMDeviceEnumerator& enumerator, const std::stri
 }
 
 bool EndpointStream::ActivateClient() {
-  if (!SucceededOrLog(device_->Activate(__uuidof(IAudioClient), CLSCTX_ALL, nullptr, &client_),
-                      "Failed to activate " + role_.name + " device: ")) {
+  if (!SucceededOrLog(
+          Given(device_->Activate(__uuidof(IAudioClient), CLSCTX_ALL, nullptr, &client_), client_),
+          "Failed to activate " + role_.name + " device: ")) {
     return false;
   }
   if (!SucceededOrLog(GetMixFormat(*client_.Get(), mixFormat_),
@@ -63,7 +65,7 @@ bool EndpointStream::ActivateClient() {
 }
 
 bool EndpointStream::StartClient() {
-  if (!SucceededOrLog(client_->GetService(IID_PPV_ARGS(&captureClient_)),
+  if (!SucceededOrLog(Given(client_->GetService(IID_PPV_ARGS(&captureClient_)), captureClient_),
                       "Failed to get " + role_.name + " capture client: ")) {
     return false;
   }

@@ -7,6 +7,7 @@
 #include "audio/audio_thread_priority.h"
 #include "audio/near_silence.h"
 #include "common/com_apartment.h"
+#include "common/given_object.h"
 #include "common/hresult_failure.h"
 #include "common/logger.h"
 
@@ -28,7 +29,7 @@ HRESULT SilentAudioPlayer::InitializeSilentAudioPlayer(IMMDevice* device) {
     return E_FAIL;
   }
   ComPtr<IAudioClient> client;
-  HRESULT result = device->Activate(__uuidof(IAudioClient), CLSCTX_ALL, nullptr, &client);
+  HRESULT result = Given(device->Activate(__uuidof(IAudioClient), CLSCTX_ALL, nullptr, &client), client);
   if (SucceededOrLog(result, "Failed to activate silent audio client: ")) {
     result = OpenClient(*client.Get());
   }
@@ -54,7 +55,7 @@ HRESULT SilentAudioPlayer::OpenClient(IAudioClient& client) {
   if (!SucceededOrLog(result, "Failed to get silent audio buffer size: ")) {
     return result;
   }
-  result = client.GetService(IID_PPV_ARGS(&renderClient_));
+  result = Given(client.GetService(IID_PPV_ARGS(&renderClient_)), renderClient_);
   SucceededOrLog(result, "Failed to get silent audio render client: ");
   return result;
 }

@@ -5,6 +5,7 @@
 #include <wrl/client.h>
 
 #include "capture/replaced_file.h"
+#include "common/given_object.h"
 #include "common/hresult_failure.h"
 #include "common/mta_usage.h"
 
@@ -16,23 +17,25 @@ using Microsoft::WRL::ComPtr;
 HRESULT CreateFactory(MtaUsage& apartment, ComPtr<IWICImagingFactory>& factory) {
   const HRESULT held = apartment.Hold();
   return FAILED(held) ? held
-                      : CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER,
-                                         __uuidof(IWICImagingFactory),
-                                         reinterpret_cast<void**>(factory.GetAddressOf()));
+                      : Given(CoCreateInstance(CLSID_WICImagingFactory, nullptr, CLSCTX_INPROC_SERVER,
+                                               __uuidof(IWICImagingFactory),
+                                               reinterpret_cast<void**>(factory.GetAddressOf())),
+                              factory);
 }
 
 bool CreateWholeBitmap(IWICImagingFactory& factory, const ImagePixels& image, ComPtr<IWICBitmap>& bitmap) {
   // The parameter is not const, but the bitmap copies what it points to.
   auto* bytes = const_cast<BYTE*>(image.bytes);
-  return CheckResult(
-      factory.CreateBitmapFromMemory(image.width, image.height, GUID_WICPixelFormat32bppBGRA, image.pitch,
-                                     image.pitch * image.height, bytes, bitmap.GetAddressOf()),
-      "Failed to create bitmap from memory: ");
+  return CheckResult(Given(factory.CreateBitmapFromMemory(
+                               image.width, image.height, GUID_WICPixelFormat32bppBGRA, image.pitch,
+                               image.pitch * image.height, bytes, bitmap.GetAddressOf()),
+                           bitmap),
+                     "Failed to create bitmap from memory: ");
 }
 
 HRESULT FindLockedBytes(IWICBitmapLock& lock, BYTE*& bytes, UINT& pitch) {
   UINT size = 0;
-  const HRESULT found = lock.GetDataPointer(&size, &bytes);
+  const HRESULT found = Given(lock.GetDataPointer(&size, &bytes), bytes);
   return FAILED(found) ? found : lock.GetStride(&pitch);
 }
 
@@ -43,10 +46,12 @@ bool CreateAreaBitmap(IWICImagingFactory& factory, const ImagePixels& image, con
   BYTE* bytes = nullptr;
   UINT pitch = 0;
   const bool locked =
-      CheckResult(factory.CreateBitmap(area.width, area.height, GUID_WICPixelFormat32bppBGRA,
-                                       WICBitmapCacheOnLoad, bitmap.GetAddressOf()),
+      CheckResult(Given(factory.CreateBitmap(area.width, area.height, GUID_WICPixelFormat32bppBGRA,
+                                             WICBitmapCacheOnLoad, bitmap.GetAddressOf()),
+                        bitmap),
                   "Failed to create crop bitmap: ") &&
-      CheckResult(bitmap->Lock(&whole, WICBitmapLockWrite, lock.GetAddressOf()), "Failed to lock bitmap: ") &&
+      CheckResult(Given(bitmap->Lock(&whole, WICBitmapLockWrite, lock.GetAddressOf()), lock),
+                  "Failed to lock bitmap: ") &&
       CheckResult(FindLockedBytes(*lock.Get(), bytes, pitch), "Failed to get bitmap data pointer: ");
   if (locked) {
     CopyArea(image, area, bytes, pitch);
@@ -57,7 +62,8 @@ bool CreateAreaBitmap(IWICImagingFactory& factory, const ImagePixels& image, con
 bool OpenStream(IWICImagingFactory& factory, ReplacedFile& file, const std::string& filePath,
                 ComPtr<IWICStream>& stream) {
   constexpr auto kOpening = "Failed to initialize stream from filename: ";
-  return CheckResult(factory.CreateStream(stream.GetAddressOf()), "Failed to create stream: ") &&
+  return CheckResult(Given(factory.CreateStream(stream.GetAddressOf()), stream),
+                     "Failed to create stream: ") &&
          CheckResult(file.Reserve(filePath), kOpening) &&
          CheckResult(stream->InitializeFromFilename(file.temporaryPath().c_str(), GENERIC_WRITE), kOpening);
 }
@@ -65,7 +71,8 @@ bool OpenStream(IWICImagingFactory& factory, ReplacedFile& file, const std::stri
 bool WriteFrame(IWICBitmapEncoder& encoder, IWICBitmap* bitmap, const ImageArea& area) {
   ComPtr<IWICBitmapFrameEncode> frame;
   WICPixelFormatGUID format = GUID_WICPixelFormat32bppBGRA;
-  return CheckResult(encoder.CreateNewFrame(frame.GetAddressOf(), nullptr), "Failed to create frame: ") &&
+  return CheckResult(Given(encoder.CreateNewFrame(frame.GetAddressOf(), nullptr), frame),
+                     "Failed to create frame: ") &&
          CheckResult(frame->Initialize(nullptr), "Failed to initialize frame: ") &&
          CheckResult(frame->SetSize(area.width, area.height), "Failed to set frame size: ") &&
          CheckResult(frame->SetPixelFormat(&format), "Failed to set pixel format: ") &&
@@ -78,8 +85,9 @@ bool Encode(IWICImagingFactory& factory, IWICBitmap* bitmap, const ImageArea& ar
             const std::string& filePath) {
   ComPtr<IWICStream> stream;
   ComPtr<IWICBitmapEncoder> encoder;
-  return CheckResult(factory.CreateEncoder(GUID_ContainerFormatPng, nullptr, encoder.GetAddressOf()),
-                     "Failed to create PNG encoder: ") &&
+  return CheckResult(
+             Given(factory.CreateEncoder(GUID_ContainerFormatPng, nullptr, encoder.GetAddressOf()), encoder),
+             "Failed to create PNG encoder: ") &&
          OpenStream(factory, file, filePath, stream) &&
          CheckResult(encoder->Initialize(stream.Get(), WICBitmapEncoderNoCache),
                      "Failed to initialize encoder: ") &&

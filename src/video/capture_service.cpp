@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "common/given_object.h"
 #include "common/hresult_error.h"
 #include "video/frame_arrived_handler.h"
 #include "video/query_interface.h"
@@ -61,10 +62,9 @@ PixelSize CaptureService::ItemSize() const {
 HRESULT CaptureService::CreateFramePool(abi::IDirect3DDevice* device, PixelSize size, std::int32_t buffers) {
   ComPtr<abi::IDirect3D11CaptureFramePoolStatics2> factory;
   ThrowIfFailed(activation_.GetFactory(abi::kFramePoolClass, factory));
-  const HRESULT result =
-      factory->CreateFreeThreaded(device, abi::DirectXPixelFormat::B8G8R8A8UIntNormalized, buffers,
-                                  {size.width, size.height}, pool_.ReleaseAndGetAddressOf());
-  return SUCCEEDED(result) && pool_ == nullptr ? E_POINTER : result;
+  return Given(factory->CreateFreeThreaded(device, abi::DirectXPixelFormat::B8G8R8A8UIntNormalized, buffers,
+                                           {size.width, size.height}, pool_.ReleaseAndGetAddressOf()),
+               pool_);
 }
 
 void CaptureService::Subscribe(CapturePlatform::FrameArrivedHandler handler) {
