@@ -29,10 +29,10 @@ await main(async () => {
   }
   const verdicts = [];
   if (often) {
-    verdicts.push(show(`${cycles} recordings`, often, growth(often.samples, 'perCycle', keptOfEach(often.bare))));
+    verdicts.push(show(`${cycles} recordings`, often, growth(often.samples, 'perCycle', { each: keptOfEach(often.bare) })));
   }
   if (long) {
-    verdicts.push(show(`One recording of ${minutes} minutes`, long, growth(long.samples, 'perMinute')));
+    verdicts.push(show(`One recording of ${minutes} minutes`, long, growth(long.samples, 'perMinute', { once: keptOnce(long.bare) })));
   }
   return verdicts.every(Boolean) ? 0 : 1;
 });
@@ -40,6 +40,11 @@ await main(async () => {
 /** What a recording makes the system keep: it asks for two factories of the capture service and makes one device. */
 function keptOfEach({ RoGetActivationFactory: handles, D3D11CreateDevice: bytes }) {
   return { handles: 2 * handles, privateBytes: bytes, workingSet: bytes };
+}
+
+/** What a device keeps of its commands while it lives. */
+function keptOnce({ commands: [first] }) {
+  return { privateBytes: first, workingSet: first };
 }
 
 async function soak({ cycles = 0, minutes = 0 }) {
@@ -83,8 +88,9 @@ function show(title, { played, seconds, bare }, rows) {
       `${played.frames} frames, ${played.sounds} sounds ${played.errors}`,
   );
   console.log(
-    `without our code the system keeps ${bare.RoGetActivationFactory} handles of each RoGetActivationFactory and ` +
-      `${Math.round(bare.D3D11CreateDevice / 1024)} KiB of each D3D11CreateDevice`,
+    `without our code the system keeps ${bare.RoGetActivationFactory} handles of each RoGetActivationFactory, ` +
+      `${Math.round(bare.D3D11CreateDevice / 1024)} KiB of each D3D11CreateDevice, and while a device lives ` +
+      `${bare.commands.map((bytes) => `${(bytes / (1 << 20)).toFixed(1)} MiB`).join(', then ')} of as many commands each`,
   );
   return whole && rows.every(({ grows }) => !grows);
 }

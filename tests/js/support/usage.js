@@ -37,7 +37,8 @@ function usage() {
 
 /**
  * What calls cost the system when they are made without the module: the handles that stay of RoGetActivationFactory, the
- * bytes of D3D11CreateDevice, and D3D11CreateDeviceMilliseconds.
+ * bytes of D3D11CreateDevice, D3D11CreateDeviceMilliseconds, and of a living device the bytes that many `commands` leave and
+ * as many again.
  */
 const systemCosts = (rounds = 40) => told(programs.bare, rounds);
 
