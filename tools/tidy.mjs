@@ -10,21 +10,21 @@ import { buildDir, buildTree, runInRoot, treeDir } from './workshop/tree.mjs';
 await main(async () => {
   const texts = process.argv.slice(2);
   const wanted = (file) => texts.length === 0 || texts.some((text) => file.includes(text));
-  for (const preset of ['linux', 'windows']) {
+  // A file is looked at as the first of these compiles it: portable files as the host does, the others as Windows does.
+  const presetOf = new Map();
+  for (const preset of ['linux', 'windows', 'fuzz']) {
     await buildTree(preset);
+    for (const file of ownSources(preset).filter((each) => wanted(each) && !presetOf.has(each))) {
+      presetOf.set(file, preset);
+    }
   }
-  // Portable files are looked at as the host compiles them, the others as Windows does.
-  const portable = ownSources('linux');
-  const jobs = [
-    ...portable.map((file) => ['linux', file]),
-    ...ownSources('windows').filter((file) => !portable.includes(file)).map((file) => ['windows', file]),
-  ].filter(([, file]) => wanted(file));
+  const jobs = [...presetOf];
   // The headers of the FFmpeg that the Windows build links.
   const readable = [await ffmpegLibraries()];
   let failed = 0;
   const work = async () => {
     for (let job; (job = jobs.shift()); ) {
-      const [preset, file] = job;
+      const [file, preset] = job;
       console.log(file);
       const code = await runInRoot(['clang-tidy', '--quiet', '-p', buildDir(preset), file], { readable });
       failed += code === 0 ? 0 : 1;

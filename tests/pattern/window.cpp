@@ -109,12 +109,10 @@ void PatternWindow::Run() {
 
 LRESULT CALLBACK PatternWindow::Procedure(HWND window, UINT message, WPARAM wParam, LPARAM lParam) {
   if (message == WM_NCCREATE) {
-    // NOLINTNEXTLINE(performance-no-int-to-ptr): Windows hands pointers through as integers
     auto* self = static_cast<PatternWindow*>(reinterpret_cast<CREATESTRUCTW*>(lParam)->lpCreateParams);
     self->window_ = window;
     SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(self));
   }
-  // NOLINTNEXTLINE(performance-no-int-to-ptr): Windows hands pointers through as integers
   auto* self = reinterpret_cast<PatternWindow*>(GetWindowLongPtrW(window, GWLP_USERDATA));
   return self != nullptr ? self->Handle(message, wParam, lParam)
                          : DefWindowProcW(window, message, wParam, lParam);

@@ -5,15 +5,15 @@
 #include <fstream>
 #include <string>
 
+#include "support/exported_function.h"
+
 namespace brisolte::testing {
 
 /// Whether the stand-in for the capture service gets to have no object alive; its threads let go of theirs in
 /// their own time.
 inline bool ServiceBecomesEmpty() {
   using Count = long(WINAPI*)();
-  void* const found =
-      reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(L"capture_service.dll"), "StandinObjectCount"));
-  const auto count = reinterpret_cast<Count>(found);
+  const auto count = ExportedFunction<Count>(GetModuleHandleW(L"capture_service.dll"), "StandinObjectCount");
   for (int i = 0; i < 2000 && count() != 0; ++i) {
     Sleep(10);
   }

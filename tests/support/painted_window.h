@@ -48,9 +48,9 @@ class PaintedWindow {
     description.hInstance = GetModuleHandleW(nullptr);
     description.lpszClassName = L"BrisoltePaintedWindow";
     RegisterClassW(&description);  // Fails from the second window on, which then uses the class of the first.
-    const HWND window = CreateWindowExW(
-        WS_EX_TOPMOST, description.lpszClassName, L"painted", WS_POPUP, place.left, place.top,
-        place.right - place.left, place.bottom - place.top, nullptr, nullptr, description.hInstance, nullptr);
+    HWND window = CreateWindowExW(WS_EX_TOPMOST, description.lpszClassName, L"painted", WS_POPUP, place.left,
+                                  place.top, place.right - place.left, place.bottom - place.top, nullptr,
+                                  nullptr, description.hInstance, nullptr);
     SetWindowLongPtrW(window, GWLP_USERDATA, reinterpret_cast<LONG_PTR>(this));
     ShowWindow(window, SW_SHOWNOACTIVATE);
     RedrawWindow(window, nullptr, nullptr, RDW_INVALIDATE | RDW_UPDATENOW);
@@ -89,7 +89,7 @@ class PaintedWindow {
   }
 
   static void Fill(HDC context, const RECT& place, COLORREF colour) {
-    const HBRUSH brush = CreateSolidBrush(colour);
+    HBRUSH brush = CreateSolidBrush(colour);
     FillRect(context, &place, brush);
     DeleteObject(brush);
   }

@@ -21,7 +21,7 @@ class CaptureFrame final : public InspectableObject<abi::IDirect3D11CaptureFrame
       return *fault;
     }
     const auto texture = Texture();
-    if (!texture) {
+    if (texture == nullptr) {
       return kClosed;
     }
     ComPtr<IDXGISurface> inner;
@@ -56,7 +56,7 @@ class CaptureFrame final : public InspectableObject<abi::IDirect3D11CaptureFrame
     if (const auto fault = TakeFault(call)) {
       return *fault;
     }
-    if (!Texture()) {
+    if (Texture() == nullptr) {
       return kClosed;
     }
     *result = value;

@@ -74,7 +74,7 @@ void CaptureItem::NoticeClosed() {
 void CaptureItem::Watch(const std::shared_ptr<Anchor>& anchor) {
   for (bool gone = false; !gone; Sleep(kWatchEveryMs)) {
     const auto item = anchor->Lock();
-    if (!item) {
+    if (item == nullptr) {
       return;
     }
     item->NoticeClosed();

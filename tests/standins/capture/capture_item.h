@@ -21,6 +21,8 @@ struct IOwnItem : IUnknown {
 class CaptureItem final : public InspectableObject<abi::IGraphicsCaptureItem, IOwnItem> {
  public:
   explicit CaptureItem(CaptureTarget target);
+  CaptureItem(const CaptureItem&) = delete;
+  CaptureItem& operator=(const CaptureItem&) = delete;
 
   HRESULT STDMETHODCALLTYPE get_DisplayName(HSTRING* name) override;
   HRESULT STDMETHODCALLTYPE get_Size(abi::SizeInt32* size) override;

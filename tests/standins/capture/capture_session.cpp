@@ -13,6 +13,8 @@ class CaptureSession final : public InspectableObject<abi::IGraphicsCaptureSessi
                  std::shared_ptr<FramePool::Anchor> pool)
       : InspectableObject(L"Windows.Graphics.Capture.GraphicsCaptureSession"),
         loop_(std::make_shared<CaptureLoop>(std::move(item), std::move(buffers), std::move(pool))) {}
+  CaptureSession(const CaptureSession&) = delete;
+  CaptureSession& operator=(const CaptureSession&) = delete;
 
   HRESULT STDMETHODCALLTYPE StartCapture() override {
     if (const auto fault = TakeFault("StartCapture")) {

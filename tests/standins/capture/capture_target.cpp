@@ -1,5 +1,6 @@
 #include "capture/capture_target.h"
 
+#include <array>
 #include <memory>
 #include <type_traits>
 
@@ -10,7 +11,7 @@ namespace {
 std::optional<MONITORINFOEXW> MonitorInfo(HMONITOR monitor) {
   MONITORINFOEXW info{};
   info.cbSize = sizeof(info);
-  return GetMonitorInfoW(monitor, &info) ? std::optional(info) : std::nullopt;
+  return GetMonitorInfoW(monitor, &info) != FALSE ? std::optional(info) : std::nullopt;
 }
 
 }  // namespace
@@ -19,15 +20,15 @@ bool CaptureTarget::Valid() const {
   if (monitor_ != nullptr) {
     return MonitorInfo(monitor_).has_value();
   }
-  return window_ != nullptr && IsWindow(window_) && GetAncestor(window_, GA_ROOT) == window_;
+  return window_ != nullptr && IsWindow(window_) != FALSE && GetAncestor(window_, GA_ROOT) == window_;
 }
 
 bool CaptureTarget::Gone() const {
-  return monitor_ != nullptr ? !MonitorInfo(monitor_) : !IsWindow(window_);
+  return monitor_ != nullptr ? !MonitorInfo(monitor_) : IsWindow(window_) == FALSE;
 }
 
 bool CaptureTarget::Shown() const {
-  return monitor_ != nullptr || (IsWindowVisible(window_) && !IsIconic(window_));
+  return monitor_ != nullptr || (IsWindowVisible(window_) != FALSE && IsIconic(window_) == FALSE);
 }
 
 std::optional<RECT> CaptureTarget::Rect() const {
@@ -36,7 +37,7 @@ std::optional<RECT> CaptureTarget::Rect() const {
     return info ? std::optional(info->rcMonitor) : std::nullopt;
   }
   RECT rect{};
-  return GetWindowRect(window_, &rect) ? std::optional(rect) : std::nullopt;
+  return GetWindowRect(window_, &rect) != FALSE ? std::optional(rect) : std::nullopt;
 }
 
 std::wstring CaptureTarget::Name() const {
@@ -44,10 +45,10 @@ std::wstring CaptureTarget::Name() const {
     const auto info = MonitorInfo(monitor_);
     return info ? info->szDevice : L"";
   }
-  wchar_t title[256] = L"";
+  std::array<wchar_t, 256> title{};
   // GetWindowTextW would wait for the window's thread.
-  InternalGetWindowText(window_, title, static_cast<int>(std::size(title)));
-  return title;
+  InternalGetWindowText(window_, title.data(), static_cast<int>(title.size()));
+  return title.data();
 }
 
 bool CaptureTarget::CopyTo(HDC destination, abi::SizeInt32 size) const {

@@ -55,6 +55,7 @@ class EventSource {
   std::vector<ComPtr<Handler>> Handlers() {
     const std::lock_guard lock(mutex_);
     std::vector<ComPtr<Handler>> all;
+    all.reserve(handlers_.size());
     for (const auto& [token, handler] : handlers_) {
       all.push_back(handler);
     }

@@ -2,6 +2,8 @@
 
 #include <d3d10.h>
 
+#include "support/exported_function.h"
+
 namespace brisolte::standins {
 
 namespace {
@@ -18,9 +20,10 @@ class OwnWork {
 
  private:
   static void Turn(bool on) {
-    const HMODULE direct3d = GetModuleHandleW(L"d3d11.dll");
-    if (const auto found = direct3d != nullptr ? GetProcAddress(direct3d, "StandinTurnFaults") : nullptr) {
-      reinterpret_cast<void (*)(bool)>(reinterpret_cast<void*>(found))(on);
+    using TurnFaults = void (*)(bool);
+    const auto turnFaults = ExportedFunction<TurnFaults>(GetModuleHandleW(L"d3d11.dll"), "StandinTurnFaults");
+    if (turnFaults != nullptr) {
+      turnFaults(on);
     }
   }
 };

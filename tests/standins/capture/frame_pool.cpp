@@ -25,7 +25,7 @@ HRESULT FramePool::Fill(abi::IDirect3DDevice* device, abi::DirectXPixelFormat fo
   const bool sensible = device != nullptr && format == abi::DirectXPixelFormat::B8G8R8A8UIntNormalized &&
                         buffers > 0 && size.Width > 0 && size.Height > 0;
   const auto inner = sensible ? UnwrapDevice(device) : nullptr;
-  return inner ? buffers_->Recreate(inner, buffers, size) : E_INVALIDARG;
+  return inner != nullptr ? buffers_->Recreate(inner, buffers, size) : E_INVALIDARG;
 }
 
 HRESULT FramePool::Recreate(abi::IDirect3DDevice* device, abi::DirectXPixelFormat format, INT32 buffers,

@@ -11,6 +11,8 @@ class FramePool final : public InspectableObject<abi::IDirect3D11CaptureFramePoo
   using Anchor = WeakAnchor<FramePool>;
 
   FramePool();
+  FramePool(const FramePool&) = delete;
+  FramePool& operator=(const FramePool&) = delete;
 
   HRESULT STDMETHODCALLTYPE Recreate(abi::IDirect3DDevice* device, abi::DirectXPixelFormat format,
                                      INT32 buffers, abi::SizeInt32 size) override;

@@ -9,6 +9,7 @@
 #include "com_faults/hook_object.h"
 #include "shared/com_object.h"
 #include "shared/faults.h"
+#include "support/exported_function.h"
 
 namespace brisolte::standins {
 
@@ -72,11 +73,11 @@ HRESULT FindWinesFactory(const SystemClass& wanted, ComPtr<IClassFactory>& facto
     return HRESULT_FROM_WIN32(GetLastError());
   }
   using Function = HRESULT(WINAPI*)(REFCLSID, REFIID, void**);
-  auto* const found = reinterpret_cast<void*>(GetProcAddress(module, "DllGetClassObject"));
-  Keep(found);
+  const auto getClassObject = ExportedFunction<Function>(module, "DllGetClassObject");
+  Keep(reinterpret_cast<const void*>(getClassObject));
   Keep(reinterpret_cast<const void*>(&FindWinesFactory));
-  return reinterpret_cast<Function>(found)(wanted.clsid, __uuidof(IClassFactory),
-                                           reinterpret_cast<void**>(factory.GetAddressOf()));
+  return getClassObject(wanted.clsid, __uuidof(IClassFactory),
+                        reinterpret_cast<void**>(factory.GetAddressOf()));
 }
 
 }  // namespace

@@ -25,10 +25,16 @@ Slot<void(STDMETHODCALLTYPE*)(ID3D11Texture2D*, D3D11_TEXTURE2D_DESC*)> textureD
 Slot<HRESULT(STDMETHODCALLTYPE*)(IDXGISurface*, DXGI_SURFACE_DESC*)> surfaceDesc;
 Slot<HRESULT(STDMETHODCALLTYPE*)(IDXGISurface*, REFIID, void**)> surfaceQuery;
 
+/// What a query of the device for this interface is called; null for one that never fails by a fault.
+const char* DeviceQuery(REFIID iid) {
+  if (iid == __uuidof(ID3D11VideoDevice)) {
+    return "QueryVideoDevice";
+  }
+  return iid == __uuidof(IDXGIDevice) ? "QueryDxgiDevice" : nullptr;
+}
+
 HRESULT STDMETHODCALLTYPE QueryInterfaceHook(ID3D11Device* self, REFIID iid, void** object) {
-  const char* call = iid == __uuidof(ID3D11VideoDevice) ? "QueryVideoDevice"
-                     : iid == __uuidof(IDXGIDevice)     ? "QueryDxgiDevice"
-                                                        : nullptr;
+  const char* call = DeviceQuery(iid);
   if (call != nullptr && object != nullptr) {
     if (const auto fault = TakeFault(call)) {
       *object = nullptr;
@@ -75,9 +81,10 @@ void HookTexture(ID3D11Texture2D& texture) {
 }
 
 const char* TextureCall(const D3D11_TEXTURE2D_DESC& desc) {
-  return (desc.MiscFlags & D3D11_RESOURCE_MISC_SHARED) != 0 ? "CreateSharedTexture"
-         : desc.Usage == D3D11_USAGE_STAGING                ? "CreateStagingTexture"
-                                                            : "CreateDefaultTexture";
+  if ((desc.MiscFlags & D3D11_RESOURCE_MISC_SHARED) != 0) {
+    return "CreateSharedTexture";
+  }
+  return desc.Usage == D3D11_USAGE_STAGING ? "CreateStagingTexture" : "CreateDefaultTexture";
 }
 
 HRESULT STDMETHODCALLTYPE CreateTexture2DHook(ID3D11Device* self, const D3D11_TEXTURE2D_DESC* asked,

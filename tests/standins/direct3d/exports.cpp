@@ -4,6 +4,7 @@
 #include "direct3d/device_hooks.h"
 #include "shared/faults.h"
 #include "shared/winrt_direct3d.h"
+#include "support/exported_function.h"
 
 namespace brisolte::standins {
 
@@ -11,16 +12,14 @@ namespace {
 
 // Where the Wine runner puts it: this DLL has taken its place.
 HMODULE WinesOwn() {
-  static const HMODULE module = LoadLibraryW(L"C:\\wine\\wine-d3d11.dll");
-  return module;
+  static const HMODULE kModule = LoadLibraryW(L"C:\\wine\\wine-d3d11.dll");
+  return kModule;
 }
 
 template <typename Result, typename... Arguments>
 Result CallWines(const char* name, Arguments... arguments) {
   using Function = Result(WINAPI*)(Arguments...);
-  const HMODULE module = WinesOwn();
-  const auto found = module != nullptr ? GetProcAddress(module, name) : nullptr;
-  const auto function = reinterpret_cast<Function>(reinterpret_cast<void*>(found));
+  const auto function = ExportedFunction<Function>(WinesOwn(), name);
   return function != nullptr ? function(arguments...) : static_cast<Result>(E_NOTIMPL);
 }
 

@@ -135,7 +135,7 @@ HRESULT STDMETHODCALLTYPE CreateInputViewHook(ID3D11VideoDevice* self, ID3D11Res
   }
   D3D11_TEXTURE2D_DESC desc{};
   const auto texture = ViewableTexture(*self, resource, enumerator, desc);
-  if (!texture || asked == nullptr || asked->FourCC != 0 || !IsInputFormat(desc.Format) ||
+  if (texture == nullptr || asked == nullptr || asked->FourCC != 0 || !IsInputFormat(desc.Format) ||
       asked->ViewDimension != D3D11_VPIV_DIMENSION_TEXTURE2D || asked->Texture2D.MipSlice != 0 ||
       asked->Texture2D.ArraySlice >= desc.ArraySize) {
     return E_INVALIDARG;
@@ -158,7 +158,7 @@ HRESULT STDMETHODCALLTYPE CreateOutputViewHook(ID3D11VideoDevice* self, ID3D11Re
   }
   D3D11_TEXTURE2D_DESC desc{};
   const auto texture = ViewableTexture(*self, resource, enumerator, desc);
-  if (!texture || asked == nullptr || (desc.BindFlags & D3D11_BIND_RENDER_TARGET) == 0 ||
+  if (texture == nullptr || asked == nullptr || (desc.BindFlags & D3D11_BIND_RENDER_TARGET) == 0 ||
       !IsOutputFormat(desc.Format) || asked->ViewDimension != D3D11_VPOV_DIMENSION_TEXTURE2D ||
       asked->Texture2D.MipSlice != 0 || desc.ArraySize != 1 || desc.MipLevels != 1) {
     return E_INVALIDARG;
@@ -169,47 +169,47 @@ HRESULT STDMETHODCALLTYPE CreateOutputViewHook(ID3D11VideoDevice* self, ID3D11Re
 }
 
 std::optional<RECT> Rect(WINBOOL enable, const RECT* rect) {
-  return enable && rect != nullptr ? std::optional(*rect) : std::nullopt;
+  return enable != FALSE && rect != nullptr ? std::optional(*rect) : std::nullopt;
 }
 
-void STDMETHODCALLTYPE SetTargetRectHook(ID3D11VideoContext*, ID3D11VideoProcessor* processor, WINBOOL enable,
-                                         const RECT* rect) {
+void STDMETHODCALLTYPE SetTargetRectHook(ID3D11VideoContext* /*self*/, ID3D11VideoProcessor* processor,
+                                         WINBOOL enable, const RECT* rect) {
   if (auto* own = Own(processor)) {
     own->state().target = Rect(enable, rect);
   }
 }
 
-void STDMETHODCALLTYPE SetBackgroundHook(ID3D11VideoContext*, ID3D11VideoProcessor* processor, WINBOOL ycbcr,
-                                         const D3D11_VIDEO_COLOR* color) {
+void STDMETHODCALLTYPE SetBackgroundHook(ID3D11VideoContext* /*self*/, ID3D11VideoProcessor* processor,
+                                         WINBOOL ycbcr, const D3D11_VIDEO_COLOR* color) {
   if (auto* own = Own(processor); own != nullptr && color != nullptr) {
     own->state().background = *color;
     own->state().backgroundIsYcbcr = ycbcr != FALSE;
   }
 }
 
-void STDMETHODCALLTYPE SetOutputSpaceHook(ID3D11VideoContext*, ID3D11VideoProcessor* processor,
+void STDMETHODCALLTYPE SetOutputSpaceHook(ID3D11VideoContext* /*self*/, ID3D11VideoProcessor* processor,
                                           const D3D11_VIDEO_PROCESSOR_COLOR_SPACE* space) {
   if (auto* own = Own(processor); own != nullptr && space != nullptr) {
     own->state().outputSpace = *space;
   }
 }
 
-void STDMETHODCALLTYPE SetStreamSpaceHook(ID3D11VideoContext*, ID3D11VideoProcessor* processor, UINT stream,
-                                          const D3D11_VIDEO_PROCESSOR_COLOR_SPACE* space) {
+void STDMETHODCALLTYPE SetStreamSpaceHook(ID3D11VideoContext* /*self*/, ID3D11VideoProcessor* processor,
+                                          UINT stream, const D3D11_VIDEO_PROCESSOR_COLOR_SPACE* space) {
   if (auto* own = Own(processor); own != nullptr && stream == 0 && space != nullptr) {
     own->state().streamSpace = *space;
   }
 }
 
-void STDMETHODCALLTYPE SetSourceRectHook(ID3D11VideoContext*, ID3D11VideoProcessor* processor, UINT stream,
-                                         WINBOOL enable, const RECT* rect) {
+void STDMETHODCALLTYPE SetSourceRectHook(ID3D11VideoContext* /*self*/, ID3D11VideoProcessor* processor,
+                                         UINT stream, WINBOOL enable, const RECT* rect) {
   if (auto* own = Own(processor); own != nullptr && stream == 0) {
     own->state().source = Rect(enable, rect);
   }
 }
 
-void STDMETHODCALLTYPE SetDestRectHook(ID3D11VideoContext*, ID3D11VideoProcessor* processor, UINT stream,
-                                       WINBOOL enable, const RECT* rect) {
+void STDMETHODCALLTYPE SetDestRectHook(ID3D11VideoContext* /*self*/, ID3D11VideoProcessor* processor,
+                                       UINT stream, WINBOOL enable, const RECT* rect) {
   if (auto* own = Own(processor); own != nullptr && stream == 0) {
     own->state().destination = Rect(enable, rect);
   }
@@ -228,7 +228,7 @@ HRESULT STDMETHODCALLTYPE BltHook(ID3D11VideoContext* self, ID3D11VideoProcessor
     return E_INVALIDARG;
   }
   InputView* input = nullptr;
-  if (streamCount == 1 && streams->Enable) {
+  if (streamCount == 1 && streams->Enable != FALSE) {
     input = Own(streams->pInputSurface);
     if (input == nullptr || input->device() != own->device()) {
       return E_INVALIDARG;

@@ -58,7 +58,7 @@ HRESULT VideoProcessor::Staging(const D3D11_TEXTURE2D_DESC& like, bool input,
                                 ComPtr<ID3D11Texture2D>& texture) {
   auto& kept = input ? inputStaging_ : outputStaging_;
   D3D11_TEXTURE2D_DESC has{};
-  if (kept) {
+  if (kept != nullptr) {
     kept->GetDesc(&has);
   }
   if (has.Width != like.Width || has.Height != like.Height || has.Format != like.Format) {

@@ -10,7 +10,7 @@ namespace brisolte::standins {
 
 namespace {
 
-constexpr wchar_t kFaultsFile[] = L"C:\\standin-faults.txt";
+constexpr const wchar_t* kFaultsFile = L"C:\\standin-faults.txt";
 
 thread_local int faultsOff = 0;
 
@@ -34,14 +34,14 @@ class FaultsFile {
 
   static Stamp StampNow() {
     WIN32_FILE_ATTRIBUTE_DATA file{};
-    if (!GetFileAttributesExW(kFaultsFile, GetFileExInfoStandard, &file)) {
+    if (GetFileAttributesExW(kFaultsFile, GetFileExInfoStandard, &file) == FALSE) {
       return {};
     }
     return {file.ftLastWriteTime.dwLowDateTime, file.ftLastWriteTime.dwHighDateTime, file.nFileSizeLow};
   }
 
   static std::string Text() {
-    const HANDLE file =
+    HANDLE file =
         CreateFileW(kFaultsFile, GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE,
                     nullptr, OPEN_EXISTING, 0, nullptr);
     if (file == INVALID_HANDLE_VALUE) {

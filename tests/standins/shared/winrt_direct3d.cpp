@@ -42,15 +42,15 @@ class WinrtDevice final
   HRESULT STDMETHODCALLTYPE Trim() override {
     const auto device = device_.Get();
     ComPtr<IDXGIDevice3> trimmable;
-    if (device && SUCCEEDED(device.As(&trimmable))) {
+    if (device != nullptr && SUCCEEDED(device.As(&trimmable))) {
       trimmable->Trim();
     }
-    return device ? S_OK : kClosed;
+    return device != nullptr ? S_OK : kClosed;
   }
 
   HRESULT STDMETHODCALLTYPE GetInterface(REFIID iid, void** object) override {
     const auto device = device_.Get();
-    return device ? device->QueryInterface(iid, object) : kClosed;
+    return device != nullptr ? device->QueryInterface(iid, object) : kClosed;
   }
 
   HRESULT STDMETHODCALLTYPE Close() override {
@@ -75,7 +75,7 @@ class WinrtSurface final
     }
     const auto surface = surface_.Get();
     DXGI_SURFACE_DESC desc{};
-    const HRESULT read = surface ? surface->GetDesc(&desc) : kClosed;
+    const HRESULT read = surface != nullptr ? surface->GetDesc(&desc) : kClosed;
     if (SUCCEEDED(read)) {
       *description = {
           static_cast<INT32>(desc.Width),
@@ -96,7 +96,7 @@ class WinrtSurface final
       return *fault;
     }
     const auto surface = surface_.Get();
-    return surface ? surface->QueryInterface(iid, object) : kClosed;
+    return surface != nullptr ? surface->QueryInterface(iid, object) : kClosed;
   }
 
   HRESULT STDMETHODCALLTYPE Close() override {

@@ -36,8 +36,8 @@ abi::SizeInt32 ContentSize(abi::IDirect3D11CaptureFrame* frame) {
 TEST(CaptureItem, IsRefusedForWhatCannotBeCaptured) {
   const auto interop = ItemInterop();
   const TestWindow window(kPlace, kRed);
-  const HWND child = CreateWindowW(L"STATIC", L"", WS_CHILD | WS_VISIBLE, 0, 0, 10, 10, window.handle(),
-                                   nullptr, nullptr, nullptr);
+  HWND child = CreateWindowW(L"STATIC", L"", WS_CHILD | WS_VISIBLE, 0, 0, 10, 10, window.handle(), nullptr,
+                             nullptr, nullptr);
   ComPtr<abi::IGraphicsCaptureItem> item;
   const auto* wrongWindow = reinterpret_cast<HWND>(0x7654321);
   const auto* wrongMonitor = reinterpret_cast<HMONITOR>(0x7654321);
@@ -229,7 +229,7 @@ TEST(FramePool, CallsItsHandlersFromThreadsOfItsOwn) {
 }
 
 TEST(FramePool, GivesNewBuffersOfAnotherSize) {
-  TestWindow window(kPlace, kRed);
+  const TestWindow window(kPlace, kRed);
   const auto capture = MakeCapture(ItemFor(window.handle()), kSize);
   ASSERT_EQ(capture.session->StartCapture(), S_OK);
   const auto kept = capture.Await();
@@ -294,7 +294,7 @@ TEST(CaptureSession, EndsDeliveryWhenClosed) {
   EXPECT_EQ(Close(capture.session.Get()), S_OK);
   EXPECT_EQ(capture.session->StartCapture(), kClosed);
 
-  while (capture.Next()) {
+  while (capture.Next() != nullptr) {
   }
   window.Fill(kBlue);
   EXPECT_TRUE(Never(200ms, [&] { return capture.Next() != nullptr; }));

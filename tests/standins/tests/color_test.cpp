@@ -72,7 +72,7 @@ TEST(RgbToYcbcr, TreatsEveryPixelOfARowAlike) {
                         all.data() + 2 * kPixels);
     for (std::size_t x = 0; x < kPixels; x += 2) {
       std::array<std::uint8_t, 6> two{};
-      convert.ConvertRows(&upper[x * 4], &lower[x * 4], 2, &two[0], &two[2], &two[4]);
+      convert.ConvertRows(&upper[x * 4], &lower[x * 4], 2, two.data(), &two[2], &two[4]);
       for (std::size_t row = 0; row < 3; ++row) {
         EXPECT_EQ(all[row * kPixels + x], two[row * 2]) << x;
         EXPECT_EQ(all[row * kPixels + x + 1], two[row * 2 + 1]) << x;

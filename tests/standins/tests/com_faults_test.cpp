@@ -7,6 +7,7 @@
 #include <cstdint>
 
 #include "shared/com_object.h"
+#include "support/exported_function.h"
 #include "tests/service.h"
 
 namespace brisolte::standins {
@@ -21,8 +22,8 @@ void** Out(ComPtr<Interface>& pointer) {
 HRESULT FindFactory(REFCLSID clsid, ComPtr<IClassFactory>& factory) {
   using Function = HRESULT(WINAPI*)(REFCLSID, REFIID, void**);
   const HMODULE module = LoadLibraryW(L"C:\\standins\\com_faults.dll");
-  auto* const found = reinterpret_cast<void*>(GetProcAddress(module, "DllGetClassObject"));
-  return reinterpret_cast<Function>(found)(clsid, __uuidof(IClassFactory), Out(factory));
+  const auto getClassObject = ExportedFunction<Function>(module, "DllGetClassObject");
+  return getClassObject(clsid, __uuidof(IClassFactory), Out(factory));
 }
 
 template <typename Interface>

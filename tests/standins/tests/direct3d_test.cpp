@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "shared/com_object.h"
+#include "support/exported_function.h"
 #include "tests/service.h"
 
 namespace brisolte::standins {
@@ -59,8 +60,8 @@ TEST(WinrtSurface, LeadsToTheSurfaceItWraps) {
   ComPtr<IDXGISurface> inner;
   ASSERT_EQ(texture.As(&inner), S_OK);
   using Wrap = HRESULT(WINAPI*)(IDXGISurface*, IInspectable**);
-  const auto wrap = reinterpret_cast<Wrap>(reinterpret_cast<void*>(
-      GetProcAddress(GetModuleHandleW(L"d3d11.dll"), "CreateDirect3D11SurfaceFromDXGISurface")));
+  const auto wrap =
+      ExportedFunction<Wrap>(GetModuleHandleW(L"d3d11.dll"), "CreateDirect3D11SurfaceFromDXGISurface");
   ComPtr<IInspectable> wrapped;
   ComPtr<abi::IDirect3DSurface> surface;
   ComPtr<abi::IDirect3DDxgiInterfaceAccess> access;

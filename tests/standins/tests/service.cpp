@@ -6,11 +6,13 @@
 #include <stdexcept>
 #include <thread>
 
+#include "support/exported_function.h"
+
 namespace brisolte::standins {
 
 namespace {
 
-constexpr wchar_t kFaultsFile[] = L"C:\\standin-faults.txt";
+constexpr const wchar_t* kFaultsFile = L"C:\\standin-faults.txt";
 
 void Check(HRESULT result, const char* what) {
   if (FAILED(result)) {
@@ -56,7 +58,7 @@ bool Never(std::chrono::milliseconds period, const std::function<bool()>& condit
 }
 
 Faults::Faults(const std::string& rules) {
-  const HANDLE file = CreateFileW(kFaultsFile, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
+  HANDLE file = CreateFileW(kFaultsFile, GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, 0, nullptr);
   DWORD written = 0;
   WriteFile(file, rules.data(), static_cast<DWORD>(rules.size()), &written, nullptr);
   CloseHandle(file);
@@ -67,8 +69,8 @@ Faults::~Faults() {
 }
 
 long LiveObjects(const wchar_t* dll) {
-  const auto found = reinterpret_cast<void*>(GetProcAddress(GetModuleHandleW(dll), "StandinObjectCount"));
-  return reinterpret_cast<long (*)()>(found)();
+  using Count = long (*)();
+  return ExportedFunction<Count>(GetModuleHandleW(dll), "StandinObjectCount")();
 }
 
 Device MakeDevice() {
@@ -78,8 +80,8 @@ Device MakeDevice() {
                           made.context.GetAddressOf()),
         "D3D11CreateDevice");
   using Wrap = HRESULT(WINAPI*)(IDXGIDevice*, IInspectable**);
-  const auto wrap = reinterpret_cast<Wrap>(reinterpret_cast<void*>(
-      GetProcAddress(GetModuleHandleW(L"d3d11.dll"), "CreateDirect3D11DeviceFromDXGIDevice")));
+  const auto wrap =
+      ExportedFunction<Wrap>(GetModuleHandleW(L"d3d11.dll"), "CreateDirect3D11DeviceFromDXGIDevice");
   ComPtr<IDXGIDevice> inner;
   ComPtr<IInspectable> wrapped;
   Check(made.device.As(&inner), "QueryInterface");
@@ -132,7 +134,7 @@ Capture MakeCapture(const ComPtr<abi::IGraphicsCaptureItem>& item, abi::SizeInt3
 }
 
 Capture::~Capture() {
-  if (session) {
+  if (session != nullptr) {
     Close(session.Get());
   }
 }
@@ -152,7 +154,7 @@ ComPtr<abi::IDirect3D11CaptureFrame> Capture::Await() const {
 bool Capture::AwaitColor(int x, int y, std::uint32_t rgb) const {
   return Eventually([&] {
     const auto frame = Next();
-    return frame && Read(device, frame.Get()).Rgb(x, y) == rgb;
+    return frame != nullptr && Read(device, frame.Get()).Rgb(x, y) == rgb;
   });
 }
 

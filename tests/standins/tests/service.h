@@ -78,6 +78,12 @@ struct Capture {
   Device device;
   ComPtr<abi::IDirect3D11CaptureFramePool> pool;
   ComPtr<abi::IGraphicsCaptureSession> session;
+
+  Capture() = default;
+  Capture(const Capture&) = delete;
+  Capture& operator=(const Capture&) = delete;
+  Capture(Capture&&) = default;
+  Capture& operator=(Capture&&) = default;
   ~Capture();
 
   ComPtr<abi::IDirect3D11CaptureFrame> Next() const;

@@ -1,5 +1,6 @@
 #include "tests/test_window.h"
 
+#include <array>
 #include <future>
 #include <sstream>
 #include <stdexcept>
@@ -8,17 +9,17 @@ namespace brisolte::standins {
 
 namespace {
 
-constexpr wchar_t kClass[] = L"StandinTestWindow";
-constexpr wchar_t kForeignTitle[] = L"Stand-in test of another process";
+constexpr const wchar_t* kClass = L"StandinTestWindow";
+constexpr const wchar_t* kForeignTitle = L"Stand-in test of another process";
 
 LRESULT CALLBACK WindowProcedure(HWND window, UINT message, WPARAM first, LPARAM second) {
   switch (message) {
     case WM_PAINT: {
       PAINTSTRUCT paint{};
-      const HDC dc = BeginPaint(window, &paint);
+      HDC dc = BeginPaint(window, &paint);
       RECT all{};
       GetClientRect(window, &all);
-      const HBRUSH brush = CreateSolidBrush(static_cast<COLORREF>(GetWindowLongPtrW(window, GWLP_USERDATA)));
+      HBRUSH brush = CreateSolidBrush(static_cast<COLORREF>(GetWindowLongPtrW(window, GWLP_USERDATA)));
       FillRect(dc, &all, brush);
       DeleteObject(brush);
       EndPaint(window, &paint);
@@ -38,9 +39,9 @@ HWND MakeWindow(const RECT& place, COLORREF color, const wchar_t* title) {
   description.hInstance = GetModuleHandleW(nullptr);
   description.lpszClassName = kClass;
   RegisterClassW(&description);
-  const HWND window = CreateWindowExW(WS_EX_TOPMOST, kClass, title, WS_OVERLAPPEDWINDOW, place.left,
-                                      place.top, place.right - place.left, place.bottom - place.top, nullptr,
-                                      nullptr, description.hInstance, nullptr);
+  HWND window = CreateWindowExW(WS_EX_TOPMOST, kClass, title, WS_OVERLAPPEDWINDOW, place.left, place.top,
+                                place.right - place.left, place.bottom - place.top, nullptr, nullptr,
+                                description.hInstance, nullptr);
   SetWindowLongPtrW(window, GWLP_USERDATA, static_cast<LONG_PTR>(color));
   ShowWindow(window, SW_SHOWNOACTIVATE);
   UpdateWindow(window);
@@ -87,19 +88,19 @@ void TestWindow::Destroy() {
 }
 
 ForeignWindow::ForeignWindow(const RECT& place, COLORREF color) {
-  wchar_t self[MAX_PATH] = L"";
-  GetModuleFileNameW(nullptr, self, MAX_PATH);
+  std::array<wchar_t, MAX_PATH> self{};
+  GetModuleFileNameW(nullptr, self.data(), static_cast<DWORD>(self.size()));
   std::wostringstream words;
-  words << L"\"" << self << L"\" --window " << place.left << L' ' << place.top << L' ' << place.right << L' '
-        << place.bottom << L' ' << color;
+  words << L"\"" << self.data() << L"\" --window " << place.left << L' ' << place.top << L' ' << place.right
+        << L' ' << place.bottom << L' ' << color;
   std::wstring command = words.str();
   STARTUPINFOW start{};
   start.cb = sizeof(start);
-  if (!CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start,
-                      &process_)) {
+  if (CreateProcessW(nullptr, command.data(), nullptr, nullptr, FALSE, 0, nullptr, nullptr, &start,
+                     &process_) == FALSE) {
     throw std::runtime_error("the process of the foreign window did not start");
   }
-  for (int i = 0; i < 1000 && (window_ == nullptr || !IsWindowVisible(window_)); ++i) {
+  for (int i = 0; i < 1000 && (window_ == nullptr || IsWindowVisible(window_) == FALSE); ++i) {
     Sleep(10);
     window_ = FindWindowW(kClass, kForeignTitle);
   }
