@@ -63,7 +63,7 @@ async function soak({ cycles = 0, minutes = 0 }) {
     };
     writeFileSync(requestFile, JSON.stringify(request));
     const words = ['--expose-gc', windowsPath(join(treeDir, 'tools/soak/recorder.cjs')), windowsPath(requestFile)];
-    const timeout = 120 + 5 * cycles + 90 * minutes;
+    const timeout = 300 + 5 * cycles + 90 * minutes;
     const code = await runUnderWine('node', words, { standins: true, outputOnly: true, timeout, writable: [scratchDir] });
     if (code !== 0) {
       throw new WorkshopError(`The recordings ended with exit code ${code}; the lines above say why.`);
@@ -77,6 +77,13 @@ async function soak({ cycles = 0, minutes = 0 }) {
   }
 }
 
+const ofCalls = (bare) =>
+  `${bare.RoGetActivationFactory} handles of each RoGetActivationFactory and ` +
+  `${Math.round(bare.D3D11CreateDevice / 1024)} KiB of each D3D11CreateDevice`;
+
+const ofCommands = ({ commands }) =>
+  `${commands.map((bytes) => `${(bytes / (1 << 20)).toFixed(1)} MiB`).join(', then ')} of as many commands of a living device each`;
+
 /** Shows the figures of one soak; gives whether all is level and the file whole. */
 function show(title, { played, seconds, bare }, rows) {
   console.log(`\n${title}; memory in MiB; early and late are the medians of the second and the last quarter\n`);
@@ -87,10 +94,6 @@ function show(title, { played, seconds, bare }, rows) {
     `the file${seconds ? '' : ' of the last recording'}: ${whole ? 'whole' : 'NOT whole'}, ${played.seconds.toFixed(1)} s${length}, ` +
       `${played.frames} frames, ${played.sounds} sounds ${played.errors}`,
   );
-  console.log(
-    `without our code the system keeps ${bare.RoGetActivationFactory} handles of each RoGetActivationFactory, ` +
-      `${Math.round(bare.D3D11CreateDevice / 1024)} KiB of each D3D11CreateDevice, and while a device lives ` +
-      `${bare.commands.map((bytes) => `${(bytes / (1 << 20)).toFixed(1)} MiB`).join(', then ')} of as many commands each`,
-  );
+  console.log(`without our code the system keeps ${bare.commands ? ofCommands(bare) : ofCalls(bare)}`);
   return whole && rows.every(({ grows }) => !grows);
 }

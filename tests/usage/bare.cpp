@@ -1,7 +1,7 @@
-// Tells what calls that a recording makes cost of the system's own, as one line of JSON: bare ROUNDS
-// Of each call the handles or the bytes that are there afterwards, though all that it gave has been released,
-// of the long one how long it takes, and of a device's commands the bytes that many of them leave, and as
-// many again.
+// Tells what calls that a recording makes cost of the system's own, as one line of JSON.
+// bare ROUNDS: of each call the handles or the bytes that are there afterwards, though all that it gave has
+// been released, and of the long one how long it takes. bare commands: the bytes that many commands of a
+// device leave while it lives, and as many again.
 
 #include <windows.h>
 // After windows.h, which declares what they need.
@@ -24,7 +24,7 @@ namespace {
 
 constexpr unsigned long kTimedDevices = 10;
 // Enough for a ring of many megabytes to come round.
-constexpr int kCommands = 200'000;
+constexpr int kFrames = 200'000;
 constexpr std::wstring_view kClass = L"Windows.Graphics.Capture.GraphicsCaptureItem";
 
 void AskForFactory() {
@@ -64,7 +64,7 @@ void MakeAndReleaseDevice() {
   MakeDevice();
 }
 
-Microsoft::WRL::ComPtr<ID3D11Texture2D> MakeTexture(ID3D11Device& device) {
+Microsoft::WRL::ComPtr<ID3D11Texture2D> MakeTexture(ID3D11Device& device, D3D11_USAGE usage) {
   D3D11_TEXTURE2D_DESC description{};
   description.Width = 64;
   description.Height = 64;
@@ -72,28 +72,33 @@ Microsoft::WRL::ComPtr<ID3D11Texture2D> MakeTexture(ID3D11Device& device) {
   description.ArraySize = 1;
   description.Format = DXGI_FORMAT_B8G8R8A8_UNORM;
   description.SampleDesc.Count = 1;
-  description.BindFlags = D3D11_BIND_RENDER_TARGET;
+  description.Usage = usage;
+  description.BindFlags = usage == D3D11_USAGE_DEFAULT ? D3D11_BIND_RENDER_TARGET : 0;
+  description.CPUAccessFlags = usage == D3D11_USAGE_STAGING ? D3D11_CPU_ACCESS_READ : 0;
   Microsoft::WRL::ComPtr<ID3D11Texture2D> texture;
   device.CreateTexture2D(&description, nullptr, texture.GetAddressOf());
   return texture;
 }
 
-/// What a device's commands leave while it lives.
-class Commands {
+/// A device that reads frames back, as a recording does.
+class Reading {
  public:
-  /// The bytes that so many commands leave beside those of earlier calls.
-  double Leave(int count) {
+  /// The bytes that so many frames leave beside those of earlier calls.
+  double Leave(int frames) {
     const double before = PrivateBytes();
-    for (int i = 0; i < count; ++i) {
-      device_.context->CopyResource(to_.Get(), from_.Get());
+    for (int i = 0; i < frames; ++i) {
+      device_.context->CopyResource(staging_.Get(), frame_.Get());
+      D3D11_MAPPED_SUBRESOURCE mapped{};
+      device_.context->Map(staging_.Get(), 0, D3D11_MAP_READ, 0, &mapped);
+      device_.context->Unmap(staging_.Get(), 0);
     }
     return PrivateBytes() - before;
   }
 
  private:
   Device device_ = MakeDevice();
-  Microsoft::WRL::ComPtr<ID3D11Texture2D> from_ = MakeTexture(*device_.device.Get());
-  Microsoft::WRL::ComPtr<ID3D11Texture2D> to_ = MakeTexture(*device_.device.Get());
+  Microsoft::WRL::ComPtr<ID3D11Texture2D> frame_ = MakeTexture(*device_.device.Get(), D3D11_USAGE_DEFAULT);
+  Microsoft::WRL::ComPtr<ID3D11Texture2D> staging_ = MakeTexture(*device_.device.Get(), D3D11_USAGE_STAGING);
 };
 
 /// Of a device that is made and released.
@@ -119,22 +124,34 @@ double KeptByEach(unsigned long rounds, double (*read)(), void (*call)()) {
   return (read() - before) / static_cast<double>(rounds - warm);
 }
 
+void TellOfCommands() {
+  Reading reading;
+  reading.Leave(kFrames / 100);  // what is made for the first of them
+  const double first = reading.Leave(kFrames);
+  std::cout << "{\"commands\":[" << first << ',' << reading.Leave(kFrames) << "]}\n";
+}
+
+void TellOfCalls(unsigned long rounds) {
+  std::cout << "{\"RoGetActivationFactory\":" << KeptByEach(rounds, Handles, AskForFactory)
+            << ",\"D3D11CreateDevice\":" << KeptByEach(rounds, PrivateBytes, MakeAndReleaseDevice)
+            << ",\"D3D11CreateDeviceMilliseconds\":" << MillisecondsOfDevice(kTimedDevices) << "}\n";
+}
+
 }  // namespace
 
 int main() {
   const auto words = brisolte::testing::CommandLineArguments();
+  const bool commands = words.size() == 1 && words[0] == L"commands";
   const unsigned long rounds = words.size() == 1 ? wcstoul(words[0].c_str(), nullptr, 10) : 0;
   brisolte::MtaUsage apartment;
-  if (rounds == 0 || FAILED(apartment.Hold())) {
-    std::cerr << "usage: bare ROUNDS\n";
+  if ((rounds == 0 && !commands) || FAILED(apartment.Hold())) {
+    std::cerr << "usage: bare ROUNDS|commands\n";
     return 2;
   }
-  std::cout << "{\"RoGetActivationFactory\":" << KeptByEach(rounds, Handles, AskForFactory)
-            << ",\"D3D11CreateDevice\":" << KeptByEach(rounds, PrivateBytes, MakeAndReleaseDevice)
-            << ",\"D3D11CreateDeviceMilliseconds\":" << MillisecondsOfDevice(kTimedDevices);
-  Commands commands;
-  commands.Leave(kCommands / 100);  // what is made for the first of them
-  const double first = commands.Leave(kCommands);
-  std::cout << ",\"commands\":[" << first << ',' << commands.Leave(kCommands) << "]}\n";
+  if (commands) {
+    TellOfCommands();
+  } else {
+    TellOfCalls(rounds);
+  }
   return 0;
 }

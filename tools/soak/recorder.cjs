@@ -14,7 +14,7 @@ const SAMPLES = 40;
 
 const request = JSON.parse(readFileSync(process.argv[2], 'utf8'));
 const { Brisolte } = require(request.packageDir);
-const { systemCosts, usage } = require(join(request.packageDir, 'tests', 'js', 'support', 'usage'));
+const { commandCosts, systemCosts, usage } = require(join(request.packageDir, 'tests', 'js', 'support', 'usage'));
 
 async function showContent() {
   const ready = join(request.scratchDir, 'ready');
@@ -96,8 +96,8 @@ async function recordLong() {
 async function main() {
   const content = await showContent();
   try {
-    const bare = systemCosts(Math.max(40, request.cycles));
-    const outcome = await (request.cycles ? recordOften() : recordLong());
+    const outcome = request.cycles ? await recordOften() : await recordLong();
+    const bare = request.cycles ? systemCosts(Math.max(40, request.cycles)) : { commands: commandCosts() };
     writeFileSync(request.resultFile, JSON.stringify({ ...outcome, bare }));
   } finally {
     content.kill();
