@@ -28,7 +28,7 @@ class AudioDevices : public ::testing::Test {
     service_.defaultId = "second";
   }
 
-  std::vector<std::string> Names(AudioDataFlow flow = AudioDataFlow::kCapture) {
+  static std::vector<std::string> Names(AudioDataFlow flow = AudioDataFlow::kCapture) {
     std::vector<std::string> names;
     for (const auto& device : EnumerateAudioDevices(flow)) {
       names.push_back(device.name);

@@ -32,6 +32,7 @@ struct FakeEndpoint {
   VARTYPE nameType = VT_LPWSTR;
   DWORD state = DEVICE_STATE_ACTIVE;
   /// As bytes in memory; empty: the client gives no format.
+  // NOLINTNEXTLINE(readability-redundant-member-init): without it GCC wants it named wherever one is made.
   std::vector<std::uint8_t> mixFormat = {};
 };
 

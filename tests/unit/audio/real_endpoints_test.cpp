@@ -89,8 +89,8 @@ TEST_F(RealEndpoints, OfASpeakerDeliverWhileNothingElsePlays) {
 }
 
 TEST_F(RealEndpoints, DeliverTheirOwnSoundAndNotEachOthers) {
-  TonePlayer inTheRoom(IdOf(AudioDataFlow::kRender, "Room"), 440);
-  TonePlayer onTheSpeaker(IdOf(AudioDataFlow::kRender, "Speaker"), 1'000);
+  const TonePlayer inTheRoom(IdOf(AudioDataFlow::kRender, "Room"), 440);
+  const TonePlayer onTheSpeaker(IdOf(AudioDataFlow::kRender, "Speaker"), 1'000);
   const auto capture = Capture(true, true);
   EXPECT_TRUE(capture->Start());
   EXPECT_TRUE(encoder_.WaitForBytes("microphone", Bytes(1, 0)));

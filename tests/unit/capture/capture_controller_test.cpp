@@ -217,10 +217,12 @@ TEST_F(CaptureControllerTest, TakesAScreenshotOfTheCurrentTarget) {
 }
 
 class OutputDirTest : public CaptureControllerTest {
- protected:
-  OutputDirTest() { std::filesystem::create_directories(folder_); }
+ public:
   OutputDirTest(const OutputDirTest&) = delete;
   OutputDirTest& operator=(const OutputDirTest&) = delete;
+
+ protected:
+  OutputDirTest() { std::filesystem::create_directories(folder_); }
   ~OutputDirTest() override {
     std::error_code ignored;
     std::filesystem::remove_all(folder_, ignored);

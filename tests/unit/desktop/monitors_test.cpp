@@ -17,8 +17,8 @@ TEST(EnumerateMonitors, NumbersThemFromZero) {
 TEST(EnumerateMonitors, TellsThePrimaryOneWithItsWholeRectangle) {
   const auto monitors = EnumerateMonitors();
   const auto isPrimary = [](const MonitorEntry& monitor) { return monitor.isPrimary; };
-  ASSERT_EQ(std::count_if(monitors.begin(), monitors.end(), isPrimary), 1);
-  const auto primary = *std::find_if(monitors.begin(), monitors.end(), isPrimary);
+  ASSERT_EQ(std::ranges::count_if(monitors, isPrimary), 1);
+  const auto primary = *std::ranges::find_if(monitors, isPrimary);
   EXPECT_EQ(primary.rect.left, 0);
   EXPECT_EQ(primary.rect.top, 0);
   EXPECT_EQ(primary.rect.width(), GetSystemMetrics(SM_CXSCREEN));

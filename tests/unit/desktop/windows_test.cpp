@@ -14,8 +14,8 @@ using testing::TestWindow;
 
 std::optional<WindowEntry> Listed(const TestWindow& window) {
   const auto all = EnumerateWindows();
-  const auto found = std::find_if(all.begin(), all.end(),
-                                  [&](const WindowEntry& entry) { return entry.handle == window.number(); });
+  const auto found =
+      std::ranges::find_if(all, [&](const WindowEntry& entry) { return entry.handle == window.number(); });
   return found == all.end() ? std::nullopt : std::optional(*found);
 }
 

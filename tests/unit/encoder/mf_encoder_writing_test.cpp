@@ -96,18 +96,18 @@ TEST_F(MFEncoderWritingTest, The101stFrameThatWaitsIsDroppedWithoutACopy) {
   stage_.HoldWrites(false);
   EXPECT_EQ(stage_.AwaitSamples(101).back().time, 990'000);
   EXPECT_EQ(stage_.textures(), 101U);
-  for (int i = 0; i < 100; ++i) {
-    EXPECT_TRUE(ProcessTexture(texture_.Get(), 200 + i));
-    stage_.AwaitSamples(static_cast<std::size_t>(102 + i));
+  for (std::size_t i = 0; i < 100; ++i) {
+    EXPECT_TRUE(ProcessTexture(texture_.Get(), static_cast<int>(200 + i)));
+    stage_.AwaitSamples(102 + i);
   }
   EXPECT_EQ(stage_.textures(), 101U) << "the textures are used again";
 }
 
 TEST_F(MFEncoderWritingTest, AFewTexturesServeAnEncoderThatKeepsUp) {
   StartWithVideo();
-  for (int i = 0; i < 50; ++i) {
-    EXPECT_TRUE(ProcessTexture(texture_.Get(), i));
-    stage_.AwaitSamples(static_cast<std::size_t>(i + 1));
+  for (std::size_t i = 0; i < 50; ++i) {
+    EXPECT_TRUE(ProcessTexture(texture_.Get(), static_cast<int>(i)));
+    stage_.AwaitSamples(i + 1);
   }
   // The worker may still hold the last frame while the next one comes.
   EXPECT_LE(stage_.textures(), 3U);

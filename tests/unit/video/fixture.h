@@ -15,10 +15,12 @@ namespace brisolte::testing {
 
 /// A capture on a system of fakes.
 class VideoCaptureTest : public ::testing::Test {
- protected:
-  VideoCaptureTest() { Logger::SetLevel(LogLevel::kFatal); }
+ public:
   VideoCaptureTest(const VideoCaptureTest&) = delete;
   VideoCaptureTest& operator=(const VideoCaptureTest&) = delete;
+
+ protected:
+  VideoCaptureTest() { Logger::SetLevel(LogLevel::kFatal); }
   ~VideoCaptureTest() override { Logger::SetLevel(levelBefore_); }
 
   std::unique_ptr<VideoCapture> Construct() {

@@ -39,14 +39,16 @@ MATCHER_P(Near, colour, "") {
 
 /// Recordings of real windows through the capture service.
 class WindowsCapture : public ::testing::Test {
+ public:
+  WindowsCapture(const WindowsCapture&) = delete;
+  WindowsCapture& operator=(const WindowsCapture&) = delete;
+
  protected:
   WindowsCapture() {
     Logger::SetLevel(LogLevel::kWarn);
     // Takes every frame: the last change of a picture is no frame's that may be dropped.
     settings_.frameRate = 1000;
   }
-  WindowsCapture(const WindowsCapture&) = delete;
-  WindowsCapture& operator=(const WindowsCapture&) = delete;
   ~WindowsCapture() override { Logger::SetLevel(LogLevel::kInfo); }
 
   /// A capture of `settings_` that runs.
