@@ -55,11 +55,12 @@ prefix() {
   fi
 }
 
-# The clock that Wine's processes see says what the file does, at every look at it. What counts from any beginning, and the
-# times of files, stay those of the machine.
+# The clock that Wine's processes see says what the file does. What counts from any beginning, and the times of files, stay
+# those of the machine. The file is read once a second only: Wine measures a pause by two looks at the clock, and when that is
+# set back between them the pause becomes as long as the step. Reading the file at each look makes the gap wide enough to be hit.
 clock() {
   echo +0 > /tmp/clock
-  export FAKETIME_TIMESTAMP_FILE=/tmp/clock FAKETIME_NO_CACHE=1 FAKETIME_DONT_FAKE_MONOTONIC=1 NO_FAKE_STAT=1
+  export FAKETIME_TIMESTAMP_FILE=/tmp/clock FAKETIME_CACHE_DURATION=1 FAKETIME_DONT_FAKE_MONOTONIC=1 NO_FAKE_STAT=1
   export LD_PRELOAD=/usr/lib/x86_64-linux-gnu/faketime/libfaketime.so.1
 }
 
