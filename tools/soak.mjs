@@ -77,12 +77,14 @@ async function soak({ cycles = 0, minutes = 0 }) {
   }
 }
 
-const ofCalls = (bare) =>
-  `${bare.RoGetActivationFactory} handles of each RoGetActivationFactory and ` +
-  `${Math.round(bare.D3D11CreateDevice / 1024)} KiB of each D3D11CreateDevice`;
+function ofCalls({ RoGetActivationFactory: handles, D3D11CreateDevice: bytes }) {
+  return `${handles} handles of each RoGetActivationFactory and ${Math.round(bytes / 1024)} KiB of each D3D11CreateDevice`;
+}
 
-const ofCommands = ({ commands }) =>
-  `${commands.map((bytes) => `${(bytes / (1 << 20)).toFixed(1)} MiB`).join(', then ')} of as many commands of a living device each`;
+function ofCommands({ commands }) {
+  const inMiB = commands.map((bytes) => `${(bytes / (1 << 20)).toFixed(1)} MiB`);
+  return `${inMiB.join(', then ')} of as many commands of a living device each`;
+}
 
 /** Shows the figures of one soak; gives whether all is level and the file whole. */
 function show(title, { played, seconds, bare }, rows) {
