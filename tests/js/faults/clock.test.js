@@ -5,7 +5,7 @@ const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
 const { assertRecording, assertRising } = require('../support/check');
-const { setClock, stopClock } = require('../support/clock');
+const { jumpIn, setClock, stopClock } = require('../support/clock');
 const { openPattern } = require('../support/desktop');
 const { describe } = require('../support/media');
 const { recordAll } = require('../support/recording');
@@ -18,7 +18,7 @@ const SMALL = { x: 30, y: 30, width: 320, height: 192 };
 
 // Records with the clock set in the middle, then once more. `lasted` are the milliseconds that a recording ran at least and
 // at most, by a clock that cannot be set.
-async function recordAcross({ Brisolte, log, painted, paintedMore, require: load, supportFolder }, given) {
+async function recordAcross({ Brisolte, log, painted, paintedMore, waitFor, require: load, supportFolder }, given) {
   const clock = load(`${supportFolder}\\clock`);
   const capture = new Brisolte();
   for (const [method, ...words] of given.settings) {
@@ -32,21 +32,21 @@ async function recordAcross({ Brisolte, log, painted, paintedMore, require: load
     await log.line('First Video frame arrived at: ', mark);
     const running = performance.now();
     await paintedMore(given.progress, 90);
-    inTheMiddle();
+    await inTheMiddle(mark);
     await paintedMore(given.progress, 90);
     const least = performance.now() - running;
     const stopped = capture.stopRecord();
     const lasted = [least, performance.now() - called];
     return { started, stopped, lasted, file: capture.getSaveFilePath(), painted: [before, painted(given.progress)] };
   };
-  return [await record(() => clock.setClock(given.seconds)), await record(() => {})];
-}
-
-// By how many seconds the clock jumps in a log, going by the times of its lines.
-function jumpIn({ text }) {
-  const times = [...text.matchAll(/^(\d{4}-\d\d-\d\d) (\d\d:\d\d:\d\d) \[/gm)].map(([, day, time]) => Date.parse(`${day}T${time}Z`) / 1000);
-  const steps = times.slice(1).map((time, i) => time - times[i]);
-  return steps.reduce((most, step) => (Math.abs(step) > Math.abs(most) ? step : most), 0);
+  const setClock = (mark) => {
+    clock.setClock(given.seconds);
+    return waitFor('the log to have the new time', () => {
+      capture.getSpeakers(); // which is logged
+      return Math.abs(clock.jumpIn(log.since(mark)) - given.seconds) < 60;
+    });
+  };
+  return [await record(setClock), await record(() => {})];
 }
 
 // What comes first and last may be on its way when the recording begins and ends.

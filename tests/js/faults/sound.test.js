@@ -8,9 +8,9 @@ const { assertRecording } = require('../support/check');
 const { ACCESS_DENIED, FAULTS_FILE, failingCalls, letSoundFail } = require('../support/faults');
 const { recordUnder, told } = require('../support/faulty-recording');
 const { assertWhole, describe, sound } = require('../support/media');
-const { loadSilently } = require('../support/package');
 const { NUMBERS } = require('../support/pattern');
 const { scenario } = require('../support/scenario');
+const { microphone, speaker } = require('../support/sound');
 
 const DENIED = `HRESULT: ${ACCESS_DENIED}`;
 const INVALID_POINTER = '0x80004003';
@@ -18,15 +18,6 @@ const DEVICE_INVALIDATED = '0x88890004';
 
 const calls = failingCalls('Sound');
 const callOf = (rule) => rule.split(' ')[0].split(':').at(-1);
-
-function bothSounds() {
-  const capture = new (loadSilently())();
-  const idOf = (devices, name) => devices.find((device) => device.name.includes(name)).id;
-  return [
-    ['setMicrophoneDevice', idOf(capture.getMicrophones(), 'Microphone')],
-    ['setSpeakerDevice', idOf(capture.getSpeakers(), 'Speaker')],
-  ];
-}
 
 const soundsOf = (file) => describe(file).streams.filter(({ codec_type: type }) => type === 'audio');
 
@@ -49,7 +40,7 @@ function soundsAfterFault({ outcome, picture }) {
  * other one { outcome, picture }.
  */
 async function recordSounds(t, given) {
-  const settings = bothSounds();
+  const settings = [microphone(), speaker()];
   letSoundFail(t);
   const { outcomes, good, picture } = await recordUnder(t, { settings, pictures: 10, ...given });
   assert.deepEqual([good.started, good.stopped, good.errors, good.warnings], [true, true, [], []]);

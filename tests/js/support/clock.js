@@ -21,4 +21,13 @@ const setClock = (seconds) => show(`${seconds < 0 ? '-' : '+'}${Math.abs(seconds
 /** Stops the clock at a moment of local time, as in "2026-01-31 23:59:59". */
 const stopClock = (moment) => show(moment);
 
-module.exports = { setClock, stopClock };
+const LINE_TIME = /^(\d{4}-\d\d-\d\d) (\d\d:\d\d:\d\d) \[/gm;
+
+/** By how many seconds the clock jumps in a log, going by the times of its lines. Processes see a new time within two seconds. */
+function jumpIn({ text }) {
+  const times = [...text.matchAll(LINE_TIME)].map(([, day, time]) => Date.parse(`${day}T${time}Z`) / 1000);
+  const steps = times.slice(1).map((time, i) => time - times[i]);
+  return steps.reduce((most, step) => (Math.abs(step) > Math.abs(most) ? step : most), 0);
+}
+
+module.exports = { jumpIn, setClock, stopClock };
