@@ -64,14 +64,19 @@ clock() {
   export LD_PRELOAD=/usr/lib/x86_64-linux-gnu/faketime/libfaketime.so.1
 }
 
-export WINEDLLOVERRIDES="mscoree,mshtml="
-# A copy of the screen is a reply of several megabytes. Its memory would be fresh from the system each time, which costs
-# more than the copy itself. And with an arena of memory for each thread a process that starts many of them, as every
-# recording does, grows for hours: what one thread has freed does not serve another.
-export GLIBC_TUNABLES=glibc.malloc.arena_max=1:glibc.malloc.mmap_threshold=1073741824:glibc.malloc.trim_threshold=1073741824
-[ "$BRISOLTE_SCREEN" = none ] || display
-sound
-prefix
-[ -z "${BRISOLTE_CLOCK:-}" ] || clock
-# To files: Node.js for Windows fails with EBADF when its standard output is a pipe of Wine's.
-wine "$@" > /output/stdout 2> /output/stderr < /dev/null
+main() {
+  export WINEDLLOVERRIDES="mscoree,mshtml="
+  # A copy of the screen is a reply of several megabytes. Its memory would be fresh from the system each time, which costs
+  # more than the copy itself. And with an arena of memory for each thread a process that starts many of them, as every
+  # recording does, grows for hours: what one thread has freed does not serve another.
+  export GLIBC_TUNABLES=glibc.malloc.arena_max=1:glibc.malloc.mmap_threshold=1073741824:glibc.malloc.trim_threshold=1073741824
+  [ "$BRISOLTE_SCREEN" = none ] || display
+  sound
+  prefix
+  [ -z "${BRISOLTE_CLOCK:-}" ] || clock
+  # To files: Node.js for Windows fails with EBADF when its standard output is a pipe of Wine's.
+  wine "$@" > /output/stdout 2> /output/stderr < /dev/null
+}
+
+# Read to its end before anything runs: who edits this file meanwhile changes the next run, not this one.
+main "$@"; exit
