@@ -135,7 +135,8 @@ export class Brisolte {
 
   /**
    * Writes one picture of the current target as a PNG file, also while a recording runs. Blocks for about a fifth of a
-   * second. An existing file is replaced when the new one is complete, and stays when the screenshot fails.
+   * second. An existing file is replaced when the new one is complete, and stays when the screenshot fails. While
+   * another program has it open this takes up to a second longer.
    *
    * A region is cut out of the picture of the monitor nearest to it, at its desktop coordinates: it is exact on a monitor
    * that begins at (0, 0). One that begins left of the picture or above it keeps its size and is moved to its edge.
@@ -202,8 +203,10 @@ export class Brisolte {
   /**
    * Sets where recordings go. Without it they go to the root of the current drive.
    *
-   * @param directory an existing directory
+   * @param directory an existing directory, of any length; a relative one begins at what is the current directory when a
+   *   recording starts, and stays there for that recording
    * @returns `false` for anything else, or while a recording runs
+   * @throws {Error} when the system cannot tell what is there, as of a drive without a disc
    */
   setOutputDir(directory: string): boolean;
 
@@ -260,7 +263,8 @@ export class Brisolte {
   /**
    * Tells where the latest recording is, from its start on.
    *
-   * @returns the full path of the file, also when that recording failed to start; "" before the first
+   * @returns the output directory as it was set, a backslash and the file's name: a relative path if the directory was
+   *   one, from the current directory of the start. Also when that recording failed to start; "" before the first
    */
   getSaveFilePath(): string;
 

@@ -1,29 +1,23 @@
 #include "capture/capture_controller.h"
 
 #include <algorithm>
-#include <filesystem>
 #include <mutex>
 #include <stdexcept>
 #include <string>
 #include <utility>
 
+#include "common/file_system.h"
+#include "common/full_path.h"
 #include "common/logger.h"
-#include "common/text.h"
 
 namespace brisolte {
 namespace {
 
-/// Follows symbolic links. @throws std::filesystem::filesystem_error
-bool IsDirectory(const std::string& text) {
+/// @throws std::filesystem::filesystem_error
+bool NamesDirectory(const std::string& text) {
   // A system call would see the part before the NUL, which is not what the text names.
-  if (text.find('\0') != std::string::npos) {
-    return false;
-  }
-  const std::filesystem::path path = PathFromUtf8(text);
-  if (path.empty()) {
-    return false;
-  }
-  return std::filesystem::is_directory(std::filesystem::status(path));
+  const bool isPath = !text.empty() && text.find('\0') == std::string::npos;
+  return isPath && IsDirectory(FullFolderPath(text));
 }
 
 }  // namespace
@@ -171,7 +165,7 @@ bool CaptureController::setAudioBitrate(std::int32_t audioBitrate) {
 
 bool CaptureController::setOutputDir(const std::string& directory) {
   return ChangeWhenIdle("Cannot set output directory while capturing", [&](CaptureSettings& settings) {
-    if (!IsDirectory(directory)) {
+    if (!NamesDirectory(directory)) {
       Logger::Error("Invalid or non-existent output directory: " + directory);
       return false;
     }

@@ -1,71 +1,107 @@
 #include "capture/replaced_file.h"
 
+#include <array>
 #include <atomic>
 #include <cstdint>
 #include <memory>
 
-#include "capture/long_path.h"
-#include "common/text.h"
+#include "common/full_path.h"
+#include "common/long_path.h"
 
 namespace brisolte {
 namespace {
 
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
+constexpr DWORD kPause = 20;
+
+struct HandleCloser {
+  void operator()(void* handle) const { CloseHandle(handle); }
+};
+/// An open handle, or null.
+using Handle = std::unique_ptr<void, HandleCloser>;
 
 HRESULT LastError() {
   return HRESULT_FROM_WIN32(GetLastError());
 }
 
+HRESULT ResultOf(BOOL done) {
+  return done != FALSE ? S_OK : LastError();
+}
+
+HRESULT Open(const std::wstring& path, DWORD access, DWORD disposition, Handle& file) {
+  void* const opened =
+      CreateFileW(path.c_str(), access, kShareAll, nullptr, disposition, FILE_ATTRIBUTE_NORMAL, nullptr);
+  if (opened == INVALID_HANDLE_VALUE) {
+    return LastError();
+  }
+  file.reset(opened);
+  return S_OK;
+}
+
 /// Opens a file and closes it again.
-HRESULT TryToOpen(const std::wstring& path, DWORD access, DWORD disposition, DWORD flags = 0) {
-  auto* const file = CreateFileW(path.c_str(), access, kShareAll, nullptr, disposition,
-                                 FILE_ATTRIBUTE_NORMAL | flags, nullptr);
-  if (file == INVALID_HANDLE_VALUE) {
-    return LastError();
-  }
-  CloseHandle(file);
-  return S_OK;
+HRESULT TryToOpen(const std::wstring& path, DWORD access, DWORD disposition) {
+  Handle file;
+  return Open(path, access, disposition, file);
 }
 
-HRESULT FindFullPath(const std::wstring& path, std::wstring& fullPath) {
-  const DWORD size = GetFullPathNameW(path.c_str(), 0, nullptr, nullptr);
-  if (size == 0) {
-    return LastError();
-  }
-  fullPath.resize(size);
-  // Another thread may change the current directory between the calls.
-  const DWORD length = GetFullPathNameW(path.c_str(), size, fullPath.data(), nullptr);
-  if (length == 0) {
-    return LastError();
-  }
-  if (length >= size) {
-    return HRESULT_FROM_WIN32(ERROR_INSUFFICIENT_BUFFER);
-  }
-  fullPath.resize(length);
-  return S_OK;
+/// What calls answer while somebody else has the file open, and when they are not allowed for good.
+bool MayBeHeld(HRESULT result) {
+  return result == HRESULT_FROM_WIN32(ERROR_SHARING_VIOLATION) ||
+         result == HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED);
 }
 
-/// Text behind a NUL would not be seen by the system; and a path needs a name for a file.
-HRESULT ResolvePath(const std::string& filePath, std::wstring& fullPath) {
-  const HRESULT invalid = HRESULT_FROM_WIN32(ERROR_INVALID_NAME);
-  if (filePath.empty() || filePath.find('\0') != std::string::npos) {
-    return invalid;
+/// Calls until nobody else has the file open, or for so long: scanners, indexers and the like open new and
+/// changed files for a moment.
+template <typename Call>
+HRESULT CallPatiently(std::chrono::milliseconds patience, Call call) {
+  const auto end = std::chrono::steady_clock::now() + patience;
+  HRESULT result = call();
+  while (MayBeHeld(result) && std::chrono::steady_clock::now() < end) {
+    Sleep(kPause);
+    result = call();
   }
-  const HRESULT found = FindFullPath(ToWide(filePath), fullPath);
-  return SUCCEEDED(found) && fullPath.ends_with(L'\\') ? invalid : found;
+  return result;
 }
 
-/// Whether a file can take this place: it replaces one that may be written and removed, or one can be made
-/// there, which is gone again at once.
-HRESULT CheckPlace(const std::wstring& path) {
-  constexpr DWORD kReplacing = GENERIC_WRITE | DELETE;
-  const HRESULT opened = TryToOpen(path, kReplacing, OPEN_EXISTING);
-  if (opened != HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND)) {
-    return opened;
+HRESULT CopyContent(void* from, void* to) {
+  std::array<std::uint8_t, 65536> block{};
+  for (;;) {
+    DWORD size = 0;
+    const HRESULT read = ResultOf(ReadFile(from, block.data(), block.size(), &size, nullptr));
+    if (FAILED(read) || size == 0) {
+      return read;
+    }
+    const HRESULT written = ResultOf(WriteFile(to, block.data(), size, &size, nullptr));
+    if (FAILED(written)) {
+      return written;
+    }
   }
-  const HRESULT made = TryToOpen(path, kReplacing, CREATE_NEW, FILE_FLAG_DELETE_ON_CLOSE);
-  // Somebody else may make the same file right now.
-  return made == HRESULT_FROM_WIN32(ERROR_FILE_EXISTS) ? S_OK : made;
+}
+
+/// Gives the file that size and goes to its start.
+HRESULT Resize(void* file, LARGE_INTEGER size) {
+  const bool resized = SetFilePointerEx(file, size, nullptr, FILE_BEGIN) != FALSE &&
+                       SetEndOfFile(file) != FALSE &&
+                       SetFilePointerEx(file, {}, nullptr, FILE_BEGIN) != FALSE;
+  return ResultOf(resized ? TRUE : FALSE);
+}
+
+/// Writes the content of one file into another, which must be there.
+HRESULT Overwrite(const std::wstring& path, const std::wstring& content) {
+  const DWORD attributes = GetFileAttributesW(path.c_str());
+  // A file server may let write into a file that is marked as read-only.
+  if (attributes == INVALID_FILE_ATTRIBUTES || (attributes & FILE_ATTRIBUTE_READONLY) != 0) {
+    return HRESULT_FROM_WIN32(ERROR_ACCESS_DENIED);
+  }
+  Handle from;
+  Handle to;
+  LARGE_INTEGER size{};
+  HRESULT result = Open(content, GENERIC_READ, OPEN_EXISTING, from);
+  result = FAILED(result) ? result : Open(path, GENERIC_WRITE, OPEN_EXISTING, to);
+  result = FAILED(result) ? result : ResultOf(GetFileSizeEx(from.get(), &size));
+  // First what can fail, while the old content is still there: room on the disk, the mappings of others.
+  result = FAILED(result) ? result : Resize(to.get(), size);
+  return FAILED(result) ? result : CopyContent(from.get(), to.get());
 }
 
 }  // namespace
@@ -77,13 +113,19 @@ ReplacedFile::~ReplacedFile() {
 }
 
 HRESULT ReplacedFile::Reserve(const std::string& filePath) {
-  std::wstring fullPath;
-  if (const HRESULT found = ResolvePath(filePath, fullPath); FAILED(found)) {
-    return found;
+  // Text behind a NUL would not be seen by the system.
+  if (filePath.empty() || filePath.find('\0') != std::string::npos) {
+    return HRESULT_FROM_WIN32(ERROR_INVALID_NAME);
   }
-  path_ = LongPath(fullPath);
-  const HRESULT usable = CheckPlace(path_);
-  return FAILED(usable) ? usable : CreateTemporary(fullPath.substr(0, fullPath.find_last_of(L'\\') + 1));
+  path_ = FullFilePath(filePath).native();
+  const auto nameBegin = path_.find_last_of(L'\\') + 1;
+  if (nameBegin == path_.size()) {
+    return HRESULT_FROM_WIN32(ERROR_INVALID_NAME);
+  }
+  const HRESULT opened =
+      CallPatiently(patience_, [this] { return TryToOpen(path_, GENERIC_WRITE, OPEN_EXISTING); });
+  const bool usable = SUCCEEDED(opened) || opened == HRESULT_FROM_WIN32(ERROR_FILE_NOT_FOUND);
+  return usable ? CreateTemporary(path_.substr(0, nameBegin)) : opened;
 }
 
 HRESULT ReplacedFile::CreateTemporary(const std::wstring& directory) {
@@ -102,11 +144,15 @@ HRESULT ReplacedFile::CreateTemporary(const std::wstring& directory) {
 }
 
 HRESULT ReplacedFile::Commit() {
-  if (MoveFileExW(temporary_.c_str(), path_.c_str(), MOVEFILE_REPLACE_EXISTING) == FALSE) {
-    return LastError();
+  const HRESULT moved = CallPatiently(patience_, [this] {
+    return ResultOf(MoveFileExW(temporary_.c_str(), path_.c_str(), MOVEFILE_REPLACE_EXISTING));
+  });
+  if (SUCCEEDED(moved)) {
+    temporary_.clear();
   }
-  temporary_.clear();
-  return S_OK;
+  // Nothing takes the place of a file that somebody has open, but who shares it for writing lets it change.
+  const bool done = SUCCEEDED(moved) || (MayBeHeld(moved) && SUCCEEDED(Overwrite(path_, temporary_)));
+  return done ? S_OK : moved;
 }
 
 }  // namespace brisolte

@@ -86,12 +86,7 @@ std::string ToUtf8(const std::wstring& text) {
 }
 
 std::filesystem::path PathFromUtf8(const std::string& text) {
-  std::wstring wide = ToWide(text);
-  // A drive without a path is its current directory, but not every C runtime finds a status for it.
-  if (wide.size() == 2 && wide[1] == L':') {
-    wide += L'.';
-  }
-  return wide;
+  return ToWide(text);
 }
 std::string PathToUtf8(const std::filesystem::path& path) {
   return ToUtf8(path.wstring());

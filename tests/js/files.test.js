@@ -10,7 +10,7 @@ const { openPattern, programs } = require('./support/desktop');
 const media = require('./support/media');
 const { assertAdvances, assertPicture, readNumber } = require('./support/pattern');
 const { scenario } = require('./support/scenario');
-const { readOnlyFolder, scratchFile, scratchFolder, smallDisk } = require('./support/scratch');
+const { namesOfTheNextSeconds, readOnlyFolder, scratchFile, scratchFolder, smallDisk } = require('./support/scratch');
 const { waitFor } = require('./support/wait');
 
 const SMALL = { x: 30, y: 30, width: 320, height: 192 };
@@ -122,17 +122,6 @@ test('an output file that another process holds fails', async (t) => {
   assert.deepEqual([accepted, started, capturing], [true, false, false]);
   assert.equal(count(log, '[ERROR] Cannot write to output file: '), 2, log);
 });
-
-// What recordings that start within the next seconds are called.
-function namesOfTheNextSeconds(dir, seconds) {
-  const two = (number) => String(number).padStart(2, '0');
-  return Array.from({ length: seconds }, (_, i) => {
-    const time = new Date(Date.now() + (i - 1) * 1000);
-    const day = [time.getFullYear(), two(time.getMonth() + 1), two(time.getDate())];
-    const parts = [...day, two(time.getHours()), two(time.getMinutes()), two(time.getSeconds())];
-    return path.join(dir, `Qorvex-${parts.join('-')}.mp4`);
-  });
-}
 
 // An AVI file that breaks off shows the picture, moving, in all frames but the last.
 function assertBeginning(file, picture) {

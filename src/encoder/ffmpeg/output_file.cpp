@@ -1,68 +1,16 @@
 #include "encoder/ffmpeg/output_file.h"
 
 #include <filesystem>
-#include <fstream>
 #include <system_error>
 
+#include "common/file_system.h"
+#include "common/full_path.h"
 #include "common/logger.h"
 #include "common/text.h"
 #include "encoder/ffmpeg/container_limits.h"
 
 namespace brisolte {
 namespace {
-
-/// Everything before the last run of separators of either kind.
-std::string ParentDirectory(const std::string& path) {
-  constexpr auto kSeparators = "\\/";
-  const auto lastSeparator = path.find_last_of(kSeparators);
-  if (lastSeparator == std::string::npos) {
-    return {};
-  }
-  const auto end = path.find_last_not_of(kSeparators, lastSeparator);
-  return end == std::string::npos ? std::string() : path.substr(0, end + 1);
-}
-
-void MakeDirectories(const std::string& directory) {
-  Logger::Info("Creating output directory: " + directory);
-  const std::filesystem::path path = PathFromUtf8(directory);
-  std::error_code error;
-  if (std::filesystem::exists(path, error)) {
-    Logger::Info("Output directory already exists");
-    return;
-  }
-  error.clear();
-  std::filesystem::create_directories(path, error);
-  if (error) {
-    throw std::filesystem::filesystem_error("create_directories", path, error);
-  }
-  Logger::Info("Output directory created successfully");
-}
-
-bool TestWriting(const std::filesystem::path& path) {
-  std::ofstream file(path, std::ios::out | std::ios::trunc);
-  if (!file.is_open()) {
-    return false;
-  }
-  file.close();
-  if (file.bad()) {
-    throw std::ios_base::failure("ios_base::badbit set");
-  }
-  if (file.fail()) {
-    throw std::ios_base::failure("ios_base::failbit set");
-  }
-  return true;
-}
-
-void RemoveExisting(const std::filesystem::path& path) {
-  std::error_code error;
-  const bool removed = std::filesystem::remove(path, error);
-  if (error) {
-    throw std::filesystem::filesystem_error("remove", path, error);
-  }
-  if (removed) {
-    Logger::Info("Existing output file removed");
-  }
-}
 
 const char* KindName(AVMediaType type) {
   switch (type) {
@@ -84,34 +32,47 @@ void LogStreams(const AVFormatContext& format) {
   }
 }
 
+/// FFmpeg alone would empty a file that another recording made since it was removed here.
+int OpenNewFile(AVIOContext*& io, const std::filesystem::path& file, const std::string& url) {
+  const NewFile made(file);
+  return made.error() ? AVERROR(made.error().default_error_condition().value())
+                      : avio_open(&io, url.c_str(), AVIO_FLAG_WRITE);
+}
+
 }  // namespace
 
 bool PrepareOutputFile(const std::string& path) {
   if (const std::string directory = ParentDirectory(path); !directory.empty()) {
-    MakeDirectories(directory);
+    Logger::Info("Creating output directory: " + directory);
+    Logger::Info(MakeDirectories(FullFolderPath(directory)) ? "Output directory created successfully"
+                                                            : "Output directory already exists");
   }
-  const std::filesystem::path file = PathFromUtf8(path);
+  const std::filesystem::path file = FullFilePath(path);
   if (!TestWriting(file)) {
     Logger::Error("Cannot write to output file: " + path);
     return false;
   }
-  RemoveExisting(file);
+  if (RemoveFile(file)) {
+    Logger::Info("Existing output file removed");
+  }
   return true;
 }
 
 FormatContextPtr CreateFormatContext(const std::string& path) {
   Logger::Info("FFmpegEncoder: Creating format context, output file: " + path);
-  // FFmpeg takes UTF-8 only; a path in another encoding was read leniently when the file was prepared.
-  const std::string utf8Path = PathToUtf8(PathFromUtf8(path));
+  // FFmpeg opens the file once more, to move the index of an MP4 to the front, whatever the current directory
+  // is by then.
+  const std::filesystem::path file = FullFilePath(path);
+  const std::string url = PathToUtf8(file);
   AVFormatContext* raw = nullptr;
-  int result = avformat_alloc_output_context2(&raw, nullptr, nullptr, utf8Path.c_str());
+  int result = avformat_alloc_output_context2(&raw, nullptr, nullptr, url.c_str());
   FormatContextPtr format(raw);
   if (result < 0 || !format) {
     Logger::Error("FFmpegEncoder: Unable to create FFMPEG output context: " + ErrorText(result));
     return nullptr;
   }
   if ((format->oformat->flags & AVFMT_NOFILE) == 0) {
-    result = avio_open(&format->pb, utf8Path.c_str(), AVIO_FLAG_WRITE);
+    result = OpenNewFile(format->pb, file, url);
     if (result < 0) {
       Logger::Error("FFmpegEncoder: Unable to open output file: " + ErrorText(result));
       return nullptr;

@@ -7,13 +7,13 @@
 namespace brisolte {
 
 /// Makes the directories of `path` (UTF-8), tests that the file can be written and removes it again. False
-/// when it cannot be opened. Raises std::filesystem::filesystem_error, named "create_directories" or
-/// "remove", when the directories cannot be made or the file cannot be removed, and std::ios_base::failure
-/// when it cannot be closed.
+/// when it cannot be opened, which on Windows it also cannot while somebody has it open. Raises
+/// std::filesystem::filesystem_error, named "create_directories" or "remove", when the directories cannot be
+/// made or the file cannot be removed, and std::ios_base::failure when it cannot be closed.
 bool PrepareOutputFile(const std::string& path);
 
-/// The muxer for the container that the extension of `path` (UTF-8) names, with the file open for writing.
-/// Null, with an ERROR line, when there is none or the file cannot be opened.
+/// The muxer for the container that the extension of `path` (UTF-8) names, with a new file open for writing.
+/// Null, with an ERROR line, when there is none or the file cannot be opened or is there already.
 FormatContextPtr CreateFormatContext(const std::string& path);
 
 /// The file of one recording: opened once, streams added, header, packets, trailer, each in this order and at

@@ -52,4 +52,15 @@ function smallDisk(t) {
   return folder;
 }
 
-module.exports = { readOnlyFolder, scratchDir, scratchFile, scratchFolder, smallDisk };
+/** What recordings into a folder that start within the next seconds are called. */
+function namesOfTheNextSeconds(dir, seconds) {
+  const two = (number) => String(number).padStart(2, '0');
+  return Array.from({ length: seconds }, (_, i) => {
+    const time = new Date(Date.now() + (i - 1) * 1000);
+    const day = [time.getFullYear(), two(time.getMonth() + 1), two(time.getDate())];
+    const parts = [...day, two(time.getHours()), two(time.getMinutes()), two(time.getSeconds())];
+    return path.join(dir, `Qorvex-${parts.join('-')}.mp4`);
+  });
+}
+
+module.exports = { namesOfTheNextSeconds, readOnlyFolder, scratchDir, scratchFile, scratchFolder, smallDisk };

@@ -3,6 +3,7 @@
 
 #include "direct3d/device_hooks.h"
 #include "shared/faults.h"
+#include "shared/path_limit.h"
 #include "shared/winrt_direct3d.h"
 #include "support/exported_function.h"
 
@@ -43,6 +44,8 @@ HRESULT WINAPI D3D11CreateDevice(IDXGIAdapter* adapter, D3D_DRIVER_TYPE type, HM
                                  const D3D_FEATURE_LEVEL* levels, UINT levelCount, UINT sdk,
                                  ID3D11Device** device, D3D_FEATURE_LEVEL* level,
                                  ID3D11DeviceContext** context) {
+  // Every instance of the module makes a device, before any of its paths is looked at.
+  LimitPaths();
   if (const auto fault = TakeFault("D3D11CreateDevice")) {
     if (device != nullptr) {
       *device = nullptr;

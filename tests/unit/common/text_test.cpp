@@ -32,10 +32,6 @@ TEST(Path, EndsAtTheFirstNul) {
 using testing::CapturedLog;
 using ::testing::IsEmpty;
 
-TEST(Path, OfADriveAloneIsADirectory) {
-  EXPECT_TRUE(std::filesystem::is_directory(PathFromUtf8("C:")));
-}
-
 TEST(HResultText, AppendsTheSystemsMessageAsItStands) {
   EXPECT_THAT(HResultText(static_cast<std::int32_t>(0x80070005)),
               ::testing::MatchesRegex("HRESULT: 0x80070005 - .+\r\n"));

@@ -5,11 +5,6 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
-#include <memory>
-
-#ifdef _WIN32
-#include <windows.h>
-#endif
 
 #include "common/text.h"
 #include "support/captured_log.h"
@@ -135,30 +130,22 @@ TEST(PrepareOutputFile, FailsInAReadOnlyDirectory) {
 }
 
 TEST(PrepareOutputFile, RaisesWhenTheFileCannotBeRemoved) {
-  const TemporaryDirectory directory;
-  const std::string path = directory / "file.mp4";
-  const std::unique_ptr<void, decltype(&CloseHandle)> held(
-      CreateFileW(PathFromUtf8(path).c_str(), GENERIC_READ, FILE_SHARE_READ | FILE_SHARE_WRITE, nullptr,
-                  CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL, nullptr),
-      &CloseHandle);
-  ASSERT_NE(held.get(), INVALID_HANDLE_VALUE);
   try {
-    PrepareOutputFile(path);
+    PrepareOutputFile("NUL");
     ADD_FAILURE() << "nothing raised";
   } catch (const std::filesystem::filesystem_error& error) {
     EXPECT_THAT(error.what(), HasSubstr("remove"));
   }
 }
 
-TEST(PrepareOutputFile, FailsWhileAnotherHoldsTheFile) {
+TEST(PrepareOutputFile, FailsWhileTheFileIsRecordedInto) {
   const TemporaryDirectory directory;
   const std::string path = directory / "file.mp4";
-  const std::unique_ptr<void, decltype(&CloseHandle)> held(
-      CreateFileW(PathFromUtf8(path).c_str(), GENERIC_WRITE, 0, nullptr, CREATE_ALWAYS, FILE_ATTRIBUTE_NORMAL,
-                  nullptr),
-      &CloseHandle);
-  ASSERT_NE(held.get(), INVALID_HANDLE_VALUE);
+  const FormatContextPtr format = CreateFormatContext(path);
+  avio_write(format->pb, reinterpret_cast<const unsigned char*>("something"), 9);
+  avio_flush(format->pb);
   EXPECT_FALSE(PrepareOutputFile(path));
+  EXPECT_EQ(std::filesystem::file_size(PathFromUtf8(path)), 9U);
 }
 
 #endif
@@ -189,6 +176,29 @@ TEST(CreateFormatContext, FailsWhereNoFileCanBe) {
   EXPECT_EQ(CreateFormatContext(directory / "missing/file.mp4"), nullptr);
   EXPECT_EQ(log.lines().back(),
             "[ERROR] FFmpegEncoder: Unable to open output file: " + ErrorText(AVERROR(ENOENT)));
+}
+
+// Another recording may make the file after it was tested and removed.
+TEST(CreateFormatContext, LeavesAFileThatIsThere) {
+  const TemporaryDirectory directory;
+  const std::string path = directory / "file.mp4";
+  WriteSomething(path);
+  const CapturedLog log;
+  EXPECT_EQ(CreateFormatContext(path), nullptr);
+  EXPECT_EQ(log.lines().back(),
+            "[ERROR] FFmpegEncoder: Unable to open output file: " + ErrorText(AVERROR(EEXIST)));
+  EXPECT_EQ(std::filesystem::file_size(PathFromUtf8(path)), 9U);
+}
+
+TEST(CreateFormatContext, GivesTheMuxerAPathThatHoldsInEveryDirectory) {
+  const std::filesystem::path before = std::filesystem::current_path();
+  const TemporaryDirectory directory;
+  std::filesystem::current_path(directory.path());
+  const FormatContextPtr format = CreateFormatContext("file.mp4");
+  std::filesystem::current_path(before);
+  ASSERT_NE(format, nullptr);
+  EXPECT_TRUE(PathFromUtf8(format->url).is_absolute());
+  EXPECT_TRUE(std::filesystem::equivalent(PathFromUtf8(format->url), directory.path() / "file.mp4"));
 }
 
 TEST(OutputFile, SaysWhatItHasBeenPreparedFor) {

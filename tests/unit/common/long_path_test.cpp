@@ -1,4 +1,4 @@
-#include "capture/long_path.h"
+#include "common/long_path.h"
 
 #include <gtest/gtest.h>
 
@@ -13,12 +13,12 @@ std::wstring PathOf(std::size_t length, const std::wstring& beginning) {
 TEST(LongPath, LeavesWhatFileFunctionsTakeAsItIs) {
   EXPECT_EQ(LongPath(LR"(C:\a.png)"), LR"(C:\a.png)");
   EXPECT_EQ(LongPath(LR"(\\server\share\a.png)"), LR"(\\server\share\a.png)");
-  const std::wstring longest = PathOf(259, LR"(C:\)");
-  EXPECT_EQ(LongPath(longest), longest);
+  const std::wstring longestFolder = PathOf(247, LR"(C:\)");
+  EXPECT_EQ(LongPath(longestFolder), longestFolder);
 }
 
 TEST(LongPath, MarksWhatIsTooLongForThem) {
-  const std::wstring local = PathOf(260, LR"(C:\)");
+  const std::wstring local = PathOf(248, LR"(C:\)");
   EXPECT_EQ(LongPath(local), LR"(\\?\)" + local);
   const std::wstring share = PathOf(300, LR"(\\server\share\)");
   EXPECT_EQ(LongPath(share), LR"(\\?\UNC\server\share\)" + share.substr(15));
@@ -27,6 +27,13 @@ TEST(LongPath, MarksWhatIsTooLongForThem) {
 TEST(LongPath, LeavesWhatIsMarkedAlready) {
   for (const std::wstring beginning : {LR"(\\?\C:\)", LR"(\\.\pipe\)", LR"(\\?\UNC\server\share\)"}) {
     const std::wstring path = PathOf(400, beginning);
+    EXPECT_EQ(LongPath(path), path);
+  }
+}
+
+TEST(LongPath, LeavesWhatIsNotFull) {
+  for (const std::wstring beginning : {L"", L"folder\\", L"\\", L"C:", L"C:folder\\"}) {
+    const std::wstring path = PathOf(70000, beginning);
     EXPECT_EQ(LongPath(path), path);
   }
 }

@@ -1,0 +1,46 @@
+#pragma once
+
+#include <filesystem>
+#include <memory>
+#include <system_error>
+
+namespace brisolte {
+
+// What recordings ask of the file system, for paths in the form that full_path.h gives. On Windows this asks
+// the system itself: of the C runtime, through which the standard library may go, every failure of a status
+// is "not found", and so is every path behind `\\?\`.
+
+/// Whether a directory is there; follows symbolic links. @throws std::filesystem::filesystem_error named
+/// "status" when that cannot be told
+bool IsDirectory(const std::filesystem::path& path);
+
+/// Makes a directory with all that are missing above it. False when something is there already. @throws
+/// std::filesystem::filesystem_error named "create_directories"
+bool MakeDirectories(const std::filesystem::path& path);
+
+/// Opens a file for writing, made or emptied, and closes it. On Windows nobody else may have it open, and
+/// then it stays as it was. False when it cannot be opened. @throws std::ios_base::failure when it cannot be
+/// closed
+bool TestWriting(const std::filesystem::path& path);
+
+/// Removes a file. False when there is none. @throws std::filesystem::filesystem_error named "remove"
+bool RemoveFile(const std::filesystem::path& path);
+
+/// A file made anew and held, so that no `TestWriting` succeeds on it (on Windows), but others may open it.
+class NewFile {
+ public:
+  /// Makes it; `error` tells why not, also when a file is there already.
+  explicit NewFile(const std::filesystem::path& path);
+
+  const std::error_code& error() const { return error_; }
+
+ private:
+  struct Closer {
+    void operator()(void* file) const;
+  };
+
+  std::unique_ptr<void, Closer> file_;
+  std::error_code error_;
+};
+
+}  // namespace brisolte

@@ -1,0 +1,62 @@
+// The file system through the C++ library, where there are no share modes.
+
+#include <cerrno>
+#include <cstdio>
+#include <fstream>
+
+#include "common/file_system.h"
+
+namespace brisolte {
+
+bool IsDirectory(const std::filesystem::path& path) {
+  return std::filesystem::is_directory(std::filesystem::status(path));
+}
+
+bool MakeDirectories(const std::filesystem::path& path) {
+  std::error_code error;
+  if (std::filesystem::exists(path, error)) {
+    return false;
+  }
+  error.clear();
+  std::filesystem::create_directories(path, error);
+  if (error) {
+    throw std::filesystem::filesystem_error("create_directories", path, error);
+  }
+  return true;
+}
+
+bool TestWriting(const std::filesystem::path& path) {
+  std::ofstream file(path, std::ios::out | std::ios::trunc);
+  if (!file.is_open()) {
+    return false;
+  }
+  file.close();
+  if (file.bad()) {
+    throw std::ios_base::failure("ios_base::badbit set");
+  }
+  if (file.fail()) {
+    throw std::ios_base::failure("ios_base::failbit set");
+  }
+  return true;
+}
+
+bool RemoveFile(const std::filesystem::path& path) {
+  std::error_code error;
+  const bool removed = std::filesystem::remove(path, error);
+  if (error) {
+    throw std::filesystem::filesystem_error("remove", path, error);
+  }
+  return removed;
+}
+
+NewFile::NewFile(const std::filesystem::path& path) : file_(std::fopen(path.c_str(), "wx")) {
+  if (!file_) {
+    error_.assign(errno, std::generic_category());
+  }
+}
+
+void NewFile::Closer::operator()(void* file) const {
+  std::fclose(static_cast<std::FILE*>(file));
+}
+
+}  // namespace brisolte

@@ -1,0 +1,39 @@
+#include "common/local_time.h"
+
+#include <gmock/gmock.h>
+
+#include <limits>
+
+namespace brisolte {
+namespace {
+
+constexpr auto kName = "%Y-%m-%d-%H-%M-%S";
+
+TEST(LocalTimeText, BreaksATimeDown) {
+  std::tm moment{};
+  moment.tm_year = 2024 - 1900;
+  moment.tm_mon = 2;
+  moment.tm_mday = 7;
+  moment.tm_hour = 14;
+  moment.tm_min = 5;
+  moment.tm_sec = 9;
+  moment.tm_isdst = -1;
+  EXPECT_EQ(LocalTimeText(kName, std::mktime(&moment)), "2024-03-07-14-05-09");
+  EXPECT_EQ(LocalTimeText("100%, %H:%M%", std::mktime(&moment)), "100, 14:05%");
+}
+
+TEST(LocalTimeText, OfATimeThatCannotBeBrokenDownIsAllZeros) {
+  for (const auto time : {std::numeric_limits<std::time_t>::min(), std::numeric_limits<std::time_t>::max()}) {
+    EXPECT_EQ(LocalTimeText(kName, time), "1900-01-00-00-00-00");
+  }
+}
+
+TEST(LocalTimeText, IsOfNowWithoutATime) {
+  const std::time_t before = std::time(nullptr);
+  const std::string text = LocalTimeText(kName);
+  EXPECT_THAT(text, ::testing::AllOf(::testing::Ge(LocalTimeText(kName, before)),
+                                     ::testing::Le(LocalTimeText(kName, std::time(nullptr)))));
+}
+
+}  // namespace
+}  // namespace brisolte
