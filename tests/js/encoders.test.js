@@ -5,23 +5,26 @@ const path = require('node:path');
 const { test } = require('node:test');
 const { assertRecording, assertSize } = require('./support/check');
 const { openPattern } = require('./support/desktop');
+const media = require('./support/media');
 const { record, recordAll } = require('./support/recording');
 const { scenario } = require('./support/scenario');
 const { scratchFolder } = require('./support/scratch');
 
 const SIZE = { width: 320, height: 192 };
 
+// `configured` is the tag of a stream whose decoder is configured before the first picture; the pictures of the others say
+// all themselves.
 const ENCODERS = [
-  { name: 'libx264', container: 'mp4', log: 'MP4', codec: 'h264', formats: ['yuv420p'] },
-  { name: 'libx265', container: 'mp4', log: 'MP4', codec: 'hevc', formats: ['yuv420p'] },
-  { name: 'mpeg4', container: 'mp4', log: 'MP4', codec: 'mpeg4', formats: ['yuv420p'] },
+  { name: 'libx264', container: 'mp4', log: 'MP4', codec: 'h264', formats: ['yuv420p'], configured: 'avc1' },
+  { name: 'libx265', container: 'mp4', log: 'MP4', codec: 'hevc', formats: ['yuv420p'], configured: 'hvc1' },
+  { name: 'mpeg4', container: 'mp4', log: 'MP4', codec: 'mpeg4', formats: ['yuv420p'], configured: 'mp4v' },
   { name: 'libvpx', container: 'webm', log: 'WebM', codec: 'vp8', formats: ['yuv420p'] },
   { name: 'libvpx-vp9', container: 'webm', log: 'WebM', codec: 'vp9', formats: ['yuv420p'] },
   { name: 'prores_ks', container: 'mov', log: 'MOV', codec: 'prores', formats: ['yuv422p10le'] },
   { name: 'mjpeg', container: 'avi', log: 'AVI', codec: 'mjpeg', formats: ['yuvj420p', 'yuv420p'] },
 ];
 
-for (const { name, container, log, codec, formats } of ENCODERS) {
+for (const { name, container, log, codec, formats, configured } of ENCODERS) {
   test(`${name} records ${codec} into ${container}`, async (t) => {
     const window = await openPattern(t, { title: 'Encoded', x: 40, y: 40, ...SIZE });
     const settings = [['setWindow', window.handle], ['setEncoder', name], ['setFrameRate', 20]]; // prettier-ignore
@@ -32,6 +35,11 @@ for (const { name, container, log, codec, formats } of ENCODERS) {
     assert.equal(video.codec_name, codec);
     assert.ok(formats.includes(video.pix_fmt), video.pix_fmt);
     assertSize(video, SIZE);
+    if (configured) {
+      const [{ tag, bytes }] = media.configurations(recording.file);
+      assert.equal(tag, configured);
+      assert.ok(bytes > 0, 'the decoder finds no configuration');
+    }
     assert.deepEqual(recording.log.errors, []);
   });
 }

@@ -1,6 +1,7 @@
 #include "support/decoded_video.h"
 
 #include <array>
+#include <span>
 #include <stdexcept>
 
 namespace brisolte::testing {
@@ -47,8 +48,10 @@ CodecContextPtr OpenDecoder(const AVStream& stream) {
   return decoder;
 }
 
-void Describe(const AVStream& stream, DecodedVideo& video) {
+void Describe(const AVStream& stream, int configuration, DecodedVideo& video) {
   video.codec = avcodec_get_name(stream.codecpar->codec_id);
+  video.tag = av_fourcc2str(stream.codecpar->codec_tag);
+  video.configurationBytes = configuration;
   video.width = stream.codecpar->width;
   video.height = stream.codecpar->height;
   video.range = stream.codecpar->color_range;
@@ -80,6 +83,11 @@ DecodedVideo ReadVideo(const std::string& path) {
   AVFormatContext* raw = nullptr;
   Check(avformat_open_input(&raw, path.c_str(), nullptr, nullptr), "opening " + path);
   const std::unique_ptr<AVFormatContext, InputDeleter> input(raw);
+  // What is in the file itself: FFmpeg makes up for what it lacks as it reads the first pictures.
+  std::vector<int> configurations;
+  for (const AVStream* const each : std::span(input->streams, input->nb_streams)) {
+    configurations.push_back(each->codecpar->extradata_size);
+  }
   Check(avformat_find_stream_info(input.get(), nullptr), "reading stream information");
   const int index =
       Check(av_find_best_stream(input.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0), "video stream");
@@ -103,7 +111,7 @@ DecodedVideo ReadVideo(const std::string& path) {
   }
   Check(avcodec_send_packet(decoder.get(), nullptr), "ending the decoding");
   TakeFrames(*decoder, stream.time_base, video);
-  Describe(stream, video);
+  Describe(stream, configurations.at(static_cast<std::size_t>(index)), video);
   return video;
 }
 

@@ -21,6 +21,8 @@ struct DecodedFrame {
 /// The video of a file, decoded whole.
 struct DecodedVideo {
   std::string codec;
+  std::string tag;             ///< the four letters that name the codec in the file
+  int configurationBytes = 0;  ///< what the file tells decoders before the first picture
   int width = 0;
   int height = 0;
   AVColorRange range = AVCOL_RANGE_UNSPECIFIED;

@@ -36,6 +36,9 @@ void Configure(SwrContext& resampler, const AudioInput& input) {
   av_opt_set_int(&resampler, "out_sample_rate", input.sampleRate, 0);
   av_opt_set_sample_fmt(&resampler, "in_sample_fmt", ConvertibleFormat(input.sampleType), 0);
   av_opt_set_sample_fmt(&resampler, "out_sample_fmt", AV_SAMPLE_FMT_FLTP, 0);
+  // Between floating-point samples FFmpeg adds the channels of surround sound up as they are, up to three
+  // times full scale. With this all of them at full scale are full scale together.
+  av_opt_set_double(&resampler, "rematrix_maxval", 1, 0);
   av_channel_layout_uninit(&in);
   av_channel_layout_uninit(&out);
 }

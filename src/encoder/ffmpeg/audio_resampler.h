@@ -10,7 +10,7 @@
 namespace brisolte {
 
 /// Converts the samples of one source into what the encoder takes: planar 32-bit floating point at the
-/// source's rate, with the channels mixed down where there are too many.
+/// source's rate, with the channels mixed down, without clipping, where there are too many.
 class AudioResampler {
  public:
   /// Replaces an earlier conversion. False, with an ERROR line, when FFmpeg cannot convert.

@@ -29,6 +29,9 @@ class OutputFile {
   /// Whether streams can be added still: there is a muxer and no header was tried.
   bool AcceptsStreams() const { return format_ && stage_ == Stage::kAddingStreams; }
 
+  /// What FFmpeg tells of the container. Only once initialized.
+  const AVOutputFormat& container() const { return *format_->oformat; }
+
   /// A new stream, owned by the file. Null when it accepts none, and without memory.
   AVStream* AddStream();
 

@@ -3,6 +3,7 @@
 #include <array>
 #include <cstring>
 #include <limits>
+#include <string_view>
 
 #include "common/logger.h"
 #include "encoder/ffmpeg/encoder_options.h"
@@ -14,10 +15,18 @@ namespace {
 
 constexpr AVRational kVideoTimeBase{1, 60'000};
 constexpr int kFrameAlignment = 32;
+/// HEVC with its configuration in one place, before the pictures. Players of Apple and browsers take no
+/// other, and the muxer's own choice is "hev1".
+constexpr std::uint32_t kHevcConfiguredOnce = MKTAG('h', 'v', 'c', '1');
 constexpr std::uint32_t kLargestInt = std::numeric_limits<int>::max();
 
 bool IsNv12Like(AVPixelFormat format) {
   return format == AV_PIX_FMT_NV12 || format == AV_PIX_FMT_YUV420P;
+}
+
+bool IsQuickTimeLike(const AVOutputFormat& container) {
+  const std::string_view name = container.name;
+  return name == "mp4" || name == "mov";
 }
 
 int EvenHeight(int height) {
@@ -81,7 +90,8 @@ bool VideoStream::Initialize(OutputFile& file, const CaptureSettings& settings, 
     return false;
   }
   Release();
-  if (!OpenEncoder(settings, *codec, sourceWidth, encodedHeight) || !DescribeStream()) {
+  if (!OpenEncoder(file.container(), settings, *codec, sourceWidth, encodedHeight) ||
+      !DescribeStream(file.container())) {
     Release();
     return false;
   }
@@ -98,7 +108,8 @@ bool VideoStream::Initialize(OutputFile& file, const CaptureSettings& settings, 
   return true;
 }
 
-bool VideoStream::OpenEncoder(const CaptureSettings& settings, const AVCodec& codec, int width, int height) {
+bool VideoStream::OpenEncoder(const AVOutputFormat& container, const CaptureSettings& settings,
+                              const AVCodec& codec, int width, int height) {
   context_.reset(avcodec_alloc_context3(&codec));
   if (!context_) {
     Logger::Error("FFmpegEncoder: Failed to allocate codec context");
@@ -112,6 +123,11 @@ bool VideoStream::OpenEncoder(const CaptureSettings& settings, const AVCodec& co
   context_->framerate = {settings.frameRate, 1};
   context_->gop_size = settings.frameRate;
   context_->bit_rate = settings.bitrate;
+  // Such a container has a place of its own for what configures the decoder. Without the flag encoders put
+  // that into the key frames, where not every muxer finds it and not every player looks.
+  if ((container.flags & AVFMT_GLOBALHEADER) != 0) {
+    context_->flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
+  }
   context_->pix_fmt = SelectPixelFormat(codec);
   if (context_->pix_fmt == AV_PIX_FMT_NONE) {
     Logger::Error("Failed to find suitable pixel format for encoder");
@@ -151,10 +167,13 @@ bool VideoStream::CreateFrame() {
   return true;
 }
 
-bool VideoStream::DescribeStream() {
+bool VideoStream::DescribeStream(const AVOutputFormat& container) {
   if (const int result = avcodec_parameters_from_context(stream_->codecpar, context_.get()); result < 0) {
     Logger::Error("Failed to copy codec parameters to stream: " + ErrorText(result));
     return false;
+  }
+  if (context_->codec_id == AV_CODEC_ID_HEVC && IsQuickTimeLike(container)) {
+    stream_->codecpar->codec_tag = kHevcConfiguredOnce;
   }
   stream_->time_base = context_->time_base;
   av_dict_set(&stream_->metadata, "language", "eng", 0);

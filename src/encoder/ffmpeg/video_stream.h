@@ -41,9 +41,10 @@ class VideoStream {
   void Release();
 
  private:
-  bool OpenEncoder(const CaptureSettings& settings, const AVCodec& codec, int width, int height);
+  bool OpenEncoder(const AVOutputFormat& container, const CaptureSettings& settings, const AVCodec& codec,
+                   int width, int height);
   bool CreateFrame();
-  bool DescribeStream();
+  bool DescribeStream(const AVOutputFormat& container);
 
   bool FillVideoFrame(const VideoFrame& frame);
   bool FillFromNv12(const MappedPixels& pixels);

@@ -49,6 +49,18 @@ function describe(file) {
   };
 }
 
+/**
+ * What the container tells the decoder of each stream, before anything of the stream is read.
+ * @returns {{tag: string, bytes: number}[]} the tag of the codec and the size of its configuration
+ */
+function configurations(file) {
+  // Otherwise ffprobe makes up for what is missing as it reads the first pictures.
+  const words = ['-v', 'error', '-nofind_stream_info', '-show_entries', 'stream=codec_tag_string,extradata_size'];
+  const { status, output, errors } = run('ffprobe', [...words, '-of', 'json', file]);
+  assert.equal(status, 0, `ffprobe could not read ${file}: ${errors}`);
+  return JSON.parse(output).streams.map(({ codec_tag_string: tag, extradata_size: bytes = 0 }) => ({ tag, bytes }));
+}
+
 const MATRICES = { bt709: 'bt709', bt470bg: 'bt601', smpte170m: 'bt601' };
 
 /**
@@ -109,4 +121,4 @@ function assertWhole(files) {
   }
 }
 
-module.exports = { assertWhole, describe, frames, sound };
+module.exports = { assertWhole, configurations, describe, frames, sound };

@@ -137,22 +137,38 @@ INSTANTIATE_TEST_SUITE_P(
       return NameOf(instance.param.type) + (instance.param.extensible ? "Extensible" : "Plain");
     });
 
-class ChannelCounts : public SoundRecording, public ::testing::WithParamInterface<std::uint16_t> {};
+/// A number of channels, and how much of the left one is in the recording's left.
+struct Share {
+  std::uint16_t channels;
+  double left;
+};
+
+std::ostream& operator<<(std::ostream& stream, const Share& value) {
+  return stream << value.channels << " channels";
+}
+
+class ChannelCounts : public SoundRecording, public ::testing::WithParamInterface<Share> {};
 
 TEST_P(ChannelCounts, KeepsTheLeftOnTheLeft) {
-  const std::uint16_t channels = GetParam();
+  const auto [channels, share] = GetParam();
   const WaveFormat format = DeviceFormat(SampleType::kFloat32, channels, 48'000, channels > 2);
   const Tone tone{500, 0.4};
+  const Tone mixed{tone.frequency, tone.level * share};
   const DecodedAudio sound = RecordSound(format, {tone}, 40'000);
   EXPECT_EQ(sound.samples(), 40'000U);
   ASSERT_THAT(sound.channels, SizeIs(channels == 1 ? 1 : 2));
-  ExpectTone(sound.channels[0], tone, 48'000);
+  ExpectTone(sound.channels[0], mixed, 48'000);
   if (channels > 1) {
-    EXPECT_LT(FitTone(sound.channels[1], tone.frequency, 48'000).level, tone.level / 30);
+    EXPECT_LT(FitTone(sound.channels[1], mixed.frequency, 48'000).level, mixed.level / 30);
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(OneToEight, ChannelCounts, ::testing::Range<std::uint16_t>(1, 9));
+// Beside the left one there are, at 0.71, the middle, the left behind and the left at the side, and at 0.5
+// the one behind the middle. The subwoofer is left out.
+INSTANTIATE_TEST_SUITE_P(OneToEight, ChannelCounts,
+                         ::testing::Values(Share{1, 1}, Share{2, 1}, Share{3, 1}, Share{4, 1 / 2.21},
+                                           Share{5, 1 / 2.41}, Share{6, 1 / 2.41}, Share{7, 1 / 2.91},
+                                           Share{8, 1 / 3.12}));
 
 class Rates : public SoundRecording, public ::testing::WithParamInterface<std::uint32_t> {};
 
@@ -186,6 +202,23 @@ TEST_P(Rates, FitIntoVideoFiles) {
 INSTANTIATE_TEST_SUITE_P(OfMp3, Rates,
                          ::testing::Values(8'000, 11'025, 12'000, 16'000, 22'050, 24'000, 32'000, 44'100,
                                            48'000));
+
+class SurroundSound : public SoundRecording, public ::testing::WithParamInterface<std::uint16_t> {};
+
+// Every speaker at full scale at once, with the same wave: the loudest that such a device can play.
+TEST_P(SurroundSound, IsMixedToStereoWithoutClipping) {
+  for (const SampleType type : {SampleType::kFloat32, SampleType::kSigned16, SampleType::kSigned32}) {
+    SCOPED_TRACE(NameOf(type));
+    const WaveFormat format = DeviceFormat(type, GetParam(), 48'000, true);
+    const std::vector<Tone> tones(GetParam(), Tone{500, 1});
+    const DecodedAudio sound = RecordSound(format, tones, 40'000);
+    ASSERT_THAT(sound.channels, SizeIs(2));
+    ExpectTone(sound.channels[0], tones[0], 48'000);
+    ExpectTone(sound.channels[1], tones[1], 48'000);
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, SurroundSound, ::testing::Range<std::uint16_t>(4, 9));
 
 TEST_F(SoundRecording, LeavesOutRatesThatMp3DoesNotHave) {
   for (const std::uint32_t rate : {7'999U, 37'800U, 64'000U, 88'200U, 96'000U, 176'400U, 192'000U}) {
@@ -226,6 +259,7 @@ TEST_F(SoundRecording, KeepsTwoSourcesApartBesideThePicture) {
   const WaveFormat speaker = DeviceFormat(SampleType::kFloat32, 6, 48'000, true);
   const Tone voice{440, 0.5};
   const Tone music{1300, 0.3};
+  const Tone mixedMusic{music.frequency, music.level / 2.41};
   for (const std::string file : {"both.mp4", "both.mov", "both.avi"}) {
     SCOPED_TRACE(file);
     FFmpegEncoder encoder(Settings(file));
@@ -249,7 +283,7 @@ TEST_F(SoundRecording, KeepsTwoSourcesApartBesideThePicture) {
     EXPECT_GE(sounds[0].samples(), 44'100U);
     EXPECT_GE(sounds[1].samples(), 48'000U);
     ExpectTone(std::span(sounds[0].channels[0]).first(44'100), voice, 44'100);
-    ExpectTone(std::span(sounds[1].channels[1]).first(48'000), music, 48'000);
+    ExpectTone(std::span(sounds[1].channels[1]).first(48'000), mixedMusic, 48'000);
     EXPECT_LT(FitTone(sounds[0].channels[0], music.frequency, 44'100).level, 0.005);
     EXPECT_LT(FitTone(sounds[1].channels[0], voice.frequency, 48'000).level, 0.005);
   }
