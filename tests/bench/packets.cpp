@@ -29,10 +29,12 @@ Figures MeasurePackets(const Words& words) {
   std::atomic<int> written = 0;
   PacketWriter writer;
   const double memory = ResidentMiB();
-  writer.Start([&written](AVPacket&) {
-    ++written;
-    return 0;
-  });
+  writer.Start(
+      [&written](AVPacket&) {
+        ++written;
+        return 0;
+      },
+      [] {});
   const double cpu = CpuSeconds();
   const double start = WallSeconds();
   std::vector<std::jthread> threads;

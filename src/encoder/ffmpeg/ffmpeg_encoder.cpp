@@ -67,7 +67,7 @@ bool FFmpegEncoder::Start() {
     const std::scoped_lock audio(audioMutex_);
     startTime_ = std::chrono::steady_clock::now();
   }
-  writer_.Start([this](AVPacket& packet) { return file_.WritePacket(packet); });
+  writer_.Start([this](AVPacket& packet) { return file_.WritePacket(packet); }, [this] { file_.Flush(); });
   return true;
 }
 

@@ -1,7 +1,9 @@
 #include "encoder/ffmpeg/output_file.h"
 
 #include <filesystem>
+#include <optional>
 #include <system_error>
+#include <utility>
 
 #include "common/file_system.h"
 #include "common/full_path.h"
@@ -11,6 +13,19 @@
 
 namespace brisolte {
 namespace {
+
+/// What is left of the volume that a file is on, for whoever runs this process. None when the system does not
+/// say; some drives of networks and clouds claim to have no size at all.
+std::optional<std::uint64_t> FreeSpaceBeside(const std::filesystem::path& file) {
+  std::error_code error;
+  // Ends in a separator: the directory may itself be where a volume begins, and not every library looks at
+  // the last name of a path that does not.
+  const auto space = std::filesystem::space(file.parent_path() / "", error);
+  if (error || space.capacity == 0) {
+    return std::nullopt;
+  }
+  return space.available;
+}
 
 const char* KindName(AVMediaType type) {
   switch (type) {
@@ -141,12 +156,47 @@ bool OutputFile::WriteHeader() {
     return false;
   }
   Logger::Info("FFmpegEncoder: File header written successfully");
+  Flush();
   return true;
 }
 
 int OutputFile::WritePacket(AVPacket& packet) {
   // A muxer without a header has no state to write a packet with.
-  return stage_ == Stage::kWriting ? av_interleaved_write_frame(format_.get(), &packet) : AVERROR(EINVAL);
+  if (stage_ != Stage::kWriting) {
+    return AVERROR(EINVAL);
+  }
+  if (!budget_.Admit(static_cast<std::uint64_t>(packet.size))) {
+    Logger::Warning("FFmpegEncoder: The disk is nearly full, the recording ends here");
+    completed_ = Complete();
+    return AVERROR(ENOSPC);
+  }
+  return av_interleaved_write_frame(format_.get(), &packet);
+}
+
+void OutputFile::Flush() {
+  if (stage_ != Stage::kWriting) {
+    return;
+  }
+  // In this order: what waits to be sorted among the streams, what the muxer collects before it writes, and
+  // what is on its way to the system. A failure shows in the next packet.
+  av_interleaved_write_frame(format_.get(), nullptr);
+  av_write_frame(format_.get(), nullptr);
+  if (format_->pb != nullptr) {
+    avio_flush(format_->pb);
+  }
+  budget_.Look(FreeSpaceBeside(PathFromUtf8(format_->url)));
+}
+
+bool OutputFile::Complete() {
+  // The muxer frees its state with the trailer, so there is one trailer a header, even if it fails.
+  stage_ = Stage::kEnded;
+  if (av_write_trailer(format_.get()) < 0) {
+    return false;
+  }
+  if ((format_->oformat->flags & AVFMT_NOFILE) == 0) {
+    avio_closep(&format_->pb);
+  }
+  return true;
 }
 
 bool OutputFile::Finalize() {
@@ -154,17 +204,11 @@ bool OutputFile::Finalize() {
     Logger::Error("FFmpegEncoder: Not initialized or format context is null");
     return false;
   }
-  // The muxer frees its state with the trailer, so there is one trailer a header, even if it fails.
-  const bool hasHeader = stage_ == Stage::kWriting;
-  if (hasHeader) {
-    stage_ = Stage::kEnded;
-  }
-  if (!hasHeader || av_write_trailer(format_.get()) < 0) {
+  const bool completed =
+      completed_ ? *std::exchange(completed_, false) : stage_ == Stage::kWriting && Complete();
+  if (!completed) {
     Logger::Error("FFmpegEncoder: Failed to write trailer!!!!!");
     return false;
-  }
-  if ((format_->oformat->flags & AVFMT_NOFILE) == 0) {
-    avio_closep(&format_->pb);
   }
   Logger::Info("FFmpegEncoder: Trailer written successfully, output file closed");
   return true;

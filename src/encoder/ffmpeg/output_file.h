@@ -1,8 +1,10 @@
 #pragma once
 
+#include <optional>
 #include <string>
 
 #include "encoder/ffmpeg/ffmpeg_types.h"
+#include "encoder/ffmpeg/space_budget.h"
 
 namespace brisolte {
 
@@ -43,9 +45,17 @@ class OutputFile {
   bool WriteHeader();
 
   /// Hands the packet's data to the interleaving muxer. Negative: FFmpeg's error; always so without a header.
+  ///
+  /// Before the volume is too full to complete the file, that is done: others may take the room that is left
+  /// before anybody stops the recording. From then on every packet fails.
   int WritePacket(AVPacket& packet);
 
-  /// Writes the trailer and closes the file. After a failure the file stays open until `Close`.
+  /// Hands everything written so far to the system, which keeps it when the process ends. Without a header
+  /// nothing happens.
+  void Flush();
+
+  /// Writes the trailer and closes the file, unless that was done when the volume filled up. After a failure
+  /// the file stays open until `Close`.
   bool Finalize();
 
   /// Closes and frees what is left. No trailer is written.
@@ -55,9 +65,12 @@ class OutputFile {
   enum class Stage { kAddingStreams, kHeaderFailed, kWriting, kEnded };
 
   int TryHeader();
+  bool Complete();
 
   FormatContextPtr format_;
   Stage stage_ = Stage::kAddingStreams;
+  SpaceBudget budget_;
+  std::optional<bool> completed_;  ///< before `Finalize`, and whether that succeeded
 };
 
 }  // namespace brisolte

@@ -6,12 +6,21 @@
 #include "common/logger.h"
 
 namespace brisolte {
+namespace {
 
-void PacketWriter::Start(WritePacket write) {
+// Less than a second by what the devices and encoders hold back, so that no more than that second is missing
+// when the process ends at once.
+constexpr std::chrono::milliseconds kFlushInterval{750};
+
+}  // namespace
+
+void PacketWriter::Start(WritePacket write, Flush flush) {
   if (running_) {
     return;
   }
   write_ = std::move(write);
+  flush_ = std::move(flush);
+  flushDue_.reset();
   running_ = true;
   try {
     thread_ = std::jthread([this] { Run(); });
@@ -54,7 +63,7 @@ bool PacketWriter::EnqueuePacket(const AVPacket* packet, int streamIndex, bool i
     wasEmpty = queue_.empty();
     queue_.push_back({std::move(copy), streamIndex, isVideo});
   }
-  // The writer waits for nothing but an empty queue.
+  // Beside the time to flush the writer waits for nothing but an empty queue.
   if (wasEmpty) {
     changed_.notify_one();
   }
@@ -63,9 +72,14 @@ bool PacketWriter::EnqueuePacket(const AVPacket* packet, int streamIndex, bool i
 
 bool PacketWriter::TakeEntries(std::vector<Entry>& entries) {
   std::unique_lock lock(mutex_);
-  changed_.wait(lock, [this] { return !queue_.empty() || !running_; });
+  const auto ready = [this] { return !queue_.empty() || !running_; };
+  if (flushDue_) {
+    changed_.wait_until(lock, *flushDue_, ready);
+  } else {
+    changed_.wait(lock, ready);
+  }
   entries.swap(queue_);
-  return !entries.empty();
+  return running_ || !entries.empty();
 }
 
 void PacketWriter::Run() {
@@ -75,6 +89,17 @@ void PacketWriter::Run() {
       // A long queue gives its memory back while it is written.
       entry.packet.reset();
     }
+    if (!entries.empty() && !flushDue_) {
+      flushDue_ = std::chrono::steady_clock::now() + kFlushInterval;
+    }
+    FlushWhenDue();
+  }
+}
+
+void PacketWriter::FlushWhenDue() {
+  if (flushDue_ && std::chrono::steady_clock::now() >= *flushDue_) {
+    flushDue_.reset();
+    flush_();
   }
 }
 

@@ -1,9 +1,11 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <condition_variable>
 #include <functional>
 #include <mutex>
+#include <optional>
 #include <thread>
 #include <vector>
 
@@ -21,14 +23,18 @@ class PacketWriter {
   /// Writes one packet; negative: FFmpeg's error. Called on the writer thread only; must not throw.
   using WritePacket = std::function<int(AVPacket&)>;
 
+  /// Makes what was written safe from the end of the process. Called on the writer thread only; must not
+  /// throw.
+  using Flush = std::function<void()>;
+
   PacketWriter() = default;
   PacketWriter(const PacketWriter&) = delete;
   PacketWriter& operator=(const PacketWriter&) = delete;
   ~PacketWriter() { Stop(); }
 
-  /// Starts the thread; nothing happens when it runs already. Raises std::system_error when the system gives
-  /// none.
-  void Start(WritePacket write);
+  /// Starts the thread; nothing happens when it runs already. About a second after packets were written they
+  /// are flushed, whether or not others follow. Raises std::system_error when the system gives no thread.
+  void Start(WritePacket write, Flush flush);
 
   /// Refuses further packets, writes those that are queued and ends the thread.
   void Stop();
@@ -48,11 +54,15 @@ class PacketWriter {
 
   void Run();
   void Write(const Entry& entry);
-  /// Waits for entries and takes all that are queued in exchange for `entries`, which is empty. False when
-  /// stopped and nothing is left.
+  void FlushWhenDue();
+  /// Waits for entries and takes all that are queued in exchange for `entries`, which is empty; there are
+  /// none when it is time to flush. False when stopped and nothing is left.
   bool TakeEntries(std::vector<Entry>& entries);
 
   WritePacket write_;
+  Flush flush_;
+  /// The writer thread's own; set while something is written that was not flushed.
+  std::optional<std::chrono::steady_clock::time_point> flushDue_;
   std::atomic<bool> running_ = false;
   std::mutex mutex_;
   std::condition_variable changed_;

@@ -3,6 +3,8 @@
 #include <gmock/gmock.h>
 
 #include <algorithm>
+#include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <future>
 #include <thread>
@@ -45,7 +47,7 @@ TEST(PacketWriter, RefusesPacketsWhileStoppedAndMissingOnesAlways) {
   PacketWriter writer;
   const PacketPtr packet = MakePacket(1);
   EXPECT_FALSE(writer.EnqueuePacket(packet.get(), 0, true));
-  writer.Start(written.Writer());
+  writer.Start(written.Writer(), [] {});
   EXPECT_TRUE(writer.running());
   EXPECT_FALSE(writer.EnqueuePacket(nullptr, 0, true));
   writer.Stop();
@@ -60,13 +62,15 @@ TEST(PacketWriter, HasWrittenEverythingInOrderWhenStopReturns) {
   PacketWriter writer;
   std::promise<void> blocked;
   std::promise<void> release;
-  writer.Start([&, first = true, write = written.Writer()](AVPacket& packet) mutable {
-    if (std::exchange(first, false)) {
-      blocked.set_value();
-      release.get_future().wait();
-    }
-    return write(packet);
-  });
+  writer.Start(
+      [&, first = true, write = written.Writer()](AVPacket& packet) mutable {
+        if (std::exchange(first, false)) {
+          blocked.set_value();
+          release.get_future().wait();
+        }
+        return write(packet);
+      },
+      [] {});
   EXPECT_TRUE(writer.EnqueuePacket(MakePacket(1).get(), 0, true));
   blocked.get_future().wait();
   for (std::int64_t pts = 2; pts <= 5; ++pts) {
@@ -84,7 +88,7 @@ TEST(PacketWriter, HasWrittenEverythingInOrderWhenStopReturns) {
 TEST(PacketWriter, SharesThePacketsDataAndLeavesThePacketToItsOwner) {
   Written written;
   PacketWriter writer;
-  writer.Start(written.Writer());
+  writer.Start(written.Writer(), [] {});
   const PacketPtr packet = MakePacket(7);
   const std::uint8_t* const data = packet->data;
   EXPECT_TRUE(writer.EnqueuePacket(packet.get(), 0, true));
@@ -97,7 +101,7 @@ TEST(PacketWriter, SharesThePacketsDataAndLeavesThePacketToItsOwner) {
 TEST(PacketWriter, SaysWhichPacketsCouldNotBeWrittenAndGoesOn) {
   const CapturedLog log;
   PacketWriter writer;
-  writer.Start([](AVPacket& packet) { return packet.pts == 2 ? 0 : AVERROR(EIO); });
+  writer.Start([](AVPacket& packet) { return packet.pts == 2 ? 0 : AVERROR(EIO); }, [] {});
   EXPECT_TRUE(writer.EnqueuePacket(MakePacket(1).get(), 0, true));
   EXPECT_TRUE(writer.EnqueuePacket(MakePacket(2).get(), 0, true));
   EXPECT_TRUE(writer.EnqueuePacket(MakePacket(3).get(), 2, false));
@@ -106,16 +110,48 @@ TEST(PacketWriter, SaysWhichPacketsCouldNotBeWrittenAndGoesOn) {
                                        "[INFO] FFmpegEncoder: write frame:  Stream: 2, Type: Audio"));
 }
 
+// A screen that stands still sends nothing that could push the last packet out.
+TEST(PacketWriter, FlushesWhatWasWrittenThoughNothingFollows) {
+  Written written;
+  PacketWriter writer;
+  std::promise<std::size_t> flushed;
+  writer.Start(written.Writer(), [&] { flushed.set_value(written.times.size()); });
+  EXPECT_TRUE(writer.EnqueuePacket(MakePacket(1).get(), 0, true));
+  auto count = flushed.get_future();
+  ASSERT_EQ(count.wait_for(std::chrono::seconds(30)), std::future_status::ready);
+  EXPECT_EQ(count.get(), 1U);
+}
+
+TEST(PacketWriter, FlushesWhilePacketsKeepComing) {
+  PacketWriter writer;
+  std::atomic<int> written = 0;
+  std::atomic<int> flushes = 0;
+  writer.Start(
+      [&](AVPacket&) {
+        ++written;
+        return 0;
+      },
+      [&] { ++flushes; });
+  const PacketPtr packet = MakePacket(1);
+  const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  while (flushes < 2 && std::chrono::steady_clock::now() < limit) {
+    EXPECT_TRUE(writer.EnqueuePacket(packet.get(), 0, true));
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  }
+  EXPECT_EQ(flushes, 2);
+  EXPECT_GT(written, 2 * flushes);
+}
+
 TEST(PacketWriter, CanBeStartedAgainAndIgnoresASecondStart) {
   Written first;
   Written second;
   PacketWriter writer;
-  writer.Start(first.Writer());
-  writer.Start(second.Writer());
+  writer.Start(first.Writer(), [] {});
+  writer.Start(second.Writer(), [] {});
   EXPECT_TRUE(writer.EnqueuePacket(MakePacket(1).get(), 0, true));
   writer.Stop();
   writer.Stop();
-  writer.Start(second.Writer());
+  writer.Start(second.Writer(), [] {});
   EXPECT_TRUE(writer.EnqueuePacket(MakePacket(2).get(), 0, true));
   writer.Stop();
   EXPECT_THAT(first.times, ElementsAre(1));
@@ -128,7 +164,7 @@ TEST(PacketWriter, WritesExactlyWhatItAccepted) {
   for (int round = 0; round < 20; ++round) {
     Written written;
     PacketWriter writer;
-    writer.Start(written.Writer());
+    writer.Start(written.Writer(), [] {});
     const auto produce = [&writer](std::int64_t base) {
       std::vector<std::int64_t> accepted;
       for (std::int64_t pts = base; pts < base + 200; ++pts) {

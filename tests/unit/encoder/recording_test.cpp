@@ -1,15 +1,23 @@
 #include <gmock/gmock.h>
 
+#include <chrono>
 #include <cmath>
+#include <filesystem>
+#include <functional>
 #include <ostream>
+#include <stdexcept>
 #include <string>
+#include <thread>
+#include <tuple>
 #include <vector>
 
 #include "encoder/ffmpeg/ffmpeg_encoder.h"
 #include "support/captured_log.h"
+#include "support/decoded_audio.h"
 #include "support/decoded_video.h"
 #include "support/pictures.h"
 #include "support/temporary_directory.h"
+#include "support/tones.h"
 
 namespace brisolte {
 namespace {
@@ -17,14 +25,17 @@ namespace {
 using testing::CapturedLog;
 using testing::ColourRule;
 using testing::DecodedVideo;
+using testing::DeviceFormat;
 using testing::FourColours;
 using ::testing::HasSubstr;
 using ::testing::Not;
 using testing::Picture;
+using testing::ReadSounds;
 using testing::ReadVideo;
 using testing::Rgb;
 using ::testing::SizeIs;
 using testing::TemporaryDirectory;
+using testing::ToneBytes;
 
 /// One encoder with the container it is recorded into.
 struct Case {
@@ -235,6 +246,77 @@ TEST_F(OneRecording, NamesItsStreamAndWorksInAnyScript) {
   const DecodedVideo video = ReadVideo(settings.outputFilePath);
   EXPECT_EQ(video.handlerName, "VideoHandler");
   EXPECT_EQ(video.language, "eng");
+}
+
+/// What can be seen of a file while it is being written, as it would remain if the process ended now.
+class Unfinished : public OneRecording {
+ protected:
+  /// Waits until `count` finds as much in the file as it is to find at least.
+  void ExpectSoon(const CaptureSettings& settings, std::size_t expected,
+                  const std::function<std::size_t(const std::string&)>& count) const {
+    const std::string copy = directory_ / "copy";
+    const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+    std::size_t found = 0;
+    while (found < expected && std::chrono::steady_clock::now() < limit) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(20));
+      std::filesystem::copy_file(settings.outputFilePath, copy,
+                                 std::filesystem::copy_options::overwrite_existing);
+      try {
+        found = count(copy);
+      } catch (const std::runtime_error&) {
+        found = 0;  // not even a header yet
+      }
+    }
+    EXPECT_GE(found, expected);
+  }
+
+  static std::size_t Frames(const std::string& path) { return ReadVideo(path).frames.size(); }
+  static std::size_t Samples(const std::string& path) { return ReadSounds(path).at(0).samples(); }
+
+  // Of a second of sound the encoder may hold back a few frames.
+  static constexpr std::size_t kSecond = 48'000;
+  static constexpr std::size_t kMostHeld = 6 * 1152;
+  const WaveFormat format_ = DeviceFormat(SampleType::kFloat32, 2, kSecond);
+};
+
+TEST_F(Unfinished, ShowsAllPicturesThoughNoneFollow) {
+  for (const auto& [name, file, layout] : {std::tuple{"mjpeg", "file.avi", Picture::Layout::kBgra},
+                                           std::tuple{"libvpx", "file.webm", Picture::Layout::kNv12}}) {
+    SCOPED_TRACE(name);
+    const CaptureSettings settings = Settings(name, file);
+    FFmpegEncoder encoder(settings);
+    ASSERT_TRUE(encoder.InitializeVideoEncoder(64, 48, nullptr));
+    ASSERT_TRUE(encoder.Start());
+    for (int i = 0; i < 10; ++i) {
+      EXPECT_TRUE(encoder.ProcessFrameAsync(FourColours(layout, 64, 48).Frame(i * 33)));
+    }
+    ExpectSoon(settings, 10, Frames);
+    EXPECT_TRUE(encoder.Stop());
+    EXPECT_EQ(Frames(settings.outputFilePath), 10U);
+  }
+}
+
+// The muxer would keep the sound back, so as to sort it in before the next picture.
+TEST_F(Unfinished, HoldsTheSoundOfAScreenThatStandsStill) {
+  const CaptureSettings settings = Settings("mjpeg", "file.avi");
+  FFmpegEncoder encoder(settings);
+  ASSERT_TRUE(encoder.InitializeVideoEncoder(64, 48, nullptr));
+  ASSERT_TRUE(encoder.CreateAudioStream(AudioStreamKind::kMicrophone, &format_));
+  ASSERT_TRUE(encoder.Start());
+  EXPECT_TRUE(encoder.ProcessFrameAsync(FourColours(Picture::Layout::kBgra, 64, 48).Frame(0)));
+  EXPECT_TRUE(encoder.ProcessAudioFrame(ToneBytes(format_, {{440, 0.5}}, 0, kSecond), "microphone"));
+  ExpectSoon(settings, kSecond - kMostHeld, Samples);
+  EXPECT_TRUE(encoder.Stop());
+}
+
+TEST_F(Unfinished, HoldsTheSoundRecordedAlone) {
+  const CaptureSettings settings = Settings("libx264", "file.mp3");
+  FFmpegEncoder encoder(settings);
+  ASSERT_TRUE(encoder.CreateAudioStream(AudioStreamKind::kMicrophone, &format_));
+  ASSERT_TRUE(encoder.Start());
+  EXPECT_TRUE(encoder.ProcessAudioFrame(ToneBytes(format_, {{440, 0.5}}, 0, kSecond), "microphone"));
+  ExpectSoon(settings, kSecond - kMostHeld, Samples);
+  EXPECT_TRUE(encoder.Stop());
 }
 
 /// An encoder whose decoder must be configured before the first picture, and the tag that players know it by.
