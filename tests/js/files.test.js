@@ -10,7 +10,7 @@ const { openPattern, programs } = require('./support/desktop');
 const media = require('./support/media');
 const { assertAdvances, assertPicture, readNumber } = require('./support/pattern');
 const { scenario } = require('./support/scenario');
-const { namesOfTheNextSeconds, readOnlyFolder, scratchFile, scratchFolder, smallDisk } = require('./support/scratch');
+const { fillDisk, namesOfTheNextSeconds, readOnlyFolder, scratchFile, scratchFolder, smallDisk } = require('./support/scratch');
 const { waitFor } = require('./support/wait');
 
 const SMALL = { x: 30, y: 30, width: 320, height: 192 };
@@ -131,36 +131,63 @@ function assertBeginning(file, picture) {
   assertAdvances(shown.map((frame) => readNumber(frame, { picture })));
 }
 
-test('a disk that fills up ends the writing, not the process', async (t) => {
+for (const { encoder, room } of [
+  { encoder: 'libx264', room: 100_000 },
+  { encoder: 'prores_ks', room: 230_000 },
+  { encoder: 'libvpx', room: 100_000 },
+  { encoder: 'mjpeg', room: 200_000 },
+]) {
+  test(`a disk that fills up completes the file of ${encoder} while the recording still runs`, async (t) => {
+    const window = await openPattern(t, { title: 'Full disk', ...SMALL, width: 640, height: 360 });
+    const disk = smallDisk(t);
+    fillDisk(disk, room);
+    const [kept, keptLater] = [scratchFile('kept'), scratchFile('later')];
+    const { value, log } = await scenario(
+      async ({ Brisolte, log: live, require: load }, given) => {
+        const fs = load('node:fs');
+        const capture = new Brisolte();
+        capture.setOutputDir(given.dir);
+        capture.setWindow(given.handle);
+        capture.setEncoder(given.encoder);
+        const answers = [capture.startRecord()];
+        await live.line('write frame:  Stream: 0, Type: Video');
+        fs.copyFileSync(capture.getSaveFilePath(), given.kept);
+        answers.push(capture.isCapturing(), capture.stopRecord(), capture.isCapturing());
+        fs.copyFileSync(capture.getSaveFilePath(), given.keptLater);
+        return answers;
+      },
+      { dir: disk, encoder, kept, keptLater, handle: window.handle },
+    );
+    assert.deepEqual(value, [true, true, true, false], log.text);
+    assert.deepEqual(log.errors, []);
+    assert.equal(count(log.text, '[WARNING] FFmpegEncoder: The disk is nearly full'), 1);
+    assert.ok(log.has('INFO', 'FFmpegEncoder: Trailer written successfully, output file closed'));
+    media.assertWhole([kept]);
+    assert.ok(fs.readFileSync(kept).equals(fs.readFileSync(keptLater)), 'nothing is written after that');
+    const shown = media.frames(kept);
+    assert.ok(shown.length >= 3, `${shown.length} frames`);
+    shown.forEach((frame) => assertPicture(frame, { picture: window.picture, exact: false, tolerance: 20 }));
+  });
+}
+
+test('a disk that another fills at once ends the writing, not the process', async (t) => {
   const window = await openPattern(t, { title: 'Full disk', ...SMALL, width: 640, height: 360 });
-  const disk = smallDisk(t);
   const kept = scratchFile('avi');
   const { value, log } = await scenario(
-    async ({ Brisolte, log: live, painted, paintedMore, require: load }, given) => {
+    async ({ Brisolte, log: live, painted, paintedMore, require: load, supportFolder, waitFor }, given) => {
       const fs = load('node:fs');
-      const filler = fs.openSync(given.filler, 'w');
-      const block = Buffer.alloc(65536, 1);
-      try {
-        for (;;) {
-          fs.writeSync(filler, block);
-        }
-      } catch (error) {
-        if (error.code !== 'ENOSPC') {
-          throw error;
-        }
-      }
-      fs.ftruncateSync(filler, fs.fstatSync(filler).size - given.room);
-      fs.closeSync(filler);
-
+      const { fillDisk } = load(`${supportFolder}/scratch`);
       const capture = new Brisolte();
       capture.setOutputDir(given.dir);
       capture.setWindow(given.handle);
       capture.setEncoder('mjpeg');
       const answers = [capture.startRecord()];
+      await waitFor('some of the file', () => fs.statSync(capture.getSaveFilePath()).size > 50_000);
+      const filler = fillDisk(given.dir);
       await live.line('write frame:  Stream: 0, Type: Video');
       answers.push(capture.isCapturing(), capture.stopRecord(), capture.isCapturing());
       const errors = live.since().errors;
-      fs.rmSync(given.filler);
+      fs.rmSync(filler);
       fs.copyFileSync(capture.getSaveFilePath(), given.kept);
       fs.rmSync(capture.getSaveFilePath());
 
@@ -173,14 +200,7 @@ test('a disk that fills up ends the writing, not the process', async (t) => {
       answers.push(capture.stopRecord());
       return { answers, errors, file: capture.getSaveFilePath(), painted: [before, painted(given.progress)] };
     },
-    {
-      dir: disk,
-      filler: path.join(disk, 'filler'),
-      room: 200000,
-      kept,
-      handle: window.handle,
-      progress: window.progress,
-    },
+    { dir: smallDisk(t), kept, handle: window.handle, progress: window.progress },
   );
   assert.deepEqual(value.answers, [true, true, true, false, true, true], log.text);
   assert.deepEqual(value.errors, ['FFmpegEncoder: Failed to write trailer!!!!!']);
@@ -191,22 +211,9 @@ test('a disk that fills up ends the writing, not the process', async (t) => {
 test('a disk without any room fails or records nothing, and the process lives', async (t) => {
   const window = await openPattern(t, { title: 'No room', ...SMALL });
   const disk = smallDisk(t);
+  fillDisk(disk);
   const { value } = await scenario(
-    async ({ Brisolte, paintedMore, require: load }, given) => {
-      const fs = load('node:fs');
-      for (const size of [65536, 1]) {
-        const filler = fs.openSync(`${given.dir}\\filler-${size}`, 'w');
-        try {
-          for (;;) {
-            fs.writeSync(filler, Buffer.alloc(size, 1));
-          }
-        } catch (error) {
-          if (error.code !== 'ENOSPC') {
-            throw error;
-          }
-        }
-        fs.closeSync(filler);
-      }
+    async ({ Brisolte, paintedMore }, given) => {
       const capture = new Brisolte();
       capture.setOutputDir(given.dir);
       capture.setWindow(given.handle);

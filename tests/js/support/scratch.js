@@ -63,4 +63,24 @@ function namesOfTheNextSeconds(dir, seconds) {
   });
 }
 
-module.exports = { namesOfTheNextSeconds, readOnlyFolder, scratchDir, scratchFile, scratchFolder, smallDisk };
+/** Fills the disk of this folder but for so many bytes, and gives the file that does. */
+function fillDisk(folder, room = 0) {
+  const name = path.join(folder, 'filler');
+  const file = fs.openSync(name, 'w');
+  for (const size of [65536, 4096, 1]) {
+    try {
+      for (;;) {
+        fs.writeSync(file, Buffer.alloc(size, 1));
+      }
+    } catch (error) {
+      if (error.code !== 'ENOSPC') {
+        throw error;
+      }
+    }
+  }
+  fs.ftruncateSync(file, fs.fstatSync(file).size - room);
+  fs.closeSync(file);
+  return name;
+}
+
+module.exports = { fillDisk, namesOfTheNextSeconds, readOnlyFolder, scratchDir, scratchFile, scratchFolder, smallDisk };

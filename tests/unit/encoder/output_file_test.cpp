@@ -2,11 +2,14 @@
 
 #include <gmock/gmock.h>
 
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 
 #include "common/text.h"
+#include "encoder/ffmpeg/space_budget.h"
 #include "support/captured_log.h"
 #include "support/temporary_directory.h"
 
@@ -265,6 +268,69 @@ TEST(OutputFile, TriesOneHeaderAndWritesNothingWithoutIt) {
                           "[INFO] FFmpegEncoder: Writing file header with 0 streams", headerError,
                           "[ERROR] FFmpegEncoder: Failed to write trailer!!!!!",
                           "[ERROR] FFmpegEncoder: Failed to write trailer!!!!!"));
+}
+
+/// A packet that costs as much of an index as it can: of its own size and duration, shown later than decoded,
+/// and a key frame only now and then, so that these are listed.
+PacketPtr MakePacket(int stream, int number) {
+  PacketPtr packet(av_packet_alloc());
+  const int size = 50 + number % 3;
+  EXPECT_EQ(av_new_packet(packet.get(), size), 0);
+  std::memset(packet->data, 0, static_cast<std::size_t>(size));
+  packet->stream_index = stream;
+  packet->dts = number * 2000 + number * number % 97;
+  packet->pts = packet->dts + number % 5 * 100;
+  packet->flags = number % 3 == 0 ? AV_PKT_FLAG_KEY : 0;
+  return packet;
+}
+
+/// The size of the index of an MP4 or MOV, 0 without one.
+std::uint32_t IndexBytes(const std::string& path) {
+  std::ifstream file(PathFromUtf8(path), std::ios::binary);
+  const auto number = [&file] {
+    std::uint32_t value = 0;
+    for (int i = 0; i < 4; ++i) {
+      value = value << 8 | static_cast<std::uint32_t>(file.get());
+    }
+    return value;
+  };
+  constexpr int kHeadBytes = 8;
+  while (file) {
+    const std::uint32_t size = number();
+    if (number() == MKBETAG('m', 'o', 'o', 'v')) {
+      return size;
+    }
+    file.seekg(static_cast<std::streamoff>(size) - kHeadBytes, std::ios::cur);
+  }
+  return 0;
+}
+
+TEST(OutputFile, HasNoLargerIndexThanIsKeptRoomFor) {
+  constexpr int kPackets = 2000;
+  const TemporaryDirectory directory;
+  for (const char* const name : {"file.mp4", "file.mov"}) {
+    SCOPED_TRACE(name);
+    OutputFile file;
+    ASSERT_TRUE(file.Initialize(directory / name));
+    for (int i = 0; i < 2; ++i) {
+      AVStream* const stream = file.AddStream();
+      stream->time_base = {1, 60'000};
+      stream->codecpar->codec_type = AVMEDIA_TYPE_VIDEO;
+      stream->codecpar->codec_id = AV_CODEC_ID_MPEG4;
+      stream->codecpar->width = stream->codecpar->height = 64;
+    }
+    ASSERT_TRUE(file.WriteHeader());
+    SpaceBudget budget;
+    for (int i = 0; i < kPackets; ++i) {
+      EXPECT_EQ(file.WritePacket(*MakePacket(i % 2, i / 2)), 0);
+      EXPECT_TRUE(budget.Admit(0));
+    }
+    ASSERT_TRUE(file.Finalize());
+    const std::uint32_t index = IndexBytes(directory / name);
+    EXPECT_GT(index, 24U * kPackets);
+    budget.Look(index);
+    EXPECT_FALSE(budget.Admit(0));
+  }
 }
 
 TEST(OutputFile, NamesTheKindsOfItsStreams) {
