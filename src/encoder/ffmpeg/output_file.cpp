@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <optional>
 #include <system_error>
-#include <utility>
 
 #include "common/file_system.h"
 #include "common/full_path.h"
@@ -161,8 +160,8 @@ bool OutputFile::WriteHeader() {
 }
 
 int OutputFile::WritePacket(AVPacket& packet) {
-  // A muxer without a header has no state to write a packet with.
-  if (stage_ != Stage::kWriting) {
+  // Without a header, and after the trailer, a muxer has no state to write a packet with.
+  if (stage_ != Stage::kWriting || completed_) {
     return AVERROR(EINVAL);
   }
   if (!budget_.Admit(static_cast<std::uint64_t>(packet.size))) {
@@ -174,7 +173,7 @@ int OutputFile::WritePacket(AVPacket& packet) {
 }
 
 void OutputFile::Flush() {
-  if (stage_ != Stage::kWriting) {
+  if (stage_ != Stage::kWriting || completed_) {
     return;
   }
   // In this order: what waits to be sorted among the streams, what the muxer collects before it writes, and
@@ -188,8 +187,6 @@ void OutputFile::Flush() {
 }
 
 bool OutputFile::Complete() {
-  // The muxer frees its state with the trailer, so there is one trailer a header, even if it fails.
-  stage_ = Stage::kEnded;
   if (av_write_trailer(format_.get()) < 0) {
     return false;
   }
@@ -204,9 +201,12 @@ bool OutputFile::Finalize() {
     Logger::Error("FFmpegEncoder: Not initialized or format context is null");
     return false;
   }
-  const bool completed =
-      completed_ ? *std::exchange(completed_, false) : stage_ == Stage::kWriting && Complete();
-  if (!completed) {
+  // The muxer frees its state with the trailer, so there is one trailer a header, even if it fails.
+  const bool hasHeader = stage_ == Stage::kWriting;
+  if (hasHeader) {
+    stage_ = Stage::kEnded;
+  }
+  if (!hasHeader || !(completed_ ? *completed_ : Complete())) {
     Logger::Error("FFmpegEncoder: Failed to write trailer!!!!!");
     return false;
   }

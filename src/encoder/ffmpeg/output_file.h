@@ -70,7 +70,9 @@ class OutputFile {
   FormatContextPtr format_;
   Stage stage_ = Stage::kAddingStreams;
   SpaceBudget budget_;
-  std::optional<bool> completed_;  ///< before `Finalize`, and whether that succeeded
+  /// Whether that succeeded, when it was done before `Finalize`; only then. The writer thread's until it
+  /// ends.
+  std::optional<bool> completed_;
 };
 
 }  // namespace brisolte
