@@ -21,7 +21,7 @@ const RECORDINGS = [
   { encoder: 'libx264', sound: true, disk: 4_500, end: 'full-disk' },
   { encoder: 'libvpx', sound: false, disk: 384 },
   { encoder: 'prores_ks', sound: true, disk: 10_000 },
-  { encoder: 'prores_ks', sound: true, disk: 60_000, end: 'full-disk' },
+  { encoder: 'prores_ks', sound: true, disk: 100_000, end: 'full-disk' },
   { encoder: 'mjpeg', sound: true, disk: 5_000 },
   { encoder: 'none', sound: true, picture: false, disk: 384 },
 ];
