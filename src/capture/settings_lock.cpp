@@ -3,13 +3,22 @@
 #include <system_error>
 
 namespace brisolte {
+namespace {
+
+/// Has the same words with every runtime. That of std::system_error has the runtime's own for the code.
+class RelockError final : public std::system_error {
+ public:
+  RelockError() : std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur)) {}
+
+  const char* what() const noexcept override { return "resource deadlock would occur"; }
+};
+
+}  // namespace
 
 void SettingsLock::lock() {
   const std::thread::id self = std::this_thread::get_id();
   if (owner_.load(std::memory_order_relaxed) == self) {
-    // The words are given, because each runtime has its own for this code.
-    throw std::system_error(std::make_error_code(std::errc::resource_deadlock_would_occur),
-                            "resource deadlock would occur");
+    throw RelockError();
   }
   mutex_.lock();
   owner_.store(self, std::memory_order_relaxed);

@@ -7,7 +7,7 @@
 namespace brisolte {
 
 /// A lock for `std::lock_guard` that is not recursive and says so: an owner that locks it again gets a
-/// std::system_error (resource_deadlock_would_occur). With std::mutex that is undefined and mostly hangs.
+/// std::system_error "resource deadlock would occur". With std::mutex that is undefined and mostly hangs.
 class SettingsLock {
  public:
   /// Waits for the lock. Raises the system error when the calling thread holds it already; it then still

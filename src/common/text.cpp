@@ -6,9 +6,8 @@
 #ifdef _WIN32
 #include <windows.h>
 
-#include <memory>
-
 #include "common/logger.h"
+#include "common/system_message.h"
 #endif
 
 namespace brisolte {
@@ -24,17 +23,6 @@ int ConvertToWide(const std::string& text, wchar_t* wide, int capacity) {
 
 int ConvertToUtf8(const std::wstring& text, char* bytes, int capacity) {
   return WideCharToMultiByte(CP_UTF8, 0, text.c_str(), -1, bytes, capacity, nullptr, nullptr);
-}
-
-std::string SystemMessage(std::int32_t hresult) {
-  char* raw = nullptr;
-  // With the allocating flag the parameter takes the address of the buffer's pointer.
-  const DWORD length = FormatMessageA(
-      FORMAT_MESSAGE_ALLOCATE_BUFFER | FORMAT_MESSAGE_FROM_SYSTEM | FORMAT_MESSAGE_IGNORE_INSERTS, nullptr,
-      static_cast<DWORD>(hresult), MAKELANGID(LANG_NEUTRAL, SUBLANG_DEFAULT), reinterpret_cast<char*>(&raw),
-      0, nullptr);
-  const std::unique_ptr<char, decltype(&LocalFree)> message(raw, &LocalFree);
-  return length != 0 ? std::string(message.get(), length) : std::string();
 }
 
 #else
@@ -83,6 +71,10 @@ std::string ToUtf8(const std::wstring& text) {
   }
   bytes.pop_back();
   return bytes;
+}
+
+std::string SystemTextToUtf8(const std::string& text) {
+  return ToUtf8(ToWide(text));
 }
 
 std::filesystem::path PathFromUtf8(const std::string& text) {

@@ -16,7 +16,6 @@ using testing::CapturedLog;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using testing::FakeRecordingParts;
-using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::Not;
 using testing::Raises;
@@ -35,7 +34,7 @@ class RecordingTest : public ::testing::Test {
       ADD_FAILURE() << "no exception";
     } catch (const std::system_error& error) {
       EXPECT_EQ(error.code(), std::errc::resource_deadlock_would_occur);
-      EXPECT_THAT(error.what(), HasSubstr("resource deadlock would occur"));
+      EXPECT_STREQ(error.what(), "resource deadlock would occur");
     }
     EXPECT_FALSE(controller_->isCapturing());
   }

@@ -1,6 +1,6 @@
 #include "capture/settings_lock.h"
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include <mutex>
 #include <system_error>
@@ -10,8 +10,6 @@
 namespace brisolte {
 namespace {
 
-using ::testing::HasSubstr;
-
 TEST(SettingsLock, RaisesTheSystemErrorWhenItsOwnerLocksItAgain) {
   SettingsLock lock;
   const std::lock_guard guard(lock);
@@ -20,7 +18,7 @@ TEST(SettingsLock, RaisesTheSystemErrorWhenItsOwnerLocksItAgain) {
     FAIL() << "locked twice";
   } catch (const std::system_error& error) {
     EXPECT_EQ(error.code(), std::errc::resource_deadlock_would_occur);
-    EXPECT_THAT(error.what(), HasSubstr("resource deadlock would occur"));
+    EXPECT_STREQ(error.what(), "resource deadlock would occur");
   }
 }
 

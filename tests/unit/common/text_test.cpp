@@ -7,6 +7,12 @@
 
 #include "support/captured_log.h"
 
+#ifdef _WIN32
+#include <windows.h>
+
+#include "common/system_message.h"
+#endif
+
 namespace brisolte {
 namespace {
 
@@ -30,6 +36,7 @@ TEST(Path, EndsAtTheFirstNul) {
 #ifdef _WIN32
 
 using testing::CapturedLog;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 
 TEST(HResultText, AppendsTheSystemsMessageAsItStands) {
@@ -40,6 +47,20 @@ TEST(HResultText, AppendsTheSystemsMessageAsItStands) {
 
 TEST(HResultText, EndsAfterTheCodeWithoutASystemMessage) {
   EXPECT_EQ(HResultText(static_cast<std::int32_t>(0xA1234567)), "HRESULT: 0xa1234567");
+}
+
+TEST(SystemMessage, IsUtf8InEveryLanguage) {
+  // The German word for "invalid" has an umlaut.
+  EXPECT_THAT(SystemMessage(E_HANDLE, MAKELANGID(LANG_GERMAN, SUBLANG_GERMAN)), HasSubstr("ng\xC3\xBCltig"));
+}
+
+TEST(SystemTextToUtf8, ReadsWhatIsNotUtf8InTheAnsiCodePage) {
+  EXPECT_EQ(SystemTextToUtf8("ung\xFCltig"), "ung\xC3\xBCltig");
+}
+
+TEST(SystemTextToUtf8, KeepsUtf8) {
+  const std::string text = "a\xC3\xBC\xE6\xBC\xA2\xF0\x9F\x8E\xA5";
+  EXPECT_EQ(SystemTextToUtf8(text), text);
 }
 
 TEST(ToWide, ConvertsUtf8) {
