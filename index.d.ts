@@ -82,7 +82,10 @@ export type LogLevel = 0 | 1 | 2 | 3 | 4 | 5;
  * An argument of another type than the declared one, or out of range, throws an `Error`; numbers lose their fraction. What
  * goes wrong otherwise is told by a `false` result and a line on standard output.
  *
- * An instance that is collected as garbage ends its recording: keep a reference while it records.
+ * A recording goes on until `stopRecord`, also when nothing refers to its instance any more, or until its process or worker
+ * thread ends. When that announces its end with the event `exit`, what still records is stopped first, and its file completed.
+ *
+ * An instance has a Direct3D device of its own: make one and keep it, rather than one for each call.
  */
 export class Brisolte {
   /**
@@ -97,8 +100,8 @@ export class Brisolte {
    * Starts a recording into a new file in the output directory; see `getSaveFilePath`.
    *
    * @returns `false` when it cannot start; the log says why
-   * @throws {Error} when all parts of the recording were made but one would not start, or the file could not be prepared;
-   *   the instance can be used again
+   * @throws {Error} "resource deadlock would occur" when all parts of the recording were made but one would not start, or
+   *   the system's text when the file could not be prepared; the instance can be used again
    */
   startRecord(): boolean;
 

@@ -1,4 +1,5 @@
-// Makes random calls of every method, on several instances and threads, and compares each answer with what is documented.
+// Makes random calls of every method, on several instances and threads, and compares each answer with what is documented; and
+// ends worker threads in the middle of their calls while another recording must go on.
 // npm run hostile -- [--minutes N] [--seed N]: for so long, from that seed on; a seed alone makes its calls once.
 
 import { parseArgs } from 'node:util';

@@ -1,72 +1,132 @@
 #include "binding/capture.h"
 
+#include <cstdint>
 #include <exception>
+#include <stdexcept>
 #include <string>
 
 #include "binding/arguments.h"
+#include "binding/module_data.h"
 #include "binding/result_objects.h"
+#include "binding/script_access.h"
 #include "capture/codec_probe.h"
 #include "capture/windows_recording_parts.h"
-#include "common/logger.h"
+#include "common/guarded.h"
+#include "common/text.h"
 
 namespace brisolte {
 namespace {
 
-/// The array of what `list` gives. @throws Napi::Error with `prefix` and the text of what went wrong
+// About what a Direct3D device takes with its driver, at the least.
+constexpr std::int64_t kDeviceBytes = 32LL * 1024 * 1024;
+
+/// The array of what `list` gives. @throws std::runtime_error with `prefix` and the text of what went wrong
 template <typename List>
 Napi::Value ArrayOf(Napi::Env env, const std::string& prefix, List list) {
   try {
     return ToArray(env, list());
   } catch (const std::exception& error) {
-    throw Napi::Error::New(env, prefix + error.what());
+    throw std::runtime_error(prefix + error.what());
   }
 }
 
 }  // namespace
 
 Napi::Function Capture::Define(Napi::Env env) {
-  // Like the methods of a class written in JavaScript.
-  constexpr napi_property_attributes kMethod = napi_default_method;
   return DefineClass(env, "Capture",
                      {
-                         InstanceMethod<&Capture::StartRecord>("startRecord", kMethod),
-                         InstanceMethod<&Capture::StopRecord>("stopRecord", kMethod),
-                         InstanceMethod<&Capture::IsCapturing>("isCapturing", kMethod),
-                         InstanceMethod<&Capture::GetMonitors>("getMonitors", kMethod),
-                         InstanceMethod<&Capture::GetWindows>("getWindows", kMethod),
-                         InstanceMethod<&Capture::CaptureScreenshot>("captureScreenshot", kMethod),
-                         InstanceMethod<&Capture::SetMode>("setMode", kMethod),
-                         InstanceMethod<&Capture::SetMonitor>("setMonitor", kMethod),
-                         InstanceMethod<&Capture::SetMonitorByName>("setMonitorByName", kMethod),
-                         InstanceMethod<&Capture::SetWindow>("setWindow", kMethod),
-                         InstanceMethod<&Capture::SetRegion>("setRegion", kMethod),
-                         InstanceMethod<&Capture::SetFrameRate>("setFrameRate", kMethod),
-                         InstanceMethod<&Capture::SetOutputDir>("setOutputDir", kMethod),
-                         InstanceMethod<&Capture::SetEncoder>("setEncoder", kMethod),
-                         InstanceMethod<&Capture::SetBitrate>("setBitrate", kMethod),
-                         InstanceMethod<&Capture::SetCursorCapture>("setCursorCapture", kMethod),
-                         InstanceMethod<&Capture::SetBorderHighlight>("setBorderHighlight", kMethod),
-                         InstanceMethod<&Capture::SetLogLevel>("setLogLevel", kMethod),
-                         InstanceMethod<&Capture::GetLogLevel>("getLogLevel", kMethod),
-                         InstanceMethod<&Capture::GetSaveFilePath>("getSaveFilePath", kMethod),
-                         InstanceMethod<&Capture::GetMicrophones>("getMicrophones", kMethod),
-                         InstanceMethod<&Capture::GetSpeakers>("getSpeakers", kMethod),
-                         InstanceMethod<&Capture::SetMicrophoneDevice>("setMicrophoneDevice", kMethod),
-                         InstanceMethod<&Capture::SetSpeakerDevice>("setSpeakerDevice", kMethod),
-                         InstanceMethod<&Capture::SetAudioBitrate>("setAudioBitrate", kMethod),
-                         InstanceMethod<&Capture::GetSupportVideoCodec>("getSupportVideoCodec", kMethod),
+                         Method<&Capture::StartRecord>("startRecord"),
+                         Method<&Capture::StopRecord>("stopRecord"),
+                         Method<&Capture::IsCapturing>("isCapturing"),
+                         Method<&Capture::GetMonitors>("getMonitors"),
+                         Method<&Capture::GetWindows>("getWindows"),
+                         Method<&Capture::CaptureScreenshot>("captureScreenshot"),
+                         Method<&Capture::SetMode>("setMode"),
+                         Method<&Capture::SetMonitor>("setMonitor"),
+                         Method<&Capture::SetMonitorByName>("setMonitorByName"),
+                         Method<&Capture::SetWindow>("setWindow"),
+                         Method<&Capture::SetRegion>("setRegion"),
+                         Method<&Capture::SetFrameRate>("setFrameRate"),
+                         Method<&Capture::SetOutputDir>("setOutputDir"),
+                         Method<&Capture::SetEncoder>("setEncoder"),
+                         Method<&Capture::SetBitrate>("setBitrate"),
+                         Method<&Capture::SetCursorCapture>("setCursorCapture"),
+                         Method<&Capture::SetBorderHighlight>("setBorderHighlight"),
+                         Method<&Capture::SetLogLevel>("setLogLevel"),
+                         Method<&Capture::GetLogLevel>("getLogLevel"),
+                         Method<&Capture::GetSaveFilePath>("getSaveFilePath"),
+                         Method<&Capture::GetMicrophones>("getMicrophones"),
+                         Method<&Capture::GetSpeakers>("getSpeakers"),
+                         Method<&Capture::SetMicrophoneDevice>("setMicrophoneDevice"),
+                         Method<&Capture::SetSpeakerDevice>("setSpeakerDevice"),
+                         Method<&Capture::SetAudioBitrate>("setAudioBitrate"),
+                         Method<&Capture::GetSupportVideoCodec>("getSupportVideoCodec"),
                      });
 }
 
+template <Napi::Value (Capture::*method)(const Napi::CallbackInfo& info)>
+Napi::ClassPropertyDescriptor<Capture> Capture::Method(const char* name) {
+  // Like the methods of a class written in JavaScript.
+  return InstanceMethod<&Capture::Call<method>>(name, napi_default_method);
+}
+
+template <Napi::Value (Capture::*method)(const Napi::CallbackInfo& info)>
+Napi::Value Capture::Call(Info info) {
+  try {
+    return (this->*method)(info);
+  } catch (const ScriptFailure&) {
+    return {};
+  } catch (const Napi::Error&) {
+    throw;
+  } catch (const std::exception& error) {
+    throw Napi::Error::New(info.Env(), SystemTextToUtf8(error.what()));
+  }
+}
+
 Capture::Capture(const Napi::CallbackInfo& info)
-    : Napi::ObjectWrap<Capture>(info), controller_(CreateWindowsRecordingParts()) {}
+    : Napi::ObjectWrap<Capture>(info),
+      running_(info.Env().GetInstanceData<ModuleData>()->running),
+      weight_(info.Env(), kDeviceBytes),
+      controller_(CreateWindowsRecordingParts()) {}
+
+Capture::~Capture() {
+  running_->Remove(*this);
+}
+
+void Capture::StopAtExit() {
+  Guarded("Capture: ", "in StopAtExit", [this] {
+    const bool stopped = controller_.stopRecord();
+    HoldWhileCapturing();
+    return stopped;
+  });
+}
+
+void Capture::HoldWhileCapturing() {
+  const bool capturing = controller_.isCapturing();
+  if (capturing == held_) {
+    return;
+  }
+  held_ = capturing;
+  if (capturing) {
+    running_->Add(*this);
+    Ref();
+  } else {
+    running_->Remove(*this);
+    Unref();
+  }
+}
 
 Napi::Value Capture::StartRecord(Info info) {
-  return Napi::Boolean::New(info.Env(), controller_.startRecord());
+  info.Env().GetInstanceData<ModuleData>()->exitListener.Listen();
+  const bool started = controller_.startRecord();
+  HoldWhileCapturing();
+  return Napi::Boolean::New(info.Env(), started);
 }
 
 Napi::Value Capture::StopRecord(Info info) {
-  return Napi::Boolean::New(info.Env(), controller_.stopRecord());
+  const bool stopped = controller_.stopRecord();
+  HoldWhileCapturing();
+  return Napi::Boolean::New(info.Env(), stopped);
 }
 
 Napi::Value Capture::IsCapturing(Info info) {

@@ -2,20 +2,30 @@
 
 #include <napi.h>
 
+#include <memory>
+
+#include "binding/external_memory.h"
+#include "binding/running_captures.h"
 #include "capture/capture_controller.h"
 
 namespace brisolte {
 
 /// The class that scripts instantiate: checks arguments, calls the controller and makes JavaScript values of
 /// results. What it throws and what the controller raises arrives in JavaScript as an `Error` with its text.
-/// Lives on the thread of its environment; the collector destroys it, and with it a recording that still
-/// runs.
+/// Lives on the thread of its environment. The collector destroys it, but not while it records: only
+/// stopRecord or the end of the environment ends a recording.
 class Capture final : public Napi::ObjectWrap<Capture> {
  public:
   /// Makes the class for an environment.
   static Napi::Function Define(Napi::Env env);
 
   explicit Capture(const Napi::CallbackInfo& info);
+  Capture(const Capture&) = delete;
+  Capture& operator=(const Capture&) = delete;
+  ~Capture() override;
+
+  /// Ends the recording when its environment announces its end. Logs what goes wrong.
+  void StopAtExit();
 
  private:
   using Info = const Napi::CallbackInfo&;
@@ -47,6 +57,21 @@ class Capture final : public Napi::ObjectWrap<Capture> {
   Napi::Value SetAudioBitrate(Info info);
   Napi::Value GetSupportVideoCodec(Info info);
 
+  /// Describes a method of the class.
+  template <Napi::Value (Capture::*method)(Info)>
+  static Napi::ClassPropertyDescriptor<Capture> Method(const char* name);
+
+  /// Calls a method; what the controller raises becomes an error with a text that JavaScript can show, and
+  /// what the script itself raised stays as it is.
+  template <Napi::Value (Capture::*method)(Info)>
+  Napi::Value Call(Info info);
+
+  /// Keeps the collector from this instance exactly while it records.
+  void HoldWhileCapturing();
+
+  const std::shared_ptr<RunningCaptures> running_;
+  bool held_ = false;
+  const ExternalMemory weight_;
   CaptureController controller_;
 };
 

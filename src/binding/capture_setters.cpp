@@ -6,6 +6,7 @@
 
 #include "binding/arguments.h"
 #include "binding/capture.h"
+#include "binding/script_access.h"
 #include "common/logger.h"
 
 namespace brisolte {
@@ -14,15 +15,16 @@ namespace {
 // One sentence for two methods; scripts know it as it stands.
 constexpr auto kOutputPathText = "Setting output file path requires a string parameter";
 
-/// Runs the script's own code (getters, proxies).
+/// Runs the script's own code (getters, proxies). @throws Napi::Error, ScriptFailure
 CaptureRegion RegionFrom(const Napi::CallbackInfo& info, const Napi::Object& object) {
   constexpr std::array kNames = {"left", "top", "width", "height"};
   for (const char* name : kNames) {
-    Require(info, object.Has(name), "Region object must contain left, top, width, height properties");
+    Require(info, HasProperty(object, name),
+            "Region object must contain left, top, width, height properties");
   }
   std::array<std::int32_t, kNames.size()> values{};
   for (std::size_t i = 0; i < kNames.size(); ++i) {
-    const Napi::Value value = object.Get(kNames[i]);
+    const Napi::Value value = GetProperty(object, kNames[i]);
     Require(info, value.IsNumber(), "A number was expected");
     values[i] = value.As<Napi::Number>().Int32Value();
   }

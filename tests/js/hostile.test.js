@@ -20,6 +20,7 @@ const minutes = given('BRISOLTE_HOSTILE_MINUTES');
 const randomSeed = () => Math.floor(Math.random() * 2 ** 31);
 
 const SEQUENCES = 20;
+const WORKERS = 60;
 
 // What random calls can name.
 function deskWith(window) {
@@ -98,23 +99,76 @@ test('texts of many megabytes are taken or refused like short ones', async () =>
   value.refused.forEach((answer) => assert.ok(answer === false || answer === 'an error', String(answer)));
 });
 
+test('a script whose time is over in the middle of a call leaves the instance usable', async () => {
+  const { value } = await scenario(
+    ({ Brisolte, require: load }, { dir }) => {
+      const { runInNewContext } = load('node:vm');
+      const capture = new Brisolte();
+      capture.setOutputDir(dir);
+      capture.setMode(-1);
+      const timeOut = (source) => {
+        try {
+          return runInNewContext(source, { capture }, { timeout: 100 });
+        } catch (error) {
+          return error.code;
+        }
+      };
+      const answers = [timeOut('capture.setRegion({ get left() { for (;;); }, top: 0, width: 64, height: 48 })')];
+      process.removeAllListeners('exit');
+      const endless = () => {
+        for (;;);
+      };
+      process.on('newListener', endless);
+      answers.push(timeOut('capture.startRecord()'), capture.isCapturing());
+      process.off('newListener', endless);
+      return [...answers, capture.startRecord(), capture.stopRecord(), process.listenerCount('exit')];
+    },
+    { dir: scratchFolder() },
+  );
+  const timedOut = 'ERR_SCRIPT_EXECUTION_TIMEOUT';
+  assert.deepEqual(value, [timedOut, timedOut, false, true, true, 1]);
+});
+
+/** Ends so many worker threads in the middle of their calls, from this seed on. */
+async function endWorkers(t, seed, times = WORKERS) {
+  const window = await openPattern(t, { title: 'Ended workers', x: 20, y: 20, width: 320, height: 192 });
+  const scratch = scratchFolder();
+  const { value } = await scenario(
+    ({ Brisolte, packageFolder, require: load }, job) =>
+      load(`${packageFolder}/tests/js/support/hostile/terminated`).endWorkers(Brisolte, job),
+    { seed, times, scratch, desk: deskWith(window), progress: window.progress },
+    { within: 300000 },
+  );
+  t.diagnostic(`seed ${seed}, ended: ${JSON.stringify(value.ended)}`);
+  assert.deepEqual([value.started, value.stopped], [true, true], 'the recording of the main thread goes on to its end');
+  assert.equal(Object.values(value.ended).reduce((sum, count) => sum + count), times);
+  media.assertWhole([value.file]);
+  fs.rmSync(scratch, { recursive: true, force: true });
+}
+
 if (minutes !== undefined) {
   test(`random calls for ${minutes} minutes are answered as documented`, async (t) => {
     const end = Date.now() + minutes * 60000;
     const first = chosenSeed ?? randomSeed();
     let rounds = 0;
     for (; Date.now() < end; rounds += 1) {
-      await makeCalls(t, first + rounds * SEQUENCES, { threads: 1 + (rounds % 3) });
+      const seed = first + rounds * SEQUENCES;
+      await makeCalls(t, seed, { threads: 1 + (rounds % 3) });
+      await endWorkers(t, seed);
     }
-    t.diagnostic(`${rounds * SEQUENCES} sequences from seed ${first}`);
+    t.diagnostic(`${rounds * SEQUENCES} sequences and ${rounds * WORKERS} ended workers from seed ${first}`);
   });
 } else if (chosenSeed !== undefined) {
   test(`the random calls of seed ${chosenSeed} are answered as documented`, (t) =>
     makeCalls(t, chosenSeed, { sequences: 1 }));
+  test(`worker threads that are ended in the middle of their calls, from seed ${chosenSeed}, end nothing else`, (t) =>
+    endWorkers(t, chosenSeed));
 } else {
   const own = randomSeed();
   test(`random calls are answered as documented, from seed ${FIXED_SEED}`, (t) => makeCalls(t, FIXED_SEED));
   test(`random calls are answered as documented, from seed ${own}`, (t) => makeCalls(t, own));
   test(`random calls on three threads are answered as documented, from seed ${own + SEQUENCES}`, (t) =>
     makeCalls(t, own + SEQUENCES, { threads: 3 }));
+  test(`worker threads that are ended in the middle of their calls, from seed ${own}, end nothing else`, (t) =>
+    endWorkers(t, own));
 }

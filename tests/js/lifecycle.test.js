@@ -114,10 +114,10 @@ test('fifty recordings that are stopped at once leave the next one whole', async
   assertRecording(value.recording, { picture: window.picture });
 });
 
-test('an instance that is collected while it records completes its file', async (t) => {
-  const window = await openPattern(t, { title: 'Collected', ...SMALL });
+test('an instance that nobody refers to records on, to the end of the process', async (t) => {
+  const window = await openPattern(t, { title: 'Unreferenced', ...SMALL });
   const { value, log } = await scenario(
-    async ({ Brisolte, log: live, painted, paintedMore, waitFor }, { dir, handle, progress }) => {
+    async ({ Brisolte, log: live, painted, paintedMore }, { dir, handle, progress }) => {
       let collected = false;
       const registry = new FinalizationRegistry(() => (collected = true));
       const begin = () => {
@@ -130,17 +130,47 @@ test('an instance that is collected while it records completes its file', async 
       const before = painted(progress);
       const [started, file] = begin();
       await live.line('First Video frame arrived at: ');
-      await paintedMore(progress, 30);
-      await waitFor('the collection', () => global.gc() ?? collected);
-      await live.line('FFmpegEncoder: Destructor completed');
-      return { started, file, painted: [before, painted(progress)] };
+      for (let i = 0; i < 6; i += 1) {
+        global.gc();
+        await paintedMore(progress, 10);
+      }
+      return { started, file, collected, painted: [before, painted(progress) + 600] };
     },
     { dir: scratchFolder(), handle: window.handle, progress: window.progress },
     { nodeOptions: ['--expose-gc'] },
   );
-  assert.equal(value.started, true);
+  assert.deepEqual([value.started, value.collected], [true, false]);
   assert.ok(log.has('INFO', 'FFmpegEncoder: Trailer written successfully, output file closed'), log.text);
-  assertRecording(value, { picture: window.picture });
+  const { numbers } = assertRecording(value, { picture: window.picture });
+  // To the last picture, not only to the first collection.
+  assert.ok(numbers.length > 20, `${numbers.length} frames of 60 pictures`);
+});
+
+test('an instance can be collected once its recording has stopped', async (t) => {
+  const window = await openPattern(t, { title: 'Stopped', ...SMALL });
+  const { value } = await scenario(
+    async ({ Brisolte, paintedMore, waitFor }, { dir, handle, progress }) => {
+      let collected = false;
+      const registry = new FinalizationRegistry(() => (collected = true));
+      let capture = new Brisolte();
+      registry.register(capture);
+      capture.setOutputDir(dir);
+      capture.setWindow(handle);
+      const answers = [];
+      for (let i = 0; i < 2; i += 1) {
+        // Both are refused, and change nothing about who holds it.
+        answers.push(capture.stopRecord(), capture.startRecord(), capture.startRecord());
+        await paintedMore(progress, 10);
+        answers.push(capture.stopRecord());
+      }
+      capture = undefined;
+      await waitFor('the collection', () => global.gc() ?? collected);
+      return answers;
+    },
+    { dir: scratchFolder(), handle: window.handle, progress: window.progress },
+    { nodeOptions: ['--expose-gc'] },
+  );
+  assert.deepEqual(value, [false, true, false, true, false, true, false, true]);
 });
 
 test('a failed start leaves nothing that keeps an instance from being collected', async () => {

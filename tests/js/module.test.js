@@ -92,6 +92,51 @@ test('the log level decides which lines are written', async () => {
   assert.deepEqual(value, [both, both, both, ['ERROR'], ['ERROR'], []]);
 });
 
+test('the log level lives as long as the process, also when only worker threads load the module', async () => {
+  const program = scratchFile('js');
+  fs.writeFileSync(
+    program,
+    `const { Worker, isMainThread, parentPort, workerData } = require('node:worker_threads');
+    const inWorker = (level) => new Promise((resolve, reject) => {
+      const worker = new Worker(__filename, { workerData: { level } });
+      let answer;
+      worker.on('message', (message) => { answer = message; });
+      worker.on('error', reject);
+      worker.on('exit', () => resolve(answer));
+    });
+    if (isMainThread) {
+      inWorker(5).then((first) => inWorker().then((second) => console.log(JSON.stringify([first, second]))));
+    } else {
+      const { Brisolte } = require(process.env.BRISOLTE_TESTED);
+      const capture = new Brisolte();
+      if (workerData.level !== undefined) {
+        capture.setLogLevel(workerData.level);
+      }
+      parentPort.postMessage(capture.getLogLevel());
+    }`,
+  );
+  const env = { ...process.env, BRISOLTE_TESTED: packageFolder };
+  const { exitCode, output, errors } = await runNode([program], { env });
+  assert.deepEqual([exitCode, output.trim()], [0, '[5,5]'], errors);
+});
+
+test('instances that are dropped do not pile up before the collector looks for them', async () => {
+  const { value } = await scenario(async ({ Brisolte: Capture }) => {
+    let collected = 0;
+    const registry = new FinalizationRegistry(() => (collected += 1));
+    let most = 0;
+    for (let made = 1; made <= 40; made += 1) {
+      const capture = new Capture();
+      registry.register(capture);
+      capture.getMonitors();
+      await new Promise((resolve) => setTimeout(resolve, 10));
+      most = Math.max(most, made - collected);
+    }
+    return most;
+  });
+  assert.ok(value <= 20, `${value} instances of 40 at once`);
+});
+
 test('many instances may live at once and be collected', async () => {
   const { value } = await scenario(
     async ({ Brisolte: Capture, waitFor }) => {

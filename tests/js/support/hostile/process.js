@@ -34,7 +34,8 @@ async function runSeeds(Brisolte, { thread, scratch, desk, progress, alone = fal
   const shared = alone ? { level: new Brisolte().getLogLevel() } : {};
   const rest = () => Promise.race([paintedMore(progress, 2), turn()]);
   for (const seed of thread.seeds) {
-    const failure = await runSequence(Brisolte, seed, { desk, shared, scratch, journal: thread.journal, rest });
+    const last = seed === thread.seeds.at(-1);
+    const failure = await runSequence(Brisolte, seed, { desk, shared, scratch, journal: thread.journal, rest, last });
     if (failure) {
       return { seed, failure, calls: fs.readFileSync(thread.journal, 'utf8') };
     }

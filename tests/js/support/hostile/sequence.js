@@ -119,10 +119,11 @@ function outcomeOf(call) {
  *   shared: as Model takes it;
  *   scratch: the folder for files;
  *   journal: the file in which every call is noted before it is made;
- *   rest: gives the threads of recordings time
+ *   rest: gives the threads of recordings time;
+ *   last: leaves a recording that runs to the end of the thread
  * @returns {Promise<string|undefined>} what went wrong
  */
-async function runSequence(Brisolte, seed, { desk, shared, scratch, journal, rest }) {
+async function runSequence(Brisolte, seed, { desk, shared, scratch, journal, rest, last }) {
   const noted = fs.openSync(journal, 'w');
   const tell = (line) => fs.writeSync(noted, `${line}\n`);
   tell(`seed ${seed}`);
@@ -142,8 +143,9 @@ async function runSequence(Brisolte, seed, { desk, shared, scratch, journal, res
         await rest();
       }
     }
-    // The others are left to the collector, some of them in the middle of a recording.
-    instances[0].call(instances[0].model.capturing ? 'stopRecord' : 'isCapturing', []);
+    // What still records then, records until its thread ends.
+    const stopped = last ? instances.slice(1) : instances;
+    stopped.forEach((instance) => instance.call(instance.model.capturing ? 'stopRecord' : 'isCapturing', []));
   } catch (error) {
     return error instanceof Mismatch ? error.message : error.stack;
   } finally {
