@@ -8,6 +8,10 @@ namespace {
 /// A file may have 259 characters; a folder, only so many that a short name finds room in it.
 constexpr std::size_t kLongestPlainPath = 247;
 
+/// Beyond this nothing can be, in whatever form; the system counts a path's bytes in 16 bits, and behind
+/// `\\?\` not every one looks before it does.
+constexpr std::size_t kLongestPath = 32'700;
+
 }  // namespace
 
 bool IsVerbatim(const std::wstring& path) {
@@ -15,7 +19,8 @@ bool IsVerbatim(const std::wstring& path) {
 }
 
 std::wstring LongPath(const std::wstring& path) {
-  if (path.size() <= kLongestPlainPath || IsVerbatim(path) || path.starts_with(LR"(\\.\)")) {
+  const bool asItIs = path.size() <= kLongestPlainPath || path.size() > kLongestPath;
+  if (asItIs || IsVerbatim(path) || path.starts_with(LR"(\\.\)")) {
     return path;
   }
   if (path.starts_with(LR"(\\)")) {

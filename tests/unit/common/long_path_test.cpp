@@ -31,6 +31,11 @@ TEST(LongPath, LeavesWhatIsMarkedAlready) {
   }
 }
 
+TEST(LongPath, LeavesWhatNoFileSystemHolds) {
+  const std::wstring path = PathOf(40'000, LR"(C:\)");
+  EXPECT_EQ(LongPath(path), path);
+}
+
 TEST(LongPath, LeavesWhatIsNotFull) {
   for (const std::wstring beginning : {L"", L"folder\\", L"\\", L"C:", L"C:folder\\"}) {
     const std::wstring path = PathOf(70000, beginning);
