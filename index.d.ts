@@ -195,7 +195,8 @@ export class Brisolte {
   setRegion(region: Region): boolean;
 
   /**
-   * Sets how many frames a second are recorded at most. A picture that does not change is not recorded again.
+   * Sets how many frames a second are recorded at most. A picture that does not change is not recorded again, but
+   * for the last one, which is shown until `stopRecord`, and in pauses of more than five minutes.
    *
    * @param framesPerSecond 1 to 120; 30 at first
    * @returns `false` while a recording runs

@@ -27,6 +27,7 @@ struct VideoFrame {
   std::int64_t timestamp = 0;  ///< milliseconds since the recording's first frame
   std::int64_t duration = 0;   ///< milliseconds since the accepted frame before
   bool mapped = false;         ///< `pixels` is valid
+  std::int64_t delay = 0;      ///< milliseconds from its capture to its delivery; 0 also when unknown
 };
 
 }  // namespace brisolte

@@ -1,5 +1,6 @@
 #include "video/video_capture.h"
 
+#include <chrono>
 #include <exception>
 #include <string>
 #include <utility>
@@ -12,6 +13,16 @@ namespace {
 
 constexpr std::int64_t kTicksPerMillisecond = 10'000;
 constexpr auto kUnspecifiedFailure = static_cast<std::int32_t>(0x80004005);
+
+/// The milliseconds since a frame's capture. Its time and the steady clock both come from the system's
+/// performance counter, by what the platform documents of the one and its C++ libraries do for the other; an
+/// answer that no frame's delivery takes says that they do not, and counts as unknown.
+std::int64_t DelaySince(std::int64_t capturedMs) {
+  constexpr std::int64_t kLongestDelay = 10'000;
+  const auto now = std::chrono::steady_clock::now().time_since_epoch();
+  const std::int64_t delay = std::chrono::duration_cast<std::chrono::milliseconds>(now).count() - capturedMs;
+  return delay >= 0 && delay <= kLongestDelay ? delay : 0;
+}
 
 }  // namespace
 
@@ -103,15 +114,16 @@ void VideoCapture::OnFrameArrived() {
     Logger::Info("First Video frame arrived at: " + std::to_string(nowMs));
   }
   if (arrival.accepted) {
-    Deliver(*captured, *arrival.accepted);
+    Deliver(*captured, *arrival.accepted, nowMs);
   }
 }
 
-void VideoCapture::Deliver(CapturedFrame& captured, const FrameTiming& timing) {
+void VideoCapture::Deliver(CapturedFrame& captured, const FrameTiming& timing, std::int64_t capturedMs) {
   VideoFrame frame;
   const bool converted = captured.SurfaceFromFrame(frame, timing);
   captured.Close();
   if (converted) {
+    frame.delay = DelaySince(capturedMs);
     encoder_->ProcessFrameAsync(frame);
     ++framesProcessed_;
   }

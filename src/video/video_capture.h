@@ -65,7 +65,7 @@ class VideoCapture final : public CaptureSource {
 
   std::int32_t HandleFrameArrived();
   void OnFrameArrived();
-  void Deliver(CapturedFrame& captured, const FrameTiming& timing);
+  void Deliver(CapturedFrame& captured, const FrameTiming& timing, std::int64_t capturedMs);
 
   bool initialized_ = false;
   const CaptureSettings settings_;

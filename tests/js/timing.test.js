@@ -4,9 +4,10 @@ const assert = require('node:assert/strict');
 const { test } = require('node:test');
 const { assertRecording } = require('./support/check');
 const { openPattern } = require('./support/desktop');
-const { frames } = require('./support/media');
+const { describe, frames } = require('./support/media');
 const { assertPicture } = require('./support/pattern');
 const { record } = require('./support/recording');
+const { microphone } = require('./support/sound');
 
 const SOURCE_FPS = 60;
 
@@ -31,11 +32,28 @@ for (const { fps, pictures } of [
     assert.ok(packets.length >= 3, `${packets.length} frames`);
 
     const [before, after] = recording.painted;
-    assert.ok(packets.length <= after - before + 2, 'more frames than the source painted');
-    assert.equal(new Set(numbers).size, numbers.length, 'no picture is recorded twice');
+    // The last picture is recorded once more at the stop.
+    assert.ok(packets.length <= after - before + 3, 'more frames than the source painted');
+    assertNoneTwice(numbers);
     assertKeyFrames(packets, fps);
+    assertLasted(recording, fps);
     assertComplete(recording.log, packets);
   });
+}
+
+// Only the last picture is shown again, until the stop.
+function assertNoneTwice(numbers) {
+  const others = numbers.slice(0, -1);
+  assert.equal(new Set(others).size, others.length, 'no picture is recorded twice');
+}
+
+// The file is as long as the recording, to within one frame; the stop is somewhere in the call of stopRecord.
+function assertLasted({ file, lasted: [called, returned] }, fps) {
+  const { format, video } = describe(file);
+  for (const seconds of [video.duration, format.duration].filter(Boolean)) {
+    const off = `${1000 * seconds} ms of ${called} to ${returned} ms`;
+    assert.ok(1000 * seconds >= called - 1000 / fps && 1000 * seconds <= returned + 1000 / fps, off);
+  }
 }
 
 // One second's frames at most from one key frame to the next.
@@ -47,7 +65,7 @@ function assertKeyFrames(packets, fps) {
   });
 }
 
-// What the capture handed over before it stopped is in the file; a frame may still have been on its way.
+// What the capture handed over before it stopped is in the file, and the last picture once more where it was not shown until the stop.
 function assertComplete(log, packets) {
   const [, processed] = log.text.match(/Video Capture stopped,trigger count \d+ , total frames processed: (\d+)/);
   const count = Number(processed);
@@ -59,16 +77,27 @@ test('a source slower than the frame rate gives its own frames, none twice', asy
   const settings = [['setWindow', window.handle], ['setFrameRate', 60]]; // prettier-ignore
   const recording = await record({ window, settings, pictures: 8 });
   const { numbers } = assertRecording(recording, { picture: window.picture });
-  assert.equal(new Set(numbers).size, numbers.length);
+  assertNoneTwice(numbers);
   assert.ok(numbers.length >= 4, `${numbers.length} frames`);
 });
 
-test('a still window gives a recording that can be played', async (t) => {
-  const window = await openPattern(t, { title: 'Still', x: 20, y: 20, width: 320, height: 192 });
-  await window.command('pause');
-  const mover = await openPattern(t, { title: 'Clock', x: 500, y: 300, width: 100, height: 100 });
-  const recording = await record({ window: mover, settings: [['setWindow', window.handle]] });
-  const shown = frames(recording.file);
-  assert.ok(shown.length >= 1);
-  shown.forEach((frame) => assertPicture(frame, { picture: window.picture }));
-});
+for (const { name, encoder, fps, sound } of [
+  { name: 'an MP4', encoder: 'libx264', fps: 30 },
+  { name: 'an MP4 with sound', encoder: 'libx264', fps: 30, sound: true },
+  { name: 'a MOV with sound', encoder: 'prores_ks', fps: 30, sound: true },
+  { name: 'a WebM', encoder: 'libvpx', fps: 30 },
+  { name: 'an AVI', encoder: 'mjpeg', fps: 30 },
+  { name: 'an AVI with sound', encoder: 'mjpeg', fps: 30, sound: true },
+]) {
+  test(`${name} of a still window lasts as long as it was recorded`, async (t) => {
+    const window = await openPattern(t, { title: 'Still', x: 20, y: 20, width: 320, height: 192 });
+    await window.command('pause');
+    const mover = await openPattern(t, { title: 'Clock', x: 500, y: 300, width: 100, height: 100 });
+    const settings = [['setWindow', window.handle], ['setEncoder', encoder], ['setFrameRate', fps], ...(sound ? [microphone()] : [])]; // prettier-ignore
+    const recording = await record({ window: mover, settings });
+    assertLasted(recording, fps);
+    const shown = frames(recording.file);
+    assert.ok(shown.length >= 2, `${shown.length} frames`);
+    shown.forEach((frame) => assertPicture(frame, { picture: window.picture, exact: false, tolerance: 20 }));
+  });
+}

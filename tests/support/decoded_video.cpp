@@ -48,6 +48,18 @@ CodecContextPtr OpenDecoder(const AVStream& stream) {
   return decoder;
 }
 
+using InputPtr = std::unique_ptr<AVFormatContext, InputDeleter>;
+
+InputPtr OpenInput(const std::string& path) {
+  AVFormatContext* raw = nullptr;
+  Check(avformat_open_input(&raw, path.c_str(), nullptr, nullptr), "opening " + path);
+  return InputPtr(raw);
+}
+
+int VideoIndex(AVFormatContext& input) {
+  return Check(av_find_best_stream(&input, AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0), "video stream");
+}
+
 void Describe(const AVStream& stream, int configuration, DecodedVideo& video) {
   video.codec = avcodec_get_name(stream.codecpar->codec_id);
   video.tag = av_fourcc2str(stream.codecpar->codec_tag);
@@ -80,22 +92,22 @@ Yuv DecodedFrame::At(int x, int y) const {
 }
 
 DecodedVideo ReadVideo(const std::string& path) {
-  AVFormatContext* raw = nullptr;
-  Check(avformat_open_input(&raw, path.c_str(), nullptr, nullptr), "opening " + path);
-  const std::unique_ptr<AVFormatContext, InputDeleter> input(raw);
+  const InputPtr input = OpenInput(path);
   // What is in the file itself: FFmpeg makes up for what it lacks as it reads the first pictures.
   std::vector<int> configurations;
   for (const AVStream* const each : std::span(input->streams, input->nb_streams)) {
     configurations.push_back(each->codecpar->extradata_size);
   }
   Check(avformat_find_stream_info(input.get(), nullptr), "reading stream information");
-  const int index =
-      Check(av_find_best_stream(input.get(), AVMEDIA_TYPE_VIDEO, -1, -1, nullptr, 0), "video stream");
+  const int index = VideoIndex(*input);
   const AVStream& stream = *input->streams[index];
   const CodecContextPtr decoder = OpenDecoder(stream);
 
   DecodedVideo video;
   video.streams = input->nb_streams;
+  video.seconds = stream.duration != AV_NOPTS_VALUE
+                      ? static_cast<double>(stream.duration) * av_q2d(stream.time_base)
+                      : static_cast<double>(input->duration) / AV_TIME_BASE;
   const PacketPtr packet(av_packet_alloc());
   while (av_read_frame(input.get(), packet.get()) >= 0) {
     if (packet->stream_index == index) {
@@ -113,6 +125,32 @@ DecodedVideo ReadVideo(const std::string& path) {
   TakeFrames(*decoder, stream.time_base, video);
   Describe(stream, configurations.at(static_cast<std::size_t>(index)), video);
   return video;
+}
+
+DecodedFrame SeekPicture(const std::string& path, double seconds) {
+  const InputPtr input = OpenInput(path);
+  Check(avformat_find_stream_info(input.get(), nullptr), "reading stream information");
+  const int index = VideoIndex(*input);
+  const AVStream& stream = *input->streams[index];
+  const CodecContextPtr decoder = OpenDecoder(stream);
+  const auto time = static_cast<std::int64_t>(seconds / av_q2d(stream.time_base));
+  Check(av_seek_frame(input.get(), index, time, AVSEEK_FLAG_BACKWARD), "seeking");
+
+  DecodedVideo video;
+  const PacketPtr packet(av_packet_alloc());
+  while (av_read_frame(input.get(), packet.get()) >= 0 && packet->pts <= time) {
+    if (packet->stream_index == index) {
+      Check(avcodec_send_packet(decoder.get(), packet.get()), "sending a packet");
+      TakeFrames(*decoder, stream.time_base, video);
+    }
+    av_packet_unref(packet.get());
+  }
+  Check(avcodec_send_packet(decoder.get(), nullptr), "ending the decoding");
+  TakeFrames(*decoder, stream.time_base, video);
+  if (video.frames.empty()) {
+    throw std::runtime_error("nothing is shown");
+  }
+  return std::move(video.frames.back());
 }
 
 }  // namespace brisolte::testing

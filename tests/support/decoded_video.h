@@ -32,7 +32,8 @@ struct DecodedVideo {
   std::string handlerName;
   std::string language;
   unsigned streams = 0;
-  std::vector<double> packetSeconds;    ///< presentation times in the file's order
+  double seconds = 0;                 ///< how long it lasts, as the container says of it or of the whole file
+  std::vector<double> packetSeconds;  ///< presentation times in the file's order
   std::vector<double> keyFrameSeconds;  ///< those of them that start a decodable run
   std::vector<DecodedFrame> frames;
 };
@@ -40,5 +41,9 @@ struct DecodedVideo {
 /// Reads the only video stream of a file (UTF-8 path). Raises std::runtime_error saying what is wrong with
 /// the file.
 DecodedVideo ReadVideo(const std::string& path);
+
+/// The picture that is shown at a time of the file, found as players find it: by seeking to the key frame
+/// before. Raises as `ReadVideo` does.
+DecodedFrame SeekPicture(const std::string& path, double seconds);
 
 }  // namespace brisolte::testing

@@ -8,17 +8,10 @@
 #include "common/logger.h"
 
 namespace brisolte {
-namespace {
 
-std::int64_t MillisecondsSince(std::chrono::steady_clock::time_point time) {
-  const auto elapsed = std::chrono::steady_clock::now() - time;
-  return std::chrono::duration_cast<std::chrono::milliseconds>(elapsed).count();
-}
-
-}  // namespace
-
-FFmpegEncoder::FFmpegEncoder(CaptureSettings settings)
+FFmpegEncoder::FFmpegEncoder(CaptureSettings settings, SteadyNow now)
     : settings_(std::move(settings)),
+      now_(std::move(now)),
       microphone_(MakeAudioStream("microphone")),
       speaker_(MakeAudioStream("speaker")) {
   if (settings_.outputFilePath.empty()) {
@@ -29,8 +22,10 @@ FFmpegEncoder::FFmpegEncoder(CaptureSettings settings)
 }
 
 AudioStream FFmpegEncoder::MakeAudioStream(const std::string& name) {
+  using std::chrono::milliseconds;
   return {name,
-          {[this] { return AcceptsAudio(); }, [this] { return MillisecondsSince(startTime_); },
+          {[this] { return AcceptsAudio(); },
+           [this] { return std::chrono::duration_cast<milliseconds>(now_() - startTime_).count(); },
            [this](const AVPacket& packet) {
              return writer_.EnqueuePacket(&packet, packet.stream_index, false);
            }}};
@@ -65,7 +60,7 @@ bool FFmpegEncoder::Start() {
   Logger::Info("Audio capture starting with timestamp: " + std::to_string(WallClockMilliseconds()) + " ms");
   {
     const std::scoped_lock audio(audioMutex_);
-    startTime_ = std::chrono::steady_clock::now();
+    startTime_ = now_();
   }
   writer_.Start([this](AVPacket& packet) { return file_.WritePacket(packet); }, [this] { file_.Flush(); });
   return true;
@@ -79,12 +74,13 @@ void FFmpegEncoder::WriteHeader() {
 }
 
 bool FFmpegEncoder::Stop() {
+  const CaptureClock::Moment stopped = now_();
   const std::scoped_lock lifecycle(lifecycleMutex_);
   if (!writer_.running()) {
     return false;
   }
   stopping_ = true;
-  DrainStreams();
+  DrainStreams(stopped);
   writer_.Stop();
   stopping_ = false;
   file_.Finalize();
@@ -92,10 +88,14 @@ bool FFmpegEncoder::Stop() {
   return true;
 }
 
-void FFmpegEncoder::DrainStreams() {
-  Guarded("", "in Stop", [this] {
+void FFmpegEncoder::DrainStreams(CaptureClock::Moment stopped) {
+  Guarded("", "in Stop", [&] {
+    const auto enqueue = [this](const AVPacket& packet) { return EnqueueVideoPacket(packet); };
     const std::scoped_lock video(videoMutex_);
-    video_.Drain([this](const AVPacket& packet) { return EnqueueVideoPacket(packet); });
+    if (const auto end = captureClock_.TimeAt(stopped)) {
+      video_.ShowUntil(*end, enqueue);
+    }
+    video_.Drain(enqueue);
     return true;
   });
   Guarded("", "in Stop", [this] {
@@ -129,7 +129,9 @@ bool FFmpegEncoder::GetPixelFormat() {
 }
 
 bool FFmpegEncoder::ProcessFrameAsync(const VideoFrame& frame) {
+  const CaptureClock::Moment arrival = now_();
   const std::scoped_lock video(videoMutex_);
+  captureClock_.FrameArrived(frame, arrival);
   return Guarded("", "in ProcessFrameAsync", [&] {
     return video_.EncodeFrame(frame, [this](const AVPacket& packet) { return EnqueueVideoPacket(packet); });
   });

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "capture/capture_settings.h"
+#include "encoder/capture_clock.h"
 #include "encoder/encoder.h"
 #include "encoder/ffmpeg/audio_stream.h"
 #include "encoder/ffmpeg/output_file.h"
@@ -21,8 +22,8 @@ namespace brisolte {
 /// Any call may come in any order; beyond what `Encoder` asks for, each may also come from any thread.
 class FFmpegEncoder final : public Encoder {
  public:
-  /// Runs `Initialize` when the settings name a file. Raises what it raises.
-  explicit FFmpegEncoder(CaptureSettings settings);
+  /// Runs `Initialize` when the settings name a file. Raises what it raises. `now` may be a test's clock.
+  explicit FFmpegEncoder(CaptureSettings settings, SteadyNow now = std::chrono::steady_clock::now);
 
   FFmpegEncoder(const FFmpegEncoder&) = delete;
   FFmpegEncoder& operator=(const FFmpegEncoder&) = delete;
@@ -37,8 +38,8 @@ class FFmpegEncoder final : public Encoder {
   /// fails to be written) and when it runs already. Raises std::system_error when the system gives no thread.
   bool Start() override;
 
-  /// Takes what the encoders still hold and what is left of the sound, waits until everything is written and
-  /// finalizes the file.
+  /// Hands the last picture in once more, so that it is shown until now, takes what the encoders still hold
+  /// and what is left of the sound, waits until everything is written and finalizes the file.
   bool Stop() override;
 
   /// True when at least one packet was queued; false also when the encoder keeps the frame for now.
@@ -60,7 +61,7 @@ class FFmpegEncoder final : public Encoder {
  private:
   void WriteHeader();
   bool EnqueueVideoPacket(const AVPacket& packet);
-  void DrainStreams();
+  void DrainStreams(CaptureClock::Moment stopped);
 
   bool AcceptsAudio() const { return writer_.running() && !stopping_; }
   AudioStream MakeAudioStream(const std::string& name);
@@ -68,12 +69,14 @@ class FFmpegEncoder final : public Encoder {
   AudioStream* FindAudioStream(const std::string& name);
 
   const CaptureSettings settings_;
+  const SteadyNow now_;
   // Taken in this order.
   std::mutex lifecycleMutex_;  ///< guards `file_` but for the writer thread's writing
-  std::mutex videoMutex_;      ///< guards `video_` and what it shares with `file_`
+  std::mutex videoMutex_;      ///< guards `video_`, what it shares with `file_`, `captureClock_`
   std::mutex audioMutex_;      ///< guards the audio streams, what they share with `file_`, `startTime_`
   OutputFile file_;
   VideoStream video_;
+  CaptureClock captureClock_;
   AudioStream microphone_;
   AudioStream speaker_;
   std::chrono::steady_clock::time_point startTime_;

@@ -187,6 +187,7 @@ void VideoStream::Release() {
   scaler_.reset();
   context_.reset();
   holdsFrames_ = false;
+  repeatable_ = false;
 }
 
 bool VideoStream::GetPixelFormat() const {
@@ -244,11 +245,39 @@ bool VideoStream::FillFromBgra(const MappedPixels& pixels) {
 }
 
 bool VideoStream::EncodeFrame(const VideoFrame& frame, const Enqueue& enqueue) {
+  FillPause(frame.timestamp, enqueue);
   if (!FillVideoFrame(frame)) {
     return false;
   }
-  frame_->pts = timestamps_.Next(frame.timestamp, context_->time_base);
-  if (const int result = avcodec_send_frame(context_.get(), frame_.get()); result < 0) {
+  const auto pts = timestamps_.Next(frame.timestamp, context_->time_base);
+  return pts && EncodeAt(*pts, enqueue);
+}
+
+void VideoStream::FillPause(std::int64_t milliseconds, const Enqueue& enqueue) {
+  while (repeatable_) {
+    const auto pts = timestamps_.NextInPause(milliseconds, context_->time_base);
+    if (!pts) {
+      return;
+    }
+    EncodeAt(*pts, enqueue);
+  }
+}
+
+void VideoStream::ShowUntil(std::int64_t milliseconds, const Enqueue& enqueue) {
+  FillPause(milliseconds, enqueue);
+  if (!repeatable_) {
+    return;
+  }
+  if (const auto pts = timestamps_.Last(milliseconds, OneFrame(*context_), context_->time_base)) {
+    EncodeAt(*pts, enqueue);
+  }
+}
+
+bool VideoStream::EncodeAt(std::int64_t pts, const Enqueue& enqueue) {
+  frame_->pts = pts;
+  const int result = avcodec_send_frame(context_.get(), frame_.get());
+  repeatable_ = result >= 0;
+  if (result < 0) {
     Logger::Error("Failed to send frame to encoder: " + ErrorText(result));
     return false;
   }
@@ -261,6 +290,7 @@ void VideoStream::Drain(const Enqueue& enqueue) {
     return;
   }
   holdsFrames_ = false;
+  repeatable_ = false;
   if (avcodec_send_frame(context_.get(), nullptr) >= 0) {
     ReceivePackets(enqueue);
   }

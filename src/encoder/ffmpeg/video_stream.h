@@ -30,8 +30,13 @@ class VideoStream {
   /// Whether pictures are wanted as NV12. False, with an ERROR line, without an encoder.
   bool GetPixelFormat() const;
 
-  /// Encodes one picture. True when at least one packet was taken.
+  /// Encodes one picture, after the one before it once more where there was a long pause. True when at least
+  /// one packet of it was taken; false also for a picture that finds no time of its own.
   bool EncodeFrame(const VideoFrame& frame, const Enqueue& enqueue);
+
+  /// Shows the last picture until this time, in milliseconds since the first, by encoding it once more.
+  /// Without a picture, or when the encoder refused the last one, nothing happens.
+  void ShowUntil(std::int64_t milliseconds, const Enqueue& enqueue);
 
   /// Ends the encoding: hands over what the encoder still holds. It takes no picture afterwards. Without an
   /// encoder, or when it was given no picture, nothing happens.
@@ -49,6 +54,8 @@ class VideoStream {
   bool FillVideoFrame(const VideoFrame& frame);
   bool FillFromNv12(const MappedPixels& pixels);
   bool FillFromBgra(const MappedPixels& pixels);
+  void FillPause(std::int64_t milliseconds, const Enqueue& enqueue);
+  bool EncodeAt(std::int64_t pts, const Enqueue& enqueue);
   bool ReceivePackets(const Enqueue& enqueue);
 
   AVStream* stream_ = nullptr;  ///< the file's; kept when the encoder is replaced
@@ -58,6 +65,7 @@ class VideoStream {
   FramePtr frame_;
   VideoTimestamps timestamps_;
   bool holdsFrames_ = false;  ///< the encoder was given a picture and not drained since
+  bool repeatable_ = false;   ///< the encoder took the picture in `frame_`, or the one before, and may again
 };
 
 }  // namespace brisolte

@@ -12,7 +12,8 @@ const { scratchFolder } = require('./scratch');
  *   window: the pattern window that tells how long to record;
  *   pictures: for so many pictures of it (90)
  * @returns {Promise<{recordings: object[], log: Log}>} of each recording: started, file, painted (the window's count at
- *   the start and at the end), capturing and stopped
+ *   the start and at the end), capturing, stopped, and lasted: the milliseconds from the first frame to the call of stopRecord
+ *   and to its return
  */
 async function recordAll(plans, options) {
   const given = plans.map(({ settings = [], window, pictures = 90, dir = scratchFolder() }) => ({
@@ -27,6 +28,8 @@ async function recordAll(plans, options) {
 async function makeRecordings({ Brisolte, log, painted, paintedMore }, plans) {
   const capture = new Brisolte();
   const recordings = [];
+  // Captures are stamped by the same clock.
+  const now = () => Number(process.hrtime.bigint() / 1000000n);
   for (const { settings, progress, pictures } of plans) {
     for (const [method, ...words] of settings) {
       if (capture[method](...words) !== true) {
@@ -40,7 +43,11 @@ async function makeRecordings({ Brisolte, log, painted, paintedMore }, plans) {
     if (started) {
       await log.line('First Video frame arrived at: ', mark);
       await paintedMore(progress, pictures);
+      const called = now();
       recording.stopped = capture.stopRecord();
+      const returned = now();
+      const [, first] = log.since(mark).text.match(/First Video frame arrived at: (\d+)/);
+      recording.lasted = [called - first, returned - first];
     }
     recordings.push({ ...recording, painted: [before, painted(progress)], log: log.since(mark).text });
   }

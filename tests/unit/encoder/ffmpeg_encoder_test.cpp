@@ -14,6 +14,7 @@
 
 #include "common/text.h"
 #include "support/captured_log.h"
+#include "support/hand_clock.h"
 #include "support/pictures.h"
 #include "support/temporary_directory.h"
 #include "support/tones.h"
@@ -240,8 +241,9 @@ TEST_F(FFmpegEncoderTest, StopWithoutStartDoesNothing) {
 }
 
 TEST_F(FFmpegEncoderTest, CountsEveryPacketAsFailedWithoutAHeader) {
+  const testing::HandClock clock;
   // The container takes VP8 and VP9 only, so that its header fails.
-  FFmpegEncoder encoder(Settings("libx264", "file.webm"));
+  FFmpegEncoder encoder(Settings("libx264", "file.webm"), clock.now());
   EXPECT_TRUE(encoder.InitializeVideoEncoder(64, 48, nullptr));
   const CapturedLog log;
   EXPECT_TRUE(encoder.Start());
@@ -373,7 +375,7 @@ TEST_F(FFmpegEncoderTest, SurvivesItsCallsInAnyOrder) {
         [&] { encoder.Initialize(); },
         [&] { encoder.Start(); },
         [&] { encoder.Stop(); },
-        [&] { encoder.ProcessFrameAsync(picture_.Frame(static_cast<std::int64_t>(random()))); },
+        [&] { encoder.ProcessFrameAsync(picture_.Frame(random() % 3'600'000)); },
         [&] { encoder.ProcessFrameAsync(VideoFrame()); },
         [&] { encoder.ProcessAudioFrame(sound, random() % 2 == 0 ? "speaker" : "microphone"); },
         [&] { encoder.ProcessAudioFrame({1, 2, 3}, "speaker"); },

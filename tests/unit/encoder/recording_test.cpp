@@ -12,9 +12,11 @@
 #include <vector>
 
 #include "encoder/ffmpeg/ffmpeg_encoder.h"
+#include "recording_cases.h"
 #include "support/captured_log.h"
 #include "support/decoded_audio.h"
 #include "support/decoded_video.h"
+#include "support/hand_clock.h"
 #include "support/pictures.h"
 #include "support/temporary_directory.h"
 #include "support/tones.h"
@@ -27,41 +29,21 @@ using testing::ColourRule;
 using testing::DecodedVideo;
 using testing::DeviceFormat;
 using testing::FourColours;
+using testing::HandClock;
 using ::testing::HasSubstr;
+using testing::kRecordingCases;
+using testing::NameOfCase;
 using ::testing::Not;
 using testing::Picture;
 using testing::ReadSounds;
 using testing::ReadVideo;
+using testing::RecordingCase;
 using testing::Rgb;
 using ::testing::SizeIs;
 using testing::TemporaryDirectory;
 using testing::ToneBytes;
 
-/// One encoder with the container it is recorded into.
-struct Case {
-  const char* encoder;
-  const char* extension;
-  const char* codec;
-  Picture::Layout layout;
-  ColourRule rule;
-};
-
-std::ostream& operator<<(std::ostream& stream, const Case& value) {
-  return stream << value.encoder;
-}
-
-const std::vector<Case> kCases = {
-    {"libx264", "mp4", "h264", Picture::Layout::kNv12, ColourRule::kBt709Limited},
-    {"libx265", "mp4", "hevc", Picture::Layout::kNv12, ColourRule::kBt709Limited},
-    {"mpeg4", "mp4", "mpeg4", Picture::Layout::kNv12, ColourRule::kBt709Limited},
-    {"libvpx", "webm", "vp8", Picture::Layout::kNv12, ColourRule::kBt709Limited},
-    {"libvpx-vp9", "webm", "vp9", Picture::Layout::kNv12, ColourRule::kBt709Limited},
-    {"prores_ks", "mov", "prores", Picture::Layout::kBgra, ColourRule::kBt709Limited},
-    {"prores", "mov", "prores", Picture::Layout::kBgra, ColourRule::kBt709Limited},
-    {"mjpeg", "avi", "mjpeg", Picture::Layout::kBgra, ColourRule::kBt601Full},
-};
-
-class Recording : public ::testing::TestWithParam<Case> {
+class Recording : public ::testing::TestWithParam<RecordingCase> {
  protected:
   CaptureSettings Settings() const {
     CaptureSettings settings;
@@ -72,10 +54,10 @@ class Recording : public ::testing::TestWithParam<Case> {
 
   DecodedVideo Read() const { return ReadVideo(Settings().outputFilePath); }
 
-  /// Records pictures that `paint` gives for each number, 30 a second.
+  /// Records pictures that `paint` gives for each number, 30 a second, and stops with the last one.
   template <typename Paint>
   DecodedVideo Record(std::uint32_t width, std::uint32_t height, int frames, Paint paint) {
-    FFmpegEncoder encoder(Settings());
+    FFmpegEncoder encoder(Settings(), clock_.now());
     EXPECT_TRUE(encoder.InitializeVideoEncoder(width, height, nullptr));
     EXPECT_EQ(encoder.GetPixelFormat(), GetParam().layout == Picture::Layout::kNv12);
     EXPECT_TRUE(encoder.Start());
@@ -87,6 +69,7 @@ class Recording : public ::testing::TestWithParam<Case> {
     return Read();
   }
 
+  const HandClock clock_;  ///< stands still: what a test takes its time for is not recorded
   TemporaryDirectory directory_;
 };
 
@@ -190,13 +173,14 @@ class OneRecording : public ::testing::Test {
     return settings;
   }
 
+  const HandClock clock_;  ///< stands still: what a test takes its time for is not recorded
   TemporaryDirectory directory_;
 };
 
 TEST_F(OneRecording, KeepsFramesOfTheSameMillisecondApart) {
   const CaptureSettings settings = Settings("libx264", "file.mp4");
   const Picture picture(Picture::Layout::kNv12, 64, 48, {10, 20, 30});
-  FFmpegEncoder encoder(settings);
+  FFmpegEncoder encoder(settings, clock_.now());
   ASSERT_TRUE(encoder.InitializeVideoEncoder(64, 48, nullptr));
   ASSERT_TRUE(encoder.Start());
   for (const std::int64_t milliseconds : {0, 20, 20, 20, 10, 40}) {
@@ -223,7 +207,7 @@ TEST_F(OneRecording, KeepsAnOddWidthWhereTheEncoderDoes) {
         Format{"mjpeg", "c.avi", Picture::Layout::kBgra, ColourRule::kBt601Full}}) {
     SCOPED_TRACE(name);
     const CaptureSettings settings = Settings(name, file);
-    FFmpegEncoder encoder(settings);
+    FFmpegEncoder encoder(settings, clock_.now());
     ASSERT_TRUE(encoder.InitializeVideoEncoder(161, 121, nullptr));
     ASSERT_TRUE(encoder.Start());
     encoder.ProcessFrameAsync(FourColours(layout, 161, 121).Frame(0));
@@ -238,7 +222,7 @@ TEST_F(OneRecording, KeepsAnOddWidthWhereTheEncoderDoes) {
 
 TEST_F(OneRecording, NamesItsStreamAndWorksInAnyScript) {
   const CaptureSettings settings = Settings("libx264", "\xC3\xBC\xE6\xBC\xA2/\xF0\x9F\x8E\xA5.mp4");
-  FFmpegEncoder encoder(settings);
+  FFmpegEncoder encoder(settings, clock_.now());
   ASSERT_TRUE(encoder.InitializeVideoEncoder(64, 48, nullptr));
   ASSERT_TRUE(encoder.Start());
   EXPECT_TRUE(encoder.ProcessFrameAsync(Picture(Picture::Layout::kNv12, 64, 48, {10, 20, 30}).Frame(0)));
@@ -284,7 +268,7 @@ TEST_F(Unfinished, ShowsAllPicturesThoughNoneFollow) {
                                            std::tuple{"libvpx", "file.webm", Picture::Layout::kNv12}}) {
     SCOPED_TRACE(name);
     const CaptureSettings settings = Settings(name, file);
-    FFmpegEncoder encoder(settings);
+    FFmpegEncoder encoder(settings, clock_.now());
     ASSERT_TRUE(encoder.InitializeVideoEncoder(64, 48, nullptr));
     ASSERT_TRUE(encoder.Start());
     for (int i = 0; i < 10; ++i) {
@@ -364,11 +348,7 @@ INSTANTIATE_TEST_SUITE_P(
       return name;
     });
 
-INSTANTIATE_TEST_SUITE_P(Encoders, Recording, ::testing::ValuesIn(kCases), [](const auto& instance) {
-  std::string name = instance.param.encoder;
-  std::erase_if(name, [](char c) { return c == '-' || c == '_'; });
-  return name;
-});
+INSTANTIATE_TEST_SUITE_P(Encoders, Recording, ::testing::ValuesIn(kRecordingCases), NameOfCase);
 
 }  // namespace
 }  // namespace brisolte
