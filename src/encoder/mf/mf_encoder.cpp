@@ -1,5 +1,6 @@
 #include "encoder/mf/mf_encoder.h"
 
+#include <algorithm>
 #include <utility>
 
 #include "common/guarded.h"
@@ -13,8 +14,11 @@
 
 namespace brisolte {
 
-MFEncoder::MFEncoder(CaptureSettings settings, std::unique_ptr<MediaFoundation> platform)
-    : settings_(std::move(settings)), platform_(std::move(platform)), session_(*platform_) {
+MFEncoder::MFEncoder(CaptureSettings settings, std::unique_ptr<MediaFoundation> platform, SteadyNow now)
+    : settings_(std::move(settings)),
+      platform_(std::move(platform)),
+      now_(std::move(now)),
+      session_(*platform_) {
   if (session_.started() && !Initialize()) {
     Logger::Error("Failed to initialize Sink Writer");
   }
@@ -133,7 +137,11 @@ bool MFEncoder::Stop() {
 }
 
 bool MFEncoder::Finalize() {
+  const CaptureClock::Moment stopped = now_();
   capturing_ = false;
+  if (auto last = LastFrame(stopped)) {
+    worker_.SetLastFrame(std::move(*last));
+  }
   worker_.Stop();
   if (writer_ != nullptr && SucceededOrLog(writer_->Finalize(), "Failed to finalize sink writer: ")) {
     writer_.Reset();
@@ -145,6 +153,7 @@ bool MFEncoder::Finalize() {
 void MFEncoder::Release() {
   {
     const std::scoped_lock lock(copierMutex_);
+    lastFrame_ = {};
     copier_.reset();
   }
   devices_.Release();
@@ -159,6 +168,7 @@ bool MFEncoder::ProcessFrameAsync(const VideoFrame& frame) {
 }
 
 bool MFEncoder::QueueFrame(const VideoFrame& frame) {
+  const CaptureClock::Moment arrival = now_();
   if (!capturing_) {
     Logger::Error("Cannot process video frame: not capturing or sink writer is null");
     return false;
@@ -176,7 +186,22 @@ bool MFEncoder::QueueFrame(const VideoFrame& frame) {
     return false;
   }
   PooledTexture texture = copier_->Copy(*frame.texture);
-  return texture != nullptr && worker_.PushFrame({std::move(texture), frame.timestamp, frame.duration});
+  if (texture == nullptr) {
+    return false;
+  }
+  captureClock_.FrameArrived(frame, arrival);
+  lastFrame_ = {texture, frame.timestamp, frame.duration};
+  return worker_.PushFrame({std::move(texture), frame.timestamp, frame.duration});
+}
+
+std::optional<QueuedFrame> MFEncoder::LastFrame(CaptureClock::Moment end) {
+  const std::scoped_lock lock(copierMutex_);
+  const std::int64_t oneFrame = 1000 / std::max(settings_.frameRate, 1);
+  const std::int64_t begin = captureClock_.TimeAt(end).value_or(0) - oneFrame;
+  if (lastFrame_.texture == nullptr || begin <= lastFrame_.timestamp) {
+    return std::nullopt;
+  }
+  return QueuedFrame{std::move(lastFrame_.texture), begin, oneFrame};
 }
 
 bool MFEncoder::ProcessAudioFrame(const std::vector<std::uint8_t>& samples, const std::string& streamName) {

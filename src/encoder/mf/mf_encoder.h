@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <memory>
 #include <mutex>
@@ -9,6 +10,7 @@
 #include <vector>
 
 #include "capture/capture_settings.h"
+#include "encoder/capture_clock.h"
 #include "encoder/encoder.h"
 #include "encoder/mf/device_manager.h"
 #include "encoder/mf/frame_copier.h"
@@ -27,9 +29,11 @@ namespace brisolte {
 /// `ProcessAudioFrame` may be called on any thread at any time, everything else on the thread that made it.
 class MFEncoder final : public Encoder {
  public:
-  /// Runs `Initialize` once COM and Media Foundation are started. `platform` may be one of a test's.
+  /// Runs `Initialize` once COM and Media Foundation are started. `platform` and `now` may be a
+  /// test's.
   explicit MFEncoder(CaptureSettings settings,
-                     std::unique_ptr<MediaFoundation> platform = SystemMediaFoundation());
+                     std::unique_ptr<MediaFoundation> platform = SystemMediaFoundation(),
+                     SteadyNow now = std::chrono::steady_clock::now);
 
   MFEncoder(const MFEncoder&) = delete;
   MFEncoder& operator=(const MFEncoder&) = delete;
@@ -42,7 +46,8 @@ class MFEncoder final : public Encoder {
   /// Begins the file and starts the worker.
   bool Start() override;
 
-  /// Ends the worker, completes the file and lets go of everything. True, also when nothing was running.
+  /// Ends the worker with the last picture, so that it is shown until now, completes the file and lets go of
+  /// everything. True, also when nothing was running.
   bool Stop() override;
 
   /// Queues a copy of the frame's texture. False when the frame is dropped: 100 are waiting, or with an ERROR
@@ -70,10 +75,14 @@ class MFEncoder final : public Encoder {
   bool AddVideo(std::uint32_t width, std::uint32_t height, ID3D11Device* device);
   bool AddAudio(AudioStreamKind kind, const WaveFormat* format);
   bool QueueFrame(const VideoFrame& frame);
+  /// The last picture, at the time from which it is shown for one frame until the end. None when it is shown
+  /// until then anyway, and without any.
+  std::optional<QueuedFrame> LastFrame(CaptureClock::Moment end);
   void Release();
 
   const CaptureSettings settings_;
   const std::unique_ptr<MediaFoundation> platform_;
+  const SteadyNow now_;
   const MediaFoundationSession session_;
   bool initialized_ = false;
   std::atomic<bool> capturing_ = false;
@@ -81,7 +90,10 @@ class MFEncoder final : public Encoder {
   DeviceManager devices_;
   SinkStreams streams_;
   std::mutex copierMutex_;
-  std::optional<FrameCopier> copier_;  ///< guarded by `copierMutex_`
+  // Guarded by `copierMutex_`.
+  std::optional<FrameCopier> copier_;
+  CaptureClock captureClock_;
+  QueuedFrame lastFrame_;  ///< the one that was taken last; without a texture there was none
   SampleWorker worker_;
 };
 

@@ -12,6 +12,7 @@ void SampleWorker::Start(MakeSink makeSink) {
   {
     const std::scoped_lock lock(mutex_);
     running_ = true;
+    frameLost_ = false;
   }
   try {
     thread_ = std::jthread([this, make = std::move(makeSink)] { Run(make); });
@@ -65,6 +66,11 @@ bool SampleWorker::PushFrame(QueuedFrame frame) {
   return true;
 }
 
+void SampleWorker::SetLastFrame(QueuedFrame frame) {
+  const std::scoped_lock lock(mutex_);
+  lastFrame_ = std::move(frame);
+}
+
 bool SampleWorker::PushAudio(AudioStreamKind kind, std::span<const std::uint8_t> bytes) {
   {
     const std::scoped_lock lock(mutex_);
@@ -98,6 +104,7 @@ void SampleWorker::RunWith(SampleSink& sink) {
       return !running_ || !frames_.empty() || HasChunk(microphone_) || HasChunk(speaker_);
     });
   }
+  WriteLastFrame(sink, lock);
 }
 
 bool SampleWorker::HasChunk(const Bytes& bytes) const {
@@ -121,17 +128,31 @@ void SampleWorker::WriteFrames(SampleSink& sink, Lock& lock) {
     QueuedFrame frame = std::move(frames_.front());
     frames_.pop_front();
     lock.unlock();
-    sink.WriteFrame(frame);
+    const bool written = sink.WriteFrame(frame);
     frame = {};  // Giving a texture back takes the pool's lock.
     lock.lock();
+    frameLost_ = !written;
   }
+}
+
+void SampleWorker::WriteLastFrame(SampleSink& sink, Lock& lock) {
+  if (!lastFrame_ || frameLost_) {
+    return;
+  }
+  const QueuedFrame frame = std::move(*lastFrame_);
+  lastFrame_.reset();
+  lock.unlock();
+  sink.WriteFrame(frame);
+  lock.lock();
 }
 
 void SampleWorker::Forget() {
   std::deque<QueuedFrame> frames;
+  std::optional<QueuedFrame> lastFrame;
   const std::scoped_lock lock(mutex_);
   running_ = false;
   frames.swap(frames_);
+  lastFrame.swap(lastFrame_);
   microphone_.clear();
   speaker_.clear();
 }

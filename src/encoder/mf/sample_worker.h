@@ -7,6 +7,7 @@
 #include <functional>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <span>
 #include <thread>
 #include <vector>
@@ -36,7 +37,8 @@ class SampleSink {
   SampleSink& operator=(const SampleSink&) = delete;
   virtual ~SampleSink() = default;
 
-  virtual void WriteFrame(const QueuedFrame& frame) = 0;
+  /// False when the frame is lost.
+  virtual bool WriteFrame(const QueuedFrame& frame) = 0;
   virtual void WriteAudio(AudioStreamKind kind, std::span<const std::uint8_t> chunk) = 0;
 };
 
@@ -73,6 +75,10 @@ class SampleWorker {
   /// False when it is not taken: the queue is full or the worker does not run.
   bool PushFrame(QueuedFrame frame);
 
+  /// Sets what is written last of all, when the thread is told to end; nothing is when the frame before was
+  /// lost.
+  void SetLastFrame(QueuedFrame frame);
+
   /// False when the worker does not run.
   bool PushAudio(AudioStreamKind kind, std::span<const std::uint8_t> bytes);
 
@@ -87,6 +93,7 @@ class SampleWorker {
   bool HasChunk(const Bytes& bytes) const;
   void WriteAudio(SampleSink& sink, AudioStreamKind kind, Bytes& bytes, Lock& lock);
   void WriteFrames(SampleSink& sink, Lock& lock);
+  void WriteLastFrame(SampleSink& sink, Lock& lock);
   void Forget();
 
   mutable std::mutex mutex_;
@@ -95,6 +102,8 @@ class SampleWorker {
   bool running_ = false;
   std::size_t chunkBytes_ = 0;
   std::deque<QueuedFrame> frames_;
+  std::optional<QueuedFrame> lastFrame_;
+  bool frameLost_ = false;  ///< the frame that was to be written before
   Bytes microphone_;
   Bytes speaker_;
 

@@ -21,8 +21,8 @@ SampleWriter::SampleWriter(MediaFoundation& platform, Microsoft::WRL::ComPtr<IMF
   SucceededOrLog(apartment_.result(), "Failed to initialize COM: ");
 }
 
-void SampleWriter::WriteFrame(const QueuedFrame& frame) {
-  Guarded("", "in WriteFrame", [&] { return WriteVideoSample(frame); });
+bool SampleWriter::WriteFrame(const QueuedFrame& frame) {
+  return Guarded("", "in WriteFrame", [&] { return WriteVideoSample(frame); });
 }
 
 void SampleWriter::WriteAudio(AudioStreamKind kind, std::span<const std::uint8_t> chunk) {

@@ -27,7 +27,7 @@ class SampleWriter final : public SampleSink {
   SampleWriter(MediaFoundation& platform, Microsoft::WRL::ComPtr<IMFSinkWriter> writer,
                const SinkStreams& streams);
 
-  void WriteFrame(const QueuedFrame& frame) override;
+  bool WriteFrame(const QueuedFrame& frame) override;
   void WriteAudio(AudioStreamKind kind, std::span<const std::uint8_t> chunk) override;
 
  private:

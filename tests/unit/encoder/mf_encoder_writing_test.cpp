@@ -72,6 +72,52 @@ TEST_F(MFEncoderWritingTest, AFrameBecomesASampleOverACopyOfItsTexture) {
   EXPECT_THAT(TakeErrors(), IsEmpty());
 }
 
+TEST_F(MFEncoderWritingTest, TheLastPictureIsShownUntilTheStop) {
+  StartWithVideo();
+  clock_.Set(0);
+  EXPECT_TRUE(ProcessFrame(0, 0, 30));
+  clock_.Set(400);
+  EXPECT_TRUE(ProcessFrame(400, 400, 50));
+  stage_.AwaitSamples(2);
+  testing::Paint(*texture_.Get(), 200);
+  clock_.Set(3000);
+  EXPECT_TRUE(encoder_->Stop());
+  const auto samples = stage_.samples();
+  ASSERT_THAT(samples, SizeIs(3));
+  EXPECT_EQ(samples[2].time, 29'600'000);
+  EXPECT_EQ(samples[2].duration, 400'000) << "one frame";
+  EXPECT_EQ(samples[2].luma, 50);
+  EXPECT_THAT(TakeErrors(), IsEmpty());
+}
+
+TEST_F(MFEncoderWritingTest, APictureThatLastsUntilTheStopIsWrittenOnce) {
+  StartWithVideo();
+  clock_.Set(0);
+  EXPECT_TRUE(ProcessFrame(0));
+  stage_.AwaitSamples(1);
+  clock_.Set(39);
+  EXPECT_TRUE(encoder_->Stop());
+  EXPECT_THAT(stage_.samples(), SizeIs(1));
+}
+
+TEST_F(MFEncoderWritingTest, WithoutAPictureThereIsNoLastOne) {
+  StartWithVideo();
+  clock_.Set(3000);
+  EXPECT_TRUE(encoder_->Stop());
+  EXPECT_THAT(stage_.samples(), IsEmpty());
+}
+
+TEST_F(MFEncoderWritingTest, AWriterThatFailsIsGivenNoLastPicture) {
+  StartWithVideo();
+  clock_.Set(0);
+  stage_.Fail("WriteSample", kFailure);
+  EXPECT_TRUE(ProcessFrame(0));
+  EXPECT_TRUE(AwaitError());
+  clock_.Set(3000);
+  EXPECT_TRUE(encoder_->Stop());
+  EXPECT_THAT(TakeErrors(), ElementsAre("Failed to write sample: " + kFailureText));
+}
+
 TEST_F(MFEncoderWritingTest, AQueuedFrameKeepsThePictureItWasCapturedWith) {
   StartBusy();
   for (std::uint8_t luma = 20; luma < 30; ++luma) {

@@ -21,6 +21,7 @@ using testing::CapturedLog;
 using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
+using ::testing::SizeIs;
 
 constexpr auto kLimit = std::chrono::seconds(60);
 constexpr auto kMicrophone = AudioStreamKind::kMicrophone;
@@ -56,12 +57,18 @@ class Writes {
   bool open_ = true;
 };
 
+/// The time of a frame that cannot be written.
+constexpr std::int64_t kLostFrame = 666;
+
 /// Writes down "m" or "s" with the first byte of a chunk and its size, or "v" with a frame's time.
 class WritingSink : public SampleSink {
  public:
   explicit WritingSink(Writes& writes) : writes_(writes) {}
 
-  void WriteFrame(const QueuedFrame& frame) override { writes_.Add("v" + std::to_string(frame.timestamp)); }
+  bool WriteFrame(const QueuedFrame& frame) override {
+    writes_.Add("v" + std::to_string(frame.timestamp));
+    return frame.timestamp != kLostFrame;
+  }
 
   void WriteAudio(AudioStreamKind kind, std::span<const std::uint8_t> chunk) override {
     writes_.Add((kind == kMicrophone ? "m" : "s") + std::to_string(chunk.front()) + "+" +
@@ -188,6 +195,29 @@ TEST_F(SampleWorkerTest, StopsAfterTheWriteThatIsUnderWay) {
   EXPECT_THAT(writes_.Await(1), ElementsAre("v-1"));
 }
 
+TEST_F(SampleWorkerTest, WritesTheLastFrameInPlaceOfWhatWaits) {
+  StartBusy();
+  EXPECT_TRUE(PushFrame(0));
+  worker_.SetLastFrame({nullptr, 7, 0});
+  std::jthread stopping([this] { worker_.Stop(); });
+  AwaitStopped();
+  writes_.Open(true);
+  stopping.join();
+  EXPECT_THAT(writes_.Await(2), ElementsAre("v-1", "v7"));
+  Start();
+  worker_.Stop();
+  EXPECT_THAT(writes_.Await(2), SizeIs(2)) << "once";
+}
+
+TEST_F(SampleWorkerTest, WritesNoLastFrameAfterOneThatWasLost) {
+  Start();
+  EXPECT_TRUE(PushFrame(kLostFrame));
+  writes_.Await(1);
+  worker_.SetLastFrame({nullptr, 7, 0});
+  worker_.Stop();
+  EXPECT_THAT(writes_.Await(1), SizeIs(1));
+}
+
 TEST_F(SampleWorkerTest, StopsWhileItWritesSoundAndFrames) {
   writes_.Open(false);
   Start();
@@ -270,12 +300,13 @@ TEST_F(SampleWorkerTest, CannotBeStoppedByItself) {
    public:
     StoppingSink(Writes& writes, SampleWorker& worker)
         : WritingSink(writes), writes_(writes), worker_(worker) {}
-    void WriteFrame(const QueuedFrame& /*frame*/) override {
+    bool WriteFrame(const QueuedFrame& /*frame*/) override {
       try {
         worker_.Stop();
       } catch (const std::system_error& error) {
         writes_.Add(error.code() == std::errc::resource_deadlock_would_occur ? "deadlock" : error.what());
       }
+      return true;
     }
 
    private:

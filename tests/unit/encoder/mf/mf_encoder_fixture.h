@@ -14,6 +14,7 @@
 #include "mf/nv12_textures.h"
 #include "mf/recording_media_foundation.h"
 #include "support/captured_log.h"
+#include "support/hand_clock.h"
 
 namespace brisolte::testing {
 
@@ -59,7 +60,7 @@ class MFEncoderTest : public ::testing::Test {
   }
 
   void MakeEncoder() {
-    encoder_ = std::make_unique<MFEncoder>(settings_, MakeRecordingMediaFoundation(stage_));
+    encoder_ = std::make_unique<MFEncoder>(settings_, MakeRecordingMediaFoundation(stage_), clock_.now());
   }
 
   /// An encoder with a video stream for textures of `device_`.
@@ -111,6 +112,7 @@ class MFEncoderTest : public ::testing::Test {
   }
 
   MediaStage stage_;
+  HandClock clock_;
   CapturedLog log_{LogLevel::kInfo};
   CaptureSettings settings_;
   Microsoft::WRL::ComPtr<ID3D11Device> device_;
