@@ -39,12 +39,12 @@ async function recordAndLeave({ Brisolte, log, painted, paintedMore }, { from, t
 test('a recording into a relative folder is whole although the current directory changes', async (t) => {
   const window = await openPattern(t, { title: 'Left', ...SMALL });
   const [from, to] = [scratchFolder(), scratchFolder()];
-  const encoders = ['libx264', 'mpeg4'];
+  const encoders = ['libx264', 'prores_ks'];
   const { value } = await scenario(recordAndLeave, { from, to, encoders, handle: window.handle, progress: window.progress });
   assert.equal(value.length, encoders.length);
   for (const { started, stopped, errors, file, painted } of value) {
     assert.deepEqual([started, stopped, errors], [true, true, []]);
-    assert.match(file, /^\.\\Qorvex-[-\d]+\.mp4$/);
+    assert.match(file, /^\.\\Qorvex-[-\d]+\.(mp4|mov)$/);
     assertRecording({ file: path.join(from, file), painted }, { picture: window.picture, exact: false });
   }
   assert.deepEqual(fs.readdirSync(to), []);
@@ -53,21 +53,31 @@ test('a recording into a relative folder is whole although the current directory
 test('every folder that setOutputDir takes can be recorded into', async (t) => {
   const window = await openPattern(t, { title: 'Forms', ...SMALL });
   const folder = scratchFolder();
-  const parts = Array.from({ length: 4 }, (_, i) => `${'a long name of a folder '.repeat(4)}${i}`);
-  // Only the name of the recording makes the second too long.
-  const [long, snug] = [path.join(folder, ...parts), path.join(folder, 'x'.repeat(240 - folder.length))];
-  const marked = scratchFolder();
-  const spaced = path.join(folder, 'spaced');
-  [long, snug, spaced].forEach((each) => fs.mkdirSync(each, { recursive: true }));
-  assert.ok(long.length > 300 && snug.length < 248);
-  const dirs = [long, `${long}\\`, snug, `\\\\?\\${marked}`, `\\\\?\\${marked}\\`, `\\\\?\\${long}`, `${spaced} `, `${spaced}...`, `${folder}\\.\\x\\..\\spaced`];
+  const long = Array.from({ length: 4 }, (_, i) => `${'a long name of a folder '.repeat(4)}${i}`);
+  const within = (...names) => path.join(folder, ...names);
+  // A folder of its own for each, because two recordings may begin in the same second.
+  const forms = [
+    { place: within('plain', ...long), form: (place) => place },
+    { place: within('ended', ...long), form: (place) => `${place}\\` },
+    { place: within('marked long', ...long), form: (place) => `\\\\?\\${place}` },
+    // Only the name of the recording makes this one too long.
+    { place: within('x'.repeat(240 - folder.length)), form: (place) => place },
+    { place: within('marked'), form: (place) => `\\\\?\\${place}` },
+    { place: within('marked and ended'), form: (place) => `\\\\?\\${place}\\` },
+    { place: within('blank'), form: (place) => `${place} ` },
+    { place: within('dots'), form: (place) => `${place}...` },
+    { place: within('up'), form: () => `${folder}\\.\\x\\..\\up` },
+  ];
+  assert.ok(forms[0].place.length > 300 && forms[3].place.length < 248);
+  forms.forEach(({ place }) => fs.mkdirSync(place, { recursive: true }));
+  const dirs = forms.map(({ place, form }) => form(place));
   const plans = dirs.map((dir) => ({ window, dir, pictures: 20, settings: [['setWindow', window.handle]] }));
   const { recordings, log } = await recordAll(plans);
   recordings.forEach(({ started, stopped, file, painted }, i) => {
     assert.deepEqual([started, stopped], [true, true], `${dirs[i]}\n${log.text}`);
     assert.ok(file.startsWith(`${dirs[i]}\\Qorvex-`), file);
-    const places = [long, long, snug, marked, marked, long, spaced, spaced, spaced];
-    assertRecording({ file: path.join(places[i], path.win32.basename(file)), painted }, { picture: window.picture, exact: false });
+    const found = path.join(forms[i].place, path.win32.basename(file));
+    assertRecording({ file: found, painted }, { picture: window.picture, exact: false });
   });
   assert.deepEqual(log.errors, []);
 });

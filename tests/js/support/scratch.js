@@ -78,7 +78,10 @@ function fillDisk(folder, room = 0) {
       }
     }
   }
-  fs.ftruncateSync(file, fs.fstatSync(file).size - room);
+  // On a full disk Wine refuses to cut a file to the size that it has.
+  if (room > 0) {
+    fs.ftruncateSync(file, fs.fstatSync(file).size - room);
+  }
   fs.closeSync(file);
   return name;
 }
