@@ -40,6 +40,15 @@ CodecContextPtr OpenDecoder(const AVStream& stream) {
   return decoder;
 }
 
+std::string TitleOf(const AVStream& stream) {
+  for (const char* const key : {"title", "handler_name"}) {
+    if (const AVDictionaryEntry* const entry = av_dict_get(stream.metadata, key, nullptr, 0)) {
+      return entry->value;
+    }
+  }
+  return {};
+}
+
 void AppendSamples(const AVFrame& frame, DecodedAudio& sound) {
   if (frame.format != AV_SAMPLE_FMT_FLTP) {
     throw std::runtime_error("decoded into an unexpected format");
@@ -83,6 +92,7 @@ DecodedAudio ReadSound(const std::string& path, unsigned index) {
   Check(avcodec_send_packet(decoder.get(), nullptr), "ending the decoding");
   TakeFrames(*decoder, stream.time_base, sound);
   sound.codec = avcodec_get_name(stream.codecpar->codec_id);
+  sound.title = TitleOf(stream);
   sound.sampleRate = stream.codecpar->sample_rate;
   sound.bitRate = stream.codecpar->bit_rate;
   return sound;

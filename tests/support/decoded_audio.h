@@ -9,6 +9,7 @@ namespace brisolte::testing {
 /// One audio stream of a file, decoded whole.
 struct DecodedAudio {
   std::string codec;
+  std::string title;  ///< what the container calls the stream: its title, else its handler
   int sampleRate = 0;
   std::int64_t bitRate = 0;
   std::vector<std::vector<float>> channels;

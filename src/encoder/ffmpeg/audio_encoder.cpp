@@ -30,8 +30,8 @@ void Configure(AVCodecContext& context, const AudioInput& input) {
   context.codec_type = AVMEDIA_TYPE_AUDIO;
   context.sample_fmt = AV_SAMPLE_FMT_FLTP;
   context.bit_rate = kBitRate;
-  context.sample_rate = input.sampleRate;
-  context.time_base = {1, input.sampleRate};
+  context.sample_rate = input.encodedRate();
+  context.time_base = {1, input.encodedRate()};
   context.flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
   context.frame_size = kFrameSize;  // an encoder with a size of its own replaces it
   av_channel_layout_default(&context.ch_layout, input.encodedChannels());

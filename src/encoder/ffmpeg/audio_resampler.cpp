@@ -33,7 +33,7 @@ void Configure(SwrContext& resampler, const AudioInput& input) {
   av_opt_set_chlayout(&resampler, "in_chlayout", &in, 0);
   av_opt_set_chlayout(&resampler, "out_chlayout", &out, 0);
   av_opt_set_int(&resampler, "in_sample_rate", input.sampleRate, 0);
-  av_opt_set_int(&resampler, "out_sample_rate", input.sampleRate, 0);
+  av_opt_set_int(&resampler, "out_sample_rate", input.encodedRate(), 0);
   av_opt_set_sample_fmt(&resampler, "in_sample_fmt", ConvertibleFormat(input.sampleType), 0);
   av_opt_set_sample_fmt(&resampler, "out_sample_fmt", AV_SAMPLE_FMT_FLTP, 0);
   // Between floating-point samples FFmpeg adds the channels of surround sound up as they are, up to three
@@ -89,7 +89,7 @@ bool AudioResampler::MakeRoom(int samples) {
   if (frame_) {
     frame_->format = AV_SAMPLE_FMT_FLTP;
     frame_->nb_samples = samples;
-    frame_->sample_rate = input_.sampleRate;
+    frame_->sample_rate = input_.encodedRate();
     av_channel_layout_default(&frame_->ch_layout, input_.encodedChannels());
   }
   if (!frame_ || av_frame_get_buffer(frame_.get(), 0) < 0) {
@@ -110,7 +110,14 @@ void AudioResampler::LimitSamples() {
 }
 
 AVFrame* AudioResampler::Convert(std::span<const std::uint8_t> bytes) {
-  const int samples = static_cast<int>(bytes.size() / input_.blockBytes);
+  return Convert(Unpacked(bytes).data(), static_cast<int>(bytes.size() / input_.blockBytes));
+}
+
+AVFrame* AudioResampler::Drain() {
+  return input_.encodedRate() != input_.sampleRate ? Convert(nullptr, 0) : nullptr;
+}
+
+AVFrame* AudioResampler::Convert(const std::uint8_t* unpacked, int samples) {
   const int room = swr_get_out_samples(resampler_.get(), samples);
   if (room < 0) {
     Logger::Error("Failed to get output sample count: " + ErrorText(room));
@@ -119,8 +126,9 @@ AVFrame* AudioResampler::Convert(std::span<const std::uint8_t> bytes) {
   if (!MakeRoom(room)) {
     return nullptr;
   }
-  std::array input{Unpacked(bytes).data()};
-  const int converted = swr_convert(resampler_.get(), frame_->extended_data, room, input.data(), samples);
+  std::array input{unpacked};
+  const int converted = swr_convert(resampler_.get(), frame_->extended_data, room,
+                                    unpacked != nullptr ? input.data() : nullptr, samples);
   if (converted < 0) {
     Logger::Error("Audio resampling failed: " + ErrorText(converted));
     return nullptr;

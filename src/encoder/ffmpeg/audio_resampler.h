@@ -9,8 +9,8 @@
 
 namespace brisolte {
 
-/// Converts the samples of one source into what the encoder takes: planar 32-bit floating point at the
-/// source's rate, with the channels mixed down, without clipping, where there are too many.
+/// Converts the samples of one source into what the encoder takes: planar 32-bit floating point, with the
+/// channels mixed down, without clipping, where there are too many, and at a rate that the encoder has.
 class AudioResampler {
  public:
   /// Replaces an earlier conversion. False, with an ERROR line, when FFmpeg cannot convert.
@@ -20,7 +20,12 @@ class AudioResampler {
   /// next call; its time is not set. Null, with an ERROR line, on failure.
   AVFrame* Convert(std::span<const std::uint8_t> bytes);
 
+  /// Gives out, in the same way, what a conversion to another rate still holds; null when nothing is held.
+  /// Nothing is converted afterwards.
+  AVFrame* Drain();
+
  private:
+  AVFrame* Convert(const std::uint8_t* unpacked, int samples);
   std::span<const std::uint8_t> Unpacked(std::span<const std::uint8_t> bytes);
   bool MakeRoom(int samples);
   void LimitSamples();

@@ -11,10 +11,16 @@ namespace {
 /// Lower rates, those of telephone headsets, are not official in MP4, but players take them.
 constexpr int kLowestRateInMp4 = 16'000;
 
+/// Players and editors show the one or the other.
+void NameStream(AVStream& stream, const std::string& title) {
+  av_dict_set(&stream.metadata, "title", title.c_str(), 0);
+  av_dict_set(&stream.metadata, "handler_name", title.c_str(), 0);
+}
+
 }  // namespace
 
-AudioStream::AudioStream(std::string name, Recording recording)
-    : name_(std::move(name)), recording_(std::move(recording)) {}
+AudioStream::AudioStream(std::string name, std::string title, Recording recording)
+    : name_(std::move(name)), title_(std::move(title)), recording_(std::move(recording)) {}
 
 bool AudioStream::Create(OutputFile& file, const WaveFormat* format, const CaptureSettings& settings) {
   const auto input = DescribeAudioInput(format, settings);
@@ -34,8 +40,12 @@ bool AudioStream::Create(OutputFile& file, const WaveFormat* format, const Captu
       !source.resampler.InitializeResampler(*input)) {
     return false;
   }
-  if (input->sampleRate < kLowestRateInMp4) {
+  if (input->encodedRate() < kLowestRateInMp4) {
     file.AllowUnofficial();
+  }
+  if (input->encodedRate() != input->sampleRate) {
+    Logger::Info("Resampling " + name_ + " from " + std::to_string(input->sampleRate) + " Hz to " +
+                 std::to_string(input->encodedRate()) + " Hz, which MP3 has");
   }
   source_ = std::move(source);
   return true;
@@ -55,6 +65,7 @@ bool AudioStream::AddStream(OutputFile& file, const AudioEncoder& encoder) {
     return false;
   }
   stream_->time_base = context.time_base;
+  NameStream(*stream_, title_);
   Logger::Info("Setting as " + name_ + " stream (index=" + std::to_string(stream_->index) + ")");
   return true;
 }
@@ -83,7 +94,7 @@ bool AudioStream::Process(std::span<const std::uint8_t> bytes) {
 }
 
 bool AudioStream::EncodeChunk(Source& source, std::int64_t milliseconds) {
-  if (!ResampleChunk(source, milliseconds)) {
+  if (!QueueAt(source, source.resampler.Convert(source.pending.Take()), milliseconds)) {
     return false;
   }
   bool encoded = true;
@@ -93,8 +104,7 @@ bool AudioStream::EncodeChunk(Source& source, std::int64_t milliseconds) {
   return encoded;
 }
 
-bool AudioStream::ResampleChunk(Source& source, std::int64_t milliseconds) {
-  const AVFrame* const samples = source.resampler.Convert(source.pending.Take());
+bool AudioStream::QueueAt(Source& source, const AVFrame* samples, std::int64_t milliseconds) {
   const AVRational timeBase = source.encoder.context().time_base;
   return samples != nullptr &&
          source.encoder.Queue(*samples, av_rescale_q(milliseconds, {1, 1000}, timeBase));
@@ -115,8 +125,9 @@ void AudioStream::Drain() {
   Source& source = *source_;
   source.drained = true;
   while (source.pending.samples() > 0) {
-    ResampleChunk(source, source.lastDelivery);
+    QueueAt(source, source.resampler.Convert(source.pending.Take()), source.lastDelivery);
   }
+  QueueAt(source, source.resampler.Drain(), source.lastDelivery);
   source.encoder.Drain([&](AVPacket& packet) { EnqueuePacket(source, packet); });
 }
 

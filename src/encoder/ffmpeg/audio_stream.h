@@ -26,8 +26,9 @@ class AudioStream {
     std::function<bool(const AVPacket&)> enqueue;  ///< takes one packet, stamped for the file
   };
 
-  /// `name` is what the source is called when samples are handed over, and in the log.
-  AudioStream(std::string name, Recording recording);
+  /// `name` is what the source is called when samples are handed over, and in the log; `title` what players
+  /// call its stream.
+  AudioStream(std::string name, std::string title, Recording recording);
 
   /// Sets the stream up for samples in `format`; without one, in the settings' rate and channels. A later
   /// call replaces the encoder of an earlier one and keeps its stream. A call that fails changes nothing:
@@ -58,11 +59,12 @@ class AudioStream {
 
   bool AddStream(OutputFile& file, const AudioEncoder& encoder);
   bool EncodeChunk(Source& source, std::int64_t milliseconds);
-  static bool ResampleChunk(Source& source, std::int64_t milliseconds);
+  static bool QueueAt(Source& source, const AVFrame* samples, std::int64_t milliseconds);
   bool EncodeAudioFrame(Source& source);
   void EnqueuePacket(const Source& source, AVPacket& packet);
 
   const std::string name_;
+  const std::string title_;
   const Recording recording_;
   AVStream* stream_ = nullptr;  ///< the file's; kept when the encoder is replaced
   std::optional<Source> source_;

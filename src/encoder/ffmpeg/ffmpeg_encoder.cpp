@@ -12,8 +12,8 @@ namespace brisolte {
 FFmpegEncoder::FFmpegEncoder(CaptureSettings settings, SteadyNow now)
     : settings_(std::move(settings)),
       now_(std::move(now)),
-      microphone_(MakeAudioStream("microphone")),
-      speaker_(MakeAudioStream("speaker")) {
+      microphone_(MakeAudioStream("microphone", "Microphone")),
+      speaker_(MakeAudioStream("speaker", "Speaker")) {
   if (settings_.outputFilePath.empty()) {
     Logger::Warning("FFmpegEncoder: Output path is empty, initialization cannot proceed");
     return;
@@ -21,9 +21,10 @@ FFmpegEncoder::FFmpegEncoder(CaptureSettings settings, SteadyNow now)
   Initialize();
 }
 
-AudioStream FFmpegEncoder::MakeAudioStream(const std::string& name) {
+AudioStream FFmpegEncoder::MakeAudioStream(const std::string& name, const std::string& title) {
   using std::chrono::milliseconds;
   return {name,
+          title,
           {[this] { return AcceptsAudio(); },
            [this] { return std::chrono::duration_cast<milliseconds>(now_() - startTime_).count(); },
            [this](const AVPacket& packet) {

@@ -64,7 +64,7 @@ class FFmpegEncoder final : public Encoder {
   void DrainStreams(CaptureClock::Moment stopped);
 
   bool AcceptsAudio() const { return writer_.running() && !stopping_; }
-  AudioStream MakeAudioStream(const std::string& name);
+  AudioStream MakeAudioStream(const std::string& name, const std::string& title);
   AudioStream* FindAudioStream(AudioStreamKind kind);
   AudioStream* FindAudioStream(const std::string& name);
 

@@ -220,31 +220,53 @@ TEST_P(SurroundSound, IsMixedToStereoWithoutClipping) {
 
 INSTANTIATE_TEST_SUITE_P(Of, SurroundSound, ::testing::Range<std::uint16_t>(4, 9));
 
-TEST_F(SoundRecording, LeavesOutRatesThatMp3DoesNotHave) {
-  for (const std::uint32_t rate : {7'999U, 37'800U, 64'000U, 88'200U, 96'000U, 176'400U, 192'000U}) {
-    const WaveFormat format = DeviceFormat(SampleType::kFloat32, 2, rate);
-    FFmpegEncoder encoder(Settings("file.mp4"));
-    EXPECT_TRUE(encoder.InitializeVideoEncoder(64, 48, nullptr));
-    EXPECT_FALSE(encoder.CreateAudioStream(AudioStreamKind::kSpeaker, &format)) << rate;
-    EXPECT_EQ(log_.lines().back(), "[ERROR] Could not open audio codec: Invalid argument");
-    EXPECT_TRUE(encoder.Start());
-    EXPECT_FALSE(encoder.ProcessAudioFrame(std::vector<std::uint8_t>(8192), "speaker"));
-    EXPECT_EQ(log_.lines().back(), "[ERROR] Audio context not initialized for speaker");
-    EXPECT_TRUE(encoder.ProcessFrameAsync(picture_.Frame(0)));
-    EXPECT_TRUE(encoder.Stop());
-    EXPECT_EQ(CountStreams(directory_ / "file.mp4"), 1U);
+struct Resampling {
+  std::uint32_t device;
+  int file;
+};
+
+class OtherRates : public SoundRecording, public ::testing::WithParamInterface<Resampling> {};
+
+TEST_P(OtherRates, AreRecordedInOneThatMp3Has) {
+  const auto& [device, rate] = GetParam();
+  const WaveFormat format = DeviceFormat(SampleType::kFloat32, 2, device);
+  const Tone tone{300, 0.5};
+  const std::size_t samples = std::size_t{2} * device;
+  const std::size_t expected = std::size_t{2} * static_cast<std::size_t>(rate);
+  for (const std::string file : {"file.mp3", "file.mp4", "file.avi"}) {
+    SCOPED_TRACE(file);
+    const DecodedAudio sound = RecordSound(format, {tone, tone}, samples, file);
+    EXPECT_EQ(sound.sampleRate, rate);
+    // The filter's own delay comes on top of the encoder's.
+    EXPECT_GE(sound.samples() + 2, expected);
+    EXPECT_LE(sound.samples(), expected + 3 * kMostDelay);
+    ASSERT_THAT(sound.channels, SizeIs(2));
+    ExpectTone(std::span(sound.channels[1]).first(expected - 2), tone, rate);
   }
+  EXPECT_TRUE(log_.has("[INFO] Resampling microphone from " + std::to_string(device) + " Hz to " +
+                       std::to_string(rate) + " Hz, which MP3 has"));
+  EXPECT_THAT(log_.text(), Not(HasSubstr("[ERROR]")));
 }
 
+INSTANTIATE_TEST_SUITE_P(OfDevices, OtherRates,
+                         ::testing::Values(Resampling{6'000, 8'000}, Resampling{37'800, 44'100},
+                                           Resampling{88'200, 44'100}, Resampling{96'000, 48'000},
+                                           Resampling{176'400, 44'100}, Resampling{192'000, 48'000},
+                                           Resampling{384'000, 48'000}),
+                         [](const auto& instance) { return std::to_string(instance.param.device); });
+
 TEST_F(SoundRecording, GoesOnWithTheOtherSourceWhenOneIsLeftOut) {
-  const WaveFormat tooFast = DeviceFormat(SampleType::kFloat32, 2, 96'000);
+  const WaveFormat tooMany = DeviceFormat(SampleType::kFloat32, 9, 48'000);
   const WaveFormat format = DeviceFormat(SampleType::kFloat32, 2, 44'100);
   const Tone tone{700, 0.3};
   {
     FFmpegEncoder encoder(Settings("file.mp3"));
-    EXPECT_FALSE(encoder.CreateAudioStream(AudioStreamKind::kMicrophone, &tooFast));
+    EXPECT_FALSE(encoder.CreateAudioStream(AudioStreamKind::kMicrophone, &tooMany));
+    EXPECT_EQ(log_.lines().back(), "[ERROR] Could not open audio codec: Invalid argument");
     EXPECT_TRUE(encoder.CreateAudioStream(AudioStreamKind::kSpeaker, &format));
     EXPECT_TRUE(encoder.Start());
+    EXPECT_FALSE(encoder.ProcessAudioFrame(std::vector<std::uint8_t>(8192), "microphone"));
+    EXPECT_EQ(log_.lines().back(), "[ERROR] Audio context not initialized for microphone");
     Deliver(encoder, "speaker", ToneBytes(format, {tone, tone}, 0, 44'100), 1);
     EXPECT_TRUE(encoder.Stop());
   }
@@ -276,6 +298,8 @@ TEST_F(SoundRecording, KeepsTwoSourcesApartBesideThePicture) {
     const auto sounds = ReadSounds(directory_ / file);
     EXPECT_EQ(CountStreams(directory_ / file), 3U);
     ASSERT_THAT(sounds, SizeIs(2));
+    EXPECT_EQ(sounds[0].title, "Microphone");
+    EXPECT_EQ(sounds[1].title, "Speaker");
     EXPECT_EQ(sounds[0].sampleRate, 44'100);
     EXPECT_EQ(sounds[1].sampleRate, 48'000);
     ASSERT_THAT(sounds[0].channels, SizeIs(1));
