@@ -1,4 +1,4 @@
-/** A rectangle of the desktop in pixels. */
+/** A rectangle of the desktop, in the monitors' own pixels whatever the display scaling: those that recordings have. */
 export interface Rect {
   left: number;
   top: number;
@@ -59,7 +59,7 @@ export interface VideoCodec {
   pixelFormats: string[];
 }
 
-/** A rectangle to record, in desktop coordinates. */
+/** A rectangle to record, in desktop coordinates: the monitors' own pixels, whatever the display scaling. */
 export interface Region {
   left: number;
   top: number;

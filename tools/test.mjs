@@ -1,9 +1,9 @@
-// Builds everything and runs every test: node tools/test.mjs [layer ...] [--only TEXT]
+// Builds everything and runs every test: node tools/test.mjs [layer ...] [--only TEXT] [--scale PERCENT]
 //
 // Layers: style (formatter, linter), linux, linux-asan, linux-tsan (the portable code, also under sanitizers), fuzz, windows
 // (the same and the Windows code under Wine), javascript (the module that ships, in Node.js for Windows under Wine),
 // package (what users install: its contents, its types, and its examples under Wine).
-// --only runs the test programs or files whose name contains TEXT.
+// --only runs the test programs or files whose name contains TEXT, --scale those of Windows on a display of this scaling.
 
 import { basename } from 'node:path';
 import { parseArgs } from 'node:util';
@@ -13,7 +13,8 @@ import { checkStyle } from './workshop/style.mjs';
 import { buildTree } from './workshop/tree.mjs';
 
 await main(async () => {
-  const { values, positionals } = parseArgs({ allowPositionals: true, options: { only: { type: 'string' } } });
+  const { values, positionals } = parseArgs({ allowPositionals: true, options: { only: { type: 'string' }, scale: { type: 'string' } } });
+  const scales = values.scale ? [Number(values.scale)] : undefined;
   const all = ['style', ...Object.keys(layers)];
   const unknown = positionals.filter((name) => !all.includes(name));
   if (unknown.length > 0) {
@@ -28,7 +29,7 @@ await main(async () => {
   for (const [name, { title, preset }] of Object.entries(layers)) {
     if (chosen.includes(name)) {
       await step(`Build: ${preset}`, () => buildTree(preset));
-      results.set(title, await step(`Tests: ${title}`, (note) => runLayer(name, wanted, note)));
+      results.set(title, await step(`Tests: ${title}`, (note) => runLayer(name, wanted, note, scales)));
     }
   }
   return report(results);

@@ -75,7 +75,7 @@ bool CaptureController::setMonitor(std::int32_t monitorIndex) {
 
 bool CaptureController::setMonitorByName(const std::string& name) {
   return ChangeWhenIdle({}, [&](CaptureSettings& settings) {
-    const std::vector<MonitorEntry> monitors = parts_->ListMonitors();
+    const std::vector<MonitorEntry> monitors = parts_->desktop().Monitors();
     const auto monitor = std::ranges::find(monitors, name, &MonitorEntry::name);
     if (monitor == monitors.end()) {
       return false;

@@ -65,8 +65,8 @@ class CaptureController {
   /// read
   bool setOutputDir(const std::string& directory);
 
-  std::vector<MonitorEntry> getMonitors() { return parts_->ListMonitors(); }
-  std::vector<WindowEntry> getWindows() { return parts_->ListWindows(); }
+  std::vector<MonitorEntry> getMonitors() { return parts_->desktop().Monitors(); }
+  std::vector<WindowEntry> getWindows() { return parts_->desktop().Windows(); }
   std::vector<AudioDeviceInfo> getMicrophones();
   std::vector<AudioDeviceInfo> getSpeakers();
 

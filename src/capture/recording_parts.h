@@ -6,8 +6,7 @@
 
 #include "audio/audio_device_info.h"
 #include "capture/capture_settings.h"
-#include "desktop/monitors.h"
-#include "desktop/windows.h"
+#include "desktop/desktop.h"
 #include "encoder/capture_source.h"
 #include "encoder/encoder.h"
 
@@ -43,8 +42,8 @@ class RecordingParts {
   virtual std::unique_ptr<CaptureSource> CreateAudioCapture(const CaptureSettings& settings,
                                                             Encoder& encoder) = 0;
 
-  virtual std::vector<MonitorEntry> ListMonitors() = 0;
-  virtual std::vector<WindowEntry> ListWindows() = 0;
+  /// Lives as long as this object.
+  virtual Desktop& desktop() = 0;
   virtual std::vector<AudioDeviceInfo> ListMicrophones() = 0;
   virtual std::vector<AudioDeviceInfo> ListSpeakers() = 0;
 

@@ -20,25 +20,9 @@ using Microsoft::WRL::ComPtr;
 constexpr std::int32_t kPoolBuffers = 2;
 constexpr DWORD kFrameWaitMs = 200;
 
-class WindowsDesktop final : public ScreenshotDesktop {
+class ServiceItems final : public ScreenshotItems {
  public:
-  explicit WindowsDesktop(CaptureService& service) : service_(service) {}
-
-  bool IsWindow(std::int64_t window) override { return ::IsWindow(WindowOf(window)) != FALSE; }
-  bool IsWindowVisible(std::int64_t window) override { return ::IsWindowVisible(WindowOf(window)) != FALSE; }
-  bool IsIconic(std::int64_t window) override { return ::IsIconic(WindowOf(window)) != FALSE; }
-  bool GetWindowRect(std::int64_t window, Rectangle& rect) override {
-    RECT found{};
-    const bool has = ::GetWindowRect(WindowOf(window), &found) != FALSE;
-    rect = {found.left, found.top, found.right, found.bottom};
-    return has;
-  }
-
-  std::vector<MonitorEntry> Monitors() override { return EnumerateMonitors(); }
-  std::int64_t MonitorFromRect(const Rectangle& rect) override {
-    const RECT place{rect.left, rect.top, rect.right, rect.bottom};
-    return reinterpret_cast<std::intptr_t>(::MonitorFromRect(&place, MONITOR_DEFAULTTONEAREST));
-  }
+  explicit ServiceItems(CaptureService& service) : service_(service) {}
 
   std::int32_t CreateItemForWindow(std::int64_t window) override {
     const HRESULT found = service_.ObtainItemInterop();
@@ -121,10 +105,11 @@ bool CaptureItem(CaptureService& service, const Direct3D& direct3d, const std::s
 
 }  // namespace
 
-bool TakeScreenshot(const CaptureSettings& settings, const Direct3D& direct3d, const std::string& filePath) {
+bool TakeScreenshot(const CaptureSettings& settings, Desktop& desktop, const Direct3D& direct3d,
+                    const std::string& filePath) {
   CaptureService service;
-  WindowsDesktop desktop(service);
-  const auto target = CreateScreenshotItem(desktop, settings);
+  ServiceItems items(service);
+  const auto target = CreateScreenshotItem(desktop, items, settings);
   return target && CaptureItem(service, direct3d, filePath, target->crop);
 }
 

@@ -3,6 +3,7 @@
 #include <string>
 
 #include "capture/capture_settings.h"
+#include "desktop/desktop.h"
 #include "video/graphics_device.h"
 
 namespace brisolte {
@@ -12,6 +13,7 @@ namespace brisolte {
 ///
 /// False, with an ERROR line, when there is no such target, no picture, or no file. Raises HResultError when
 /// the capture service refuses a step. Windows only.
-bool TakeScreenshot(const CaptureSettings& settings, const Direct3D& direct3d, const std::string& filePath);
+bool TakeScreenshot(const CaptureSettings& settings, Desktop& desktop, const Direct3D& direct3d,
+                    const std::string& filePath);
 
 }  // namespace brisolte

@@ -5,7 +5,6 @@
 
 #include "common/hresult_failure.h"
 #include "common/logger.h"
-#include "video/capture_geometry.h"
 
 namespace brisolte {
 namespace {
@@ -22,7 +21,8 @@ std::optional<ScreenshotTarget> TargetWith(std::int32_t itemResult, std::optiona
   return ScreenshotTarget{crop};
 }
 
-std::optional<ScreenshotTarget> CreateWindowItem(ScreenshotDesktop& desktop, std::int64_t window) {
+std::optional<ScreenshotTarget> CreateWindowItem(Desktop& desktop, ScreenshotItems& items,
+                                                 std::int64_t window) {
   Logger::Info("Starting window capture...");
   if (window == 0 || !desktop.IsWindow(window)) {
     return Fail("Invalid window handle");
@@ -31,17 +31,18 @@ std::optional<ScreenshotTarget> CreateWindowItem(ScreenshotDesktop& desktop, std
   if (!desktop.IsWindowVisible(window) || desktop.IsIconic(window)) {
     return Fail("Window is not visible");
   }
-  Rectangle rect;
-  if (!desktop.GetWindowRect(window, rect)) {
+  const auto rect = desktop.WindowRect(window);
+  if (!rect) {
     return Fail("Failed to get window rect");
   }
-  if (rect.width() < 1 || rect.height() < 1) {
+  if (rect->width() < 1 || rect->height() < 1) {
     return Fail("Invalid window size");
   }
-  return TargetWith(desktop.CreateItemForWindow(window), std::nullopt);
+  return TargetWith(items.CreateItemForWindow(window), std::nullopt);
 }
 
-std::optional<ScreenshotTarget> CreateMonitorItem(ScreenshotDesktop& desktop, std::int32_t index) {
+std::optional<ScreenshotTarget> CreateMonitorItem(Desktop& desktop, ScreenshotItems& items,
+                                                  std::int32_t index) {
   Logger::Info("Starting monitor capture...");
   const auto monitors = desktop.Monitors();
   const MonitorEntry* monitor = FindMonitor(monitors, index);
@@ -53,7 +54,7 @@ std::optional<ScreenshotTarget> CreateMonitorItem(ScreenshotDesktop& desktop, st
   if (monitor->handle == 0) {
     return Fail("Failed to get monitor handle");
   }
-  return TargetWith(desktop.CreateItemForMonitor(monitor->handle), std::nullopt);
+  return TargetWith(items.CreateItemForMonitor(monitor->handle), std::nullopt);
 }
 
 /// Empty for a region without an area or with edges that no rectangle can have.
@@ -68,7 +69,8 @@ std::optional<Rectangle> RectangleOf(const CaptureRegion& region) {
                    static_cast<std::int32_t>(bottom)};
 }
 
-std::optional<ScreenshotTarget> CreateRegionItem(ScreenshotDesktop& desktop, const CaptureRegion& region) {
+std::optional<ScreenshotTarget> CreateRegionItem(Desktop& desktop, ScreenshotItems& items,
+                                                 const CaptureRegion& region) {
   Logger::Info("Starting region capture...");
   const auto rect = RectangleOf(region);
   if (!rect) {
@@ -78,20 +80,20 @@ std::optional<ScreenshotTarget> CreateRegionItem(ScreenshotDesktop& desktop, con
   if (monitor == 0) {
     return Fail("Failed to determine monitor for region");
   }
-  return TargetWith(desktop.CreateItemForMonitor(monitor), rect);
+  return TargetWith(items.CreateItemForMonitor(monitor), rect);
 }
 
 }  // namespace
 
-std::optional<ScreenshotTarget> CreateScreenshotItem(ScreenshotDesktop& desktop,
+std::optional<ScreenshotTarget> CreateScreenshotItem(Desktop& desktop, ScreenshotItems& items,
                                                      const CaptureSettings& settings) {
   switch (settings.mode) {
     case CaptureMode::kWindow:
-      return CreateWindowItem(desktop, settings.windowHandle);
+      return CreateWindowItem(desktop, items, settings.windowHandle);
     case CaptureMode::kScreen:
-      return CreateMonitorItem(desktop, settings.monitorIndex);
+      return CreateMonitorItem(desktop, items, settings.monitorIndex);
     case CaptureMode::kRegion:
-      return CreateRegionItem(desktop, settings.region);
+      return CreateRegionItem(desktop, items, settings.region);
     case CaptureMode::kNone:
       break;
   }

@@ -25,7 +25,7 @@ class WindowsRecordingParts final : public RecordingParts {
 
   std::unique_ptr<CaptureSource> CreateVideoCapture(const CaptureSettings& settings,
                                                     Encoder& encoder) override {
-    return brisolte::CreateVideoCapture(settings, encoder);
+    return brisolte::CreateVideoCapture(settings, encoder, *desktop_);
   }
 
   std::unique_ptr<CaptureSource> CreateAudioCapture(const CaptureSettings& settings,
@@ -33,8 +33,7 @@ class WindowsRecordingParts final : public RecordingParts {
     return brisolte::CreateAudioCapture(settings, encoder);
   }
 
-  std::vector<MonitorEntry> ListMonitors() override { return EnumerateMonitors(); }
-  std::vector<WindowEntry> ListWindows() override { return EnumerateWindows(); }
+  Desktop& desktop() override { return *desktop_; }
 
   std::vector<AudioDeviceInfo> ListMicrophones() override {
     return EnumerateAudioDevices(AudioDataFlow::kCapture);
@@ -46,8 +45,12 @@ class WindowsRecordingParts final : public RecordingParts {
   bool CaptureScreenshot(const CaptureSettings& settings, GraphicsDevice& device,
                          const std::string& filePath) override {
     // The device is what this object itself made for the controller.
-    return TakeScreenshot(settings, static_cast<WindowsGraphicsDevice&>(device).direct3d(), filePath);
+    return TakeScreenshot(settings, *desktop_, static_cast<WindowsGraphicsDevice&>(device).direct3d(),
+                          filePath);
   }
+
+ private:
+  const std::unique_ptr<Desktop> desktop_ = CreateWindowsDesktop();
 };
 
 }  // namespace

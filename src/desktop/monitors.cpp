@@ -5,6 +5,7 @@
 #include <new>
 
 #include "common/text.h"
+#include "desktop/physical_pixels.h"
 
 namespace brisolte {
 namespace {
@@ -43,6 +44,7 @@ BOOL CALLBACK OnMonitor(HMONITOR handle, HDC /*context*/, LPRECT /*clip*/, LPARA
 }  // namespace
 
 std::vector<MonitorEntry> EnumerateMonitors() {
+  const PhysicalPixels pixels;
   Listing listing;
   EnumDisplayMonitors(nullptr, nullptr, OnMonitor, reinterpret_cast<LPARAM>(&listing));
   if (listing.outOfMemory) {

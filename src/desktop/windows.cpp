@@ -6,6 +6,7 @@
 #include <new>
 
 #include "common/text.h"
+#include "desktop/physical_pixels.h"
 #include "desktop/window_filter.h"
 
 namespace brisolte {
@@ -54,6 +55,7 @@ BOOL CALLBACK OnWindow(HWND handle, LPARAM listing) {
 }  // namespace
 
 std::vector<WindowEntry> EnumerateWindows() {
+  const PhysicalPixels pixels;
   Listing listing;
   EnumWindows(OnWindow, reinterpret_cast<LPARAM>(&listing));
   if (listing.outOfMemory) {

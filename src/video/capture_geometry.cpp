@@ -87,14 +87,4 @@ Placement PlaceContent(const CaptureGeometry& geometry, PixelSize texture, Pixel
   return {{x.source, y.source}, {x.destination, y.destination}, {x.length, y.length}};
 }
 
-const MonitorEntry* FindMonitor(const std::vector<MonitorEntry>& monitors, std::int32_t index) {
-  const bool exists = index >= 0 && static_cast<std::size_t>(index) < monitors.size();
-  return exists ? &monitors[static_cast<std::size_t>(index)] : nullptr;
-}
-
-PixelPoint CentreOf(const Rectangle& rectangle) {
-  return {static_cast<std::int32_t>(rectangle.left + rectangle.width() / 2),
-          static_cast<std::int32_t>(rectangle.top + rectangle.height() / 2)};
-}
-
 }  // namespace brisolte

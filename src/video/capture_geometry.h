@@ -2,27 +2,11 @@
 
 #include <cstdint>
 #include <string>
-#include <vector>
 
 #include "capture/capture_settings.h"
-#include "desktop/monitors.h"
 #include "desktop/rectangle.h"
 
 namespace brisolte {
-
-struct PixelSize {
-  std::int32_t width = 0;
-  std::int32_t height = 0;
-
-  friend bool operator==(const PixelSize&, const PixelSize&) = default;
-};
-
-struct PixelPoint {
-  std::int32_t x = 0;
-  std::int32_t y = 0;
-
-  friend bool operator==(const PixelPoint&, const PixelPoint&) = default;
-};
 
 /// The largest width or height that a texture can have.
 inline constexpr std::int32_t kLargestTextureSide = 16384;
@@ -66,11 +50,5 @@ struct Placement {
 /// Where the valid pixels of a texture appear in the frame. A texture holds content up to the content's size
 /// only; what lies beyond is undefined.
 Placement PlaceContent(const CaptureGeometry& geometry, PixelSize texture, PixelSize content);
-
-/// The monitor at this index, or null.
-const MonitorEntry* FindMonitor(const std::vector<MonitorEntry>& monitors, std::int32_t index);
-
-/// The middle of a rectangle.
-PixelPoint CentreOf(const Rectangle& rectangle);
 
 }  // namespace brisolte

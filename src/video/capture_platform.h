@@ -4,9 +4,7 @@
 #include <functional>
 #include <memory>
 #include <string>
-#include <vector>
 
-#include "desktop/monitors.h"
 #include "encoder/video_frame.h"
 #include "video/capture_geometry.h"
 #include "video/frame_pacer.h"
@@ -71,18 +69,6 @@ class CapturePlatform {
   virtual std::string DeviceIdentifier() = 0;
   virtual bool HasWrappedDevice() const = 0;
   virtual void ReleaseWrappedDevice() = 0;
-
-  virtual std::vector<MonitorEntry> Monitors() = 0;
-  /// The monitor nearest to a point of the desktop; 0 when there is none.
-  virtual std::int64_t MonitorFromPoint(PixelPoint point) = 0;
-
-  virtual bool IsWindow(std::int64_t window) = 0;
-  virtual bool IsWindowVisible(std::int64_t window) = 0;
-  virtual bool IsIconic(std::int64_t window) = 0;
-  virtual void RestoreWindow(std::int64_t window) = 0;
-  virtual void BringWindowToTop(std::int64_t window) = 0;
-  virtual void UpdateWindow(std::int64_t window) = 0;
-  virtual void Sleep(std::int32_t milliseconds) = 0;
 
   virtual std::int32_t CreateItemForMonitor(std::int64_t monitor) = 0;
   virtual std::int32_t CreateItemForWindow(std::int64_t window) = 0;

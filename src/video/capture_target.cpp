@@ -10,14 +10,15 @@ namespace {
 
 constexpr std::int32_t kRepairMs = 100;
 
-std::optional<CaptureTarget> CreateMonitorItem(CapturePlatform& platform, std::int32_t monitorIndex) {
-  const auto monitors = platform.Monitors();
+std::optional<CaptureTarget> CreateMonitorItem(Desktop& desktop, CapturePlatform& platform,
+                                               std::int32_t monitorIndex) {
+  const auto monitors = desktop.Monitors();
   const MonitorEntry* monitor = FindMonitor(monitors, monitorIndex);
   if (monitor == nullptr) {
     Logger::Error("Invalid monitor index: " + std::to_string(monitorIndex));
     return std::nullopt;
   }
-  const std::int64_t handle = platform.MonitorFromPoint(CentreOf(monitor->rect));
+  const std::int64_t handle = desktop.MonitorFromPoint(monitor->rect.centre());
   if (handle == 0) {
     Logger::Error("Failed to get monitor handle");
     return std::nullopt;
@@ -29,41 +30,42 @@ std::optional<CaptureTarget> CreateMonitorItem(CapturePlatform& platform, std::i
   return CaptureTarget{monitor->rect};
 }
 
-bool ShowHiddenWindow(CapturePlatform& platform, std::int64_t window) {
+bool ShowHiddenWindow(Desktop& desktop, std::int64_t window) {
   Logger::Warning("Warning: Target window is not visible");
-  platform.RestoreWindow(window);
-  platform.BringWindowToTop(window);
-  platform.UpdateWindow(window);
-  platform.Sleep(kRepairMs);
-  if (!platform.IsWindowVisible(window)) {
+  desktop.RestoreWindow(window);
+  desktop.BringWindowToTop(window);
+  desktop.UpdateWindow(window);
+  desktop.Sleep(kRepairMs);
+  if (!desktop.IsWindowVisible(window)) {
     Logger::Error("Window still not visible after attempting to restore");
     return false;
   }
   return true;
 }
 
-bool RestoreMinimizedWindow(CapturePlatform& platform, std::int64_t window) {
+bool RestoreMinimizedWindow(Desktop& desktop, std::int64_t window) {
   Logger::Warning("Warning: Target window is minimized");
-  platform.RestoreWindow(window);
-  platform.Sleep(kRepairMs);
-  if (platform.IsIconic(window)) {
+  desktop.RestoreWindow(window);
+  desktop.Sleep(kRepairMs);
+  if (desktop.IsIconic(window)) {
     Logger::Error("Window still minimized after attempting to restore");
     return false;
   }
   return true;
 }
 
-std::optional<CaptureTarget> CreateWindowItem(CapturePlatform& platform, std::int64_t window) {
-  if (window == 0 || !platform.IsWindow(window)) {
+std::optional<CaptureTarget> CreateWindowItem(Desktop& desktop, CapturePlatform& platform,
+                                              std::int64_t window) {
+  if (window == 0 || !desktop.IsWindow(window)) {
     Logger::Error("Invalid window handle");
     return std::nullopt;
   }
-  const bool hidden = !platform.IsWindowVisible(window);
-  const bool minimized = platform.IsIconic(window);
-  if (hidden && !ShowHiddenWindow(platform, window)) {
+  const bool hidden = !desktop.IsWindowVisible(window);
+  const bool minimized = desktop.IsIconic(window);
+  if (hidden && !ShowHiddenWindow(desktop, window)) {
     return std::nullopt;
   }
-  if (minimized && !RestoreMinimizedWindow(platform, window)) {
+  if (minimized && !RestoreMinimizedWindow(desktop, window)) {
     return std::nullopt;
   }
   if (const auto result = platform.CreateItemForWindow(window); result < 0) {
@@ -75,13 +77,14 @@ std::optional<CaptureTarget> CreateWindowItem(CapturePlatform& platform, std::in
 
 }  // namespace
 
-std::optional<CaptureTarget> CreateTargetItem(CapturePlatform& platform, const CaptureSettings& settings) {
+std::optional<CaptureTarget> CreateTargetItem(Desktop& desktop, CapturePlatform& platform,
+                                              const CaptureSettings& settings) {
   switch (settings.mode) {
     case CaptureMode::kScreen:
     case CaptureMode::kRegion:
-      return CreateMonitorItem(platform, settings.monitorIndex);
+      return CreateMonitorItem(desktop, platform, settings.monitorIndex);
     case CaptureMode::kWindow:
-      return CreateWindowItem(platform, settings.windowHandle);
+      return CreateWindowItem(desktop, platform, settings.windowHandle);
     case CaptureMode::kNone:
       break;
   }

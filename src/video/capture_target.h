@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "capture/capture_settings.h"
-#include "desktop/rectangle.h"
+#include "desktop/desktop.h"
 #include "video/capture_platform.h"
 
 namespace brisolte {
@@ -15,6 +15,7 @@ struct CaptureTarget {
 
 /// Makes the platform's capture item for the monitor or window that the settings name. A hidden or minimised
 /// window is shown again first, which takes 100 ms each. Empty when that fails, with an ERROR line.
-std::optional<CaptureTarget> CreateTargetItem(CapturePlatform& platform, const CaptureSettings& settings);
+std::optional<CaptureTarget> CreateTargetItem(Desktop& desktop, CapturePlatform& platform,
+                                              const CaptureSettings& settings);
 
 }  // namespace brisolte

@@ -5,8 +5,9 @@
 
 namespace brisolte {
 
-std::unique_ptr<CaptureSource> CreateVideoCapture(const CaptureSettings& settings, Encoder& encoder) {
-  return std::make_unique<VideoCapture>(settings, encoder, CreateWindowsCapturePlatform());
+std::unique_ptr<CaptureSource> CreateVideoCapture(const CaptureSettings& settings, Encoder& encoder,
+                                                  Desktop& desktop) {
+  return std::make_unique<VideoCapture>(settings, encoder, desktop, CreateWindowsCapturePlatform());
 }
 
 }  // namespace brisolte

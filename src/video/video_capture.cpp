@@ -26,9 +26,10 @@ std::int64_t DelaySince(std::int64_t capturedMs) {
 
 }  // namespace
 
-VideoCapture::VideoCapture(CaptureSettings settings, Encoder& encoder,
+VideoCapture::VideoCapture(CaptureSettings settings, Encoder& encoder, Desktop& desktop,
                            std::unique_ptr<CapturePlatform> platform)
     : settings_(std::move(settings)),
+      desktop_(desktop),
       platform_(std::move(platform)),
       encoder_(&encoder),
       pacer_(settings_.frameRate),

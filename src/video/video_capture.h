@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "capture/capture_settings.h"
+#include "desktop/desktop.h"
 #include "encoder/capture_source.h"
 #include "encoder/encoder.h"
 #include "video/capture_geometry.h"
@@ -21,8 +22,10 @@ namespace brisolte {
 class VideoCapture final : public CaptureSource {
  public:
   /// Runs all steps of construction; the first that fails is logged and leaves the object not initialized.
+  /// The desktop is borrowed until the object goes.
   /// Failures that no step answers for are raised as HResultError.
-  VideoCapture(CaptureSettings settings, Encoder& encoder, std::unique_ptr<CapturePlatform> platform);
+  VideoCapture(CaptureSettings settings, Encoder& encoder, Desktop& desktop,
+               std::unique_ptr<CapturePlatform> platform);
   VideoCapture(const VideoCapture&) = delete;
   VideoCapture& operator=(const VideoCapture&) = delete;
   ~VideoCapture() override;
@@ -69,6 +72,7 @@ class VideoCapture final : public CaptureSource {
 
   bool initialized_ = false;
   const CaptureSettings settings_;
+  Desktop& desktop_;
   const std::unique_ptr<CapturePlatform> platform_;
   CaptureGeometry geometry_;
   std::atomic<bool> running_{false};

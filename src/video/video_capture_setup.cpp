@@ -94,7 +94,7 @@ bool VideoCapture::InitializeWGCDevice() {
 }
 
 bool VideoCapture::CreateCaptureItem() {
-  const auto target = CreateTargetItem(*platform_, settings_);
+  const auto target = CreateTargetItem(desktop_, *platform_, settings_);
   if (!target) {
     return false;
   }

@@ -65,19 +65,6 @@ class WindowsCapturePlatform final : public CapturePlatform {
   bool HasWrappedDevice() const override { return wrapped_ != nullptr; }
   void ReleaseWrappedDevice() override { wrapped_ = nullptr; }
 
-  std::vector<MonitorEntry> Monitors() override { return EnumerateMonitors(); }
-  std::int64_t MonitorFromPoint(PixelPoint point) override {
-    return reinterpret_cast<std::intptr_t>(::MonitorFromPoint({point.x, point.y}, MONITOR_DEFAULTTONEAREST));
-  }
-
-  bool IsWindow(std::int64_t window) override { return ::IsWindow(WindowOf(window)) != FALSE; }
-  bool IsWindowVisible(std::int64_t window) override { return ::IsWindowVisible(WindowOf(window)) != FALSE; }
-  bool IsIconic(std::int64_t window) override { return ::IsIconic(WindowOf(window)) != FALSE; }
-  void RestoreWindow(std::int64_t window) override { ::ShowWindow(WindowOf(window), SW_RESTORE); }
-  void BringWindowToTop(std::int64_t window) override { ::BringWindowToTop(WindowOf(window)); }
-  void UpdateWindow(std::int64_t window) override { ::UpdateWindow(WindowOf(window)); }
-  void Sleep(std::int32_t milliseconds) override { ::Sleep(static_cast<DWORD>(milliseconds)); }
-
   std::int32_t CreateItemForMonitor(std::int64_t monitor) override {
     return service_.CreateItemForMonitor(MonitorOf(monitor));
   }

@@ -243,7 +243,7 @@ void PatternWindow::WriteReady() const {
   text << std::boolalpha << R"({"handle":)" << reinterpret_cast<std::intptr_t>(window_) << R"(,"client":)"
        << Json(client) << R"(,"frame":)" << Json(VisibleFrame(window_)) << R"(,"visible":)"
        << (IsWindowVisible(window_) != FALSE) << R"(,"minimized":)" << (IsIconic(window_) != FALSE)
-       << R"(,"commands":)" << commands_ << "}\n";
+       << R"(,"dpi":)" << GetDpiForWindow(window_) << R"(,"commands":)" << commands_ << "}\n";
   ReplaceFileText(options_.ready, text.str());
 }
 

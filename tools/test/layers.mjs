@@ -18,6 +18,10 @@ process.on('exit', () => rmSync(resultsDir, { recursive: true, force: true }));
 // Tests that set the clock of their session.
 const CLOCK_TESTS = ['clock.test.js'];
 
+// Tests that run once at each of these scales of the display.
+const SCALED_TESTS = ['scaling.test.js'];
+const SCALES = [100, 125, 150, 200];
+
 /** Each layer with the words for its results, the preset it needs built, its files, and how one of them runs. */
 export const layers = {
   linux: { title: 'portable code on Linux', preset: 'linux', files: testPrograms, run: runLinuxProgram },
@@ -49,21 +53,27 @@ export const layers = {
   },
 };
 
+const scalesOf = (file) => (SCALED_TESTS.includes(basename(file)) ? SCALES : [100]);
+
 /**
- * Runs the programs or files of a layer that `wanted` lets through.
+ * Runs the programs or files of a layer that `wanted` lets through, on displays of these scales in per cent: 100 unless said
+ * otherwise or the file has its own.
  * @returns {Promise<{passed: number, failed: number, broken: string[]}>} `broken` names the files that failed
  */
-export async function runLayer(name, wanted, note) {
+export async function runLayer(name, wanted, note, scales) {
   const { preset, files, run } = layers[name];
   const total = { passed: 0, failed: 0, broken: [] };
   for (const file of files(preset).filter(wanted)) {
     note(basename(file));
-    const { passed, failed, code } = await run(file, name);
-    total.passed += passed;
-    total.failed += failed;
-    // A program that dies in the middle has no failed test to show for it.
-    if (failed > 0 || code !== 0 || passed === 0) {
-      total.broken.push(`${relative(treeDir, file)} (exit code ${code})`);
+    for (const scale of scales ?? scalesOf(file)) {
+      const { passed, failed, code } = await run(file, name, { scale });
+      total.passed += passed;
+      total.failed += failed;
+      // A program that dies in the middle has no failed test to show for it.
+      if (failed > 0 || code !== 0 || passed === 0) {
+        const where = scale === 100 ? '' : ` at ${scale} %`;
+        total.broken.push(`${relative(treeDir, file)}${where} (exit code ${code})`);
+      }
     }
   }
   return total;
@@ -124,10 +134,10 @@ export function fuzz(program, options) {
   return runInRoot([program, ...words]);
 }
 
-export async function runWindowsProgram(program, layer) {
+export async function runWindowsProgram(program, layer, { scale } = {}) {
   const results = resultFile(layer, program, 'json');
   const words = ['--gtest_brief=1', `--gtest_output=json:${windowsPath(results)}`];
-  const code = await runUnderWine(program, words, { standins: true, timeout: PROGRAM_LIMIT_S, writable: [resultsDir] });
+  const code = await runUnderWine(program, words, { standins: true, scale, timeout: PROGRAM_LIMIT_S, writable: [resultsDir] });
   return { ...googleTestCounts(results), code };
 }
 
@@ -135,10 +145,11 @@ export async function runWindowsProgram(program, layer) {
  * Runs one test file in Node.js for Windows.
  * @param {string} file
  * @param {string} layer
- * @param {object} options folders that the tests read and write, more of the environment, seconds until they are ended
+ * @param {object} options folders that the tests read and write, more of the environment, the display's scale, seconds until
+ *   they are ended
  * @returns {Promise<{passed: number, failed: number, code: number}>}
  */
-export async function runJavascript(file, layer, { readable = [], writable = [], env = {}, timeout = PROGRAM_LIMIT_S } = {}) {
+export async function runJavascript(file, layer, { readable = [], writable = [], env = {}, scale, timeout = PROGRAM_LIMIT_S } = {}) {
   const tools = await ffmpegTools();
   const results = resultFile(layer, file, 'xml');
   const words = [
@@ -151,6 +162,7 @@ export async function runJavascript(file, layer, { readable = [], writable = [],
   const code = await runUnderWine('node', words, {
     standins: true,
     clock: CLOCK_TESTS.includes(basename(file)),
+    scale,
     timeout,
     readable: [tools, ...readable],
     writable: [resultsDir, ...writable],

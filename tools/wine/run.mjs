@@ -9,6 +9,7 @@ const USAGE = `usage: node tools/wine/run.mjs [options] PROGRAM.exe|node [argume
   --clock             with a clock that can be set: BRISOLTE_CLOCK names the file of what it shows
   --timeout SECONDS   time limit, 300 unless said otherwise
   --screen WxH|none   size of the screen, 1280x720 unless said otherwise; none for a session without a display
+  --scale PERCENT     display scaling, 100 unless said otherwise
   --node VERSION      which Node.js for Windows
   --debug CHANNELS    Wine's debug output, as WINEDEBUG takes it`;
 
@@ -17,6 +18,7 @@ const OPTIONS = {
   clock: { type: 'boolean' },
   timeout: { type: 'string' },
   screen: { type: 'string' },
+  scale: { type: 'string' },
   node: { type: 'string' },
   debug: { type: 'string' },
 };
@@ -41,6 +43,7 @@ await main(async () => {
   return runUnderWine(program, words, {
     ...values,
     timeout: Number(values.timeout ?? 300),
+    scale: Number(values.scale ?? 100),
     env: values.debug ? { WINEDEBUG: values.debug } : {},
   });
 });

@@ -42,6 +42,7 @@ export const hostPath = (path) => path.replace(/^Z:/, '').replaceAll('\\', '/');
  * @param {boolean} [options.standins] puts the stand-ins for what Wine lacks in place
  * @param {boolean} [options.clock] gives Wine's processes a clock that can be set; the others keep that of the machine
  * @param {string} [options.screen] size of the screen, or `none` for a session without a display
+ * @param {number} [options.scale] display scaling in per cent, as the system's settings have it
  * @param {number} [options.smallDisk] bytes of the disk that BRISOLTE_SMALL_DISK names; it is gone with the session
  * @param {string[]} [options.writable] folders beside the tree that the program may write, under their own names
  * @param {string[]} [options.readable] folders beside the tree that the program may read, under their own names
@@ -50,7 +51,8 @@ export const hostPath = (path) => path.replace(/^Z:/, '').replaceAll('\\', '/');
  * @returns {Promise<number>} the exit code, 124 after a time-out
  */
 export async function runUnderWine(program, words, options = {}) {
-  const { timeout = 300, standins = false, clock = false, screen = '1280x720', smallDisk = SMALL_DISK_BYTES } = options;
+  const { timeout = 300, standins = false, clock = false, screen = '1280x720' } = options;
+  const { scale = 100, smallDisk = SMALL_DISK_BYTES } = options;
   const { writable = [], readable = [], outputOnly = false, env = {} } = options;
   const executable = program === 'node' ? await windowsNode(options.node ?? DEFAULT_NODE) : resolve(program);
   if (!existsSync(executable)) {
@@ -85,6 +87,7 @@ export async function runUnderWine(program, words, options = {}) {
       BRISOLTE_SMALL_DISK: windowsPath(SMALL_DISK),
       BRISOLTE_READ_ONLY_DIR: windowsPath(READ_ONLY_DIR),
       BRISOLTE_SCREEN: screen,
+      BRISOLTE_DPI: String(dotsPerInch(scale)),
       BRISOLTE_STANDINS: standins ? '1' : '',
       ...(clock ? { BRISOLTE_CLOCK: windowsPath(CLOCK) } : {}),
       ...env,
@@ -102,6 +105,15 @@ export async function runUnderWine(program, words, options = {}) {
     streams.forEach((stream) => stream.close());
     rmSync(output, { recursive: true, force: true });
   }
+}
+
+/** The number of dots in an inch that the system's settings have for a scaling in per cent. */
+function dotsPerInch(scale) {
+  const dots = (scale * 96) / 100;
+  if (!Number.isInteger(dots) || dots < 96 || dots > 480) {
+    throw new WorkshopError(`a scale of ${scale} per cent is none that the system offers`);
+  }
+  return dots;
 }
 
 function exitCode(child, timeout) {

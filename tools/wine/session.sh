@@ -45,6 +45,8 @@ prefix() {
   export WINEPREFIX=/prefix
   cp -a /template/*.reg /template/.update-timestamp /template/dosdevices "$WINEPREFIX"
   cp -a /template/drive_c/users "$WINEPREFIX/drive_c"
+  # Read when the session's first process starts, and never again.
+  printf '\n[Control Panel\\\\Desktop]\n"LogPixels"=dword:%08x\n' "$BRISOLTE_DPI" >> "$WINEPREFIX/user.reg"
   if [ -n "${BRISOLTE_STANDINS:-}" ]; then
     local class
     for class in GraphicsCaptureItem Direct3D11CaptureFramePool; do

@@ -8,7 +8,23 @@ namespace brisolte::standins {
 
 namespace {
 
+/// While it lives, this thread has the monitors' own pixels: the service knows no others, whatever the
+/// awareness of the process that it works in.
+class MonitorPixels {
+ public:
+  MonitorPixels() = default;
+  MonitorPixels(const MonitorPixels&) = delete;
+  MonitorPixels& operator=(const MonitorPixels&) = delete;
+  MonitorPixels(MonitorPixels&&) = delete;
+  MonitorPixels& operator=(MonitorPixels&&) = delete;
+  ~MonitorPixels() { SetThreadDpiAwarenessContext(before_); }
+
+ private:
+  DPI_AWARENESS_CONTEXT before_ = SetThreadDpiAwarenessContext(DPI_AWARENESS_CONTEXT_PER_MONITOR_AWARE_V2);
+};
+
 std::optional<MONITORINFOEXW> MonitorInfo(HMONITOR monitor) {
+  const MonitorPixels pixels;
   MONITORINFOEXW info{};
   info.cbSize = sizeof(info);
   return GetMonitorInfoW(monitor, &info) != FALSE ? std::optional(info) : std::nullopt;
@@ -36,6 +52,7 @@ std::optional<RECT> CaptureTarget::Rect() const {
     const auto info = MonitorInfo(monitor_);
     return info ? std::optional(info->rcMonitor) : std::nullopt;
   }
+  const MonitorPixels pixels;
   RECT rect{};
   return GetWindowRect(window_, &rect) != FALSE ? std::optional(rect) : std::nullopt;
 }
@@ -52,6 +69,7 @@ std::wstring CaptureTarget::Name() const {
 }
 
 bool CaptureTarget::CopyTo(HDC destination, abi::SizeInt32 size) const {
+  const MonitorPixels pixels;
   const auto rect = monitor_ != nullptr ? Rect() : std::optional(RECT{});
   if (!rect) {
     return false;

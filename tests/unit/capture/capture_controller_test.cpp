@@ -133,8 +133,8 @@ TEST_F(CaptureControllerTest, TakesPositiveAudioBitratesOnly) {
 }
 
 TEST_F(CaptureControllerTest, FindsAMonitorByItsExactName) {
-  stage_.monitors = {Monitor(0, R"(\\.\DISPLAY1)"), Monitor(1, R"(\\.\DISPLAY2)"),
-                     Monitor(2, R"(\\.\DISPLAY2)")};
+  stage_.desktop.monitors = {Monitor(0, R"(\\.\DISPLAY1)"), Monitor(1, R"(\\.\DISPLAY2)"),
+                             Monitor(2, R"(\\.\DISPLAY2)")};
   controller_.setWindow(5);
   for (const std::string name : {R"(\\.\Display2)", R"(\\.\DISPLAY)", R"(\\.\DISPLAY2 )", ""}) {
     EXPECT_FALSE(controller_.setMonitorByName(name)) << name;
@@ -147,7 +147,7 @@ TEST_F(CaptureControllerTest, FindsAMonitorByItsExactName) {
 }
 
 TEST_F(CaptureControllerTest, RefusesEverySettingWhileItRecords) {
-  stage_.monitors = {Monitor(0, "one")};
+  stage_.desktop.monitors = {Monitor(0, "one")};
   controller_.setMode(CaptureMode::kNone);
   ASSERT_TRUE(controller_.startRecord());
   const CapturedLog log;

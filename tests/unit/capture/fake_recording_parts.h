@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "capture/recording_parts.h"
+#include "support/fake_desktop.h"
 
 namespace brisolte::testing {
 
@@ -17,7 +18,7 @@ struct Stage {
 
   std::vector<std::string> events;
   std::vector<CaptureSettings> settings;  ///< what each created encoder or capture was given
-  std::vector<MonitorEntry> monitors;
+  FakeDesktop desktop;
 
   bool hasDevice = true;
   bool hasEncoder = true;
@@ -150,8 +151,7 @@ class FakeRecordingParts : public RecordingParts {
     return CreateCapture(settings, stage_.hasAudio,
                          {"audio", stage_.audioInitialized, stage_.startAudio, stage_.stopAudio});
   }
-  std::vector<MonitorEntry> ListMonitors() override { return stage_.monitors; }
-  std::vector<WindowEntry> ListWindows() override { return {}; }
+  Desktop& desktop() override { return stage_.desktop; }
   std::vector<AudioDeviceInfo> ListMicrophones() override { return {{.id = "m", .name = "Microphone"}}; }
   std::vector<AudioDeviceInfo> ListSpeakers() override { return {{.id = "s", .name = "Speaker"}}; }
   bool CaptureScreenshot(const CaptureSettings& settings, GraphicsDevice& /*device*/,

@@ -4,9 +4,12 @@
 
 #include <limits>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "common/text.h"
 #include "support/captured_log.h"
+#include "support/fake_desktop.h"
 
 namespace brisolte {
 namespace {
@@ -14,6 +17,7 @@ namespace {
 using testing::CapturedLog;
 using ::testing::ElementsAre;
 using ::testing::Eq;
+using testing::FakeDesktop;
 using ::testing::Field;
 using ::testing::HasSubstr;
 using ::testing::IsEmpty;
@@ -22,54 +26,25 @@ using ::testing::Optional;
 constexpr std::int32_t kDenied = static_cast<std::int32_t>(0x80070005);
 constexpr std::int32_t kMost = std::numeric_limits<std::int32_t>::max();
 
-class FakeDesktop : public ScreenshotDesktop {
+/// Makes items, and keeps the calls of everything in order.
+class FakeItems : public ScreenshotItems {
  public:
-  bool IsWindow(std::int64_t window) override { return Asked("IsWindow", window) && isWindow; }
-  bool IsWindowVisible(std::int64_t window) override { return Asked("IsWindowVisible", window) && isVisible; }
-  bool IsIconic(std::int64_t window) override { return Asked("IsIconic", window) && isIconic; }
-  bool GetWindowRect(std::int64_t window, Rectangle& rect) override {
-    rect = windowRect;
-    return Asked("GetWindowRect", window) && hasRect;
-  }
-  std::vector<MonitorEntry> Monitors() override {
-    calls.emplace_back("Monitors");
-    return monitors;
-  }
-  std::int64_t MonitorFromRect(const Rectangle& rect) override {
-    calls.push_back("MonitorFromRect " + std::to_string(rect.left) + " " + std::to_string(rect.top) + " " +
-                    std::to_string(rect.right) + " " + std::to_string(rect.bottom));
-    return nearestMonitor;
-  }
   std::int32_t CreateItemForWindow(std::int64_t window) override {
-    Asked("CreateItemForWindow", window);
+    calls.push_back("CreateItemForWindow " + std::to_string(window));
     return itemResult;
   }
   std::int32_t CreateItemForMonitor(std::int64_t monitor) override {
-    Asked("CreateItemForMonitor", monitor);
+    calls.push_back("CreateItemForMonitor " + std::to_string(monitor));
     return itemResult;
   }
 
   std::vector<std::string> calls;
-  bool isWindow = true;
-  bool isVisible = true;
-  bool isIconic = false;
-  bool hasRect = true;
-  Rectangle windowRect{0, 0, 100, 100};
-  std::vector<MonitorEntry> monitors{{0, "first", 11, {0, 0, 1920, 1080}, true},
-                                     {1, "second", 22, {-1280, -20, 0, 1004}, false}};
-  std::int64_t nearestMonitor = 33;
   std::int32_t itemResult = 0;
-
- private:
-  bool Asked(const std::string& call, std::int64_t handle) {
-    calls.push_back(call + " " + std::to_string(handle));
-    return true;
-  }
 };
 
 class ScreenshotTargetTest : public ::testing::Test {
  protected:
-  std::optional<ScreenshotTarget> Create() { return CreateScreenshotItem(desktop_, settings_); }
+  std::optional<ScreenshotTarget> Create() { return CreateScreenshotItem(desktop_, items_, settings_); }
 
   void AimAtWindow(std::int64_t window) {
     settings_.mode = CaptureMode::kWindow;
@@ -81,40 +56,43 @@ class ScreenshotTargetTest : public ::testing::Test {
   }
 
   CaptureSettings settings_;
-  FakeDesktop desktop_;
+  FakeItems items_;
+  FakeDesktop desktop_{[this](std::string call) { items_.calls.push_back(std::move(call)); }};
 };
 
 TEST_F(ScreenshotTargetTest, TakesAWindowWhole) {
   AimAtWindow(7);
   const CapturedLog log;
   EXPECT_THAT(Create(), Optional(Field(&ScreenshotTarget::crop, Eq(std::nullopt))));
-  EXPECT_THAT(desktop_.calls, ElementsAre("IsWindow 7", "IsWindowVisible 7", "IsIconic 7", "GetWindowRect 7",
-                                          "CreateItemForWindow 7"));
+  EXPECT_THAT(items_.calls, ElementsAre("IsWindow 7", "IsWindowVisible 7", "IsIconic 7", "WindowRect 7",
+                                        "CreateItemForWindow 7"));
   EXPECT_THAT(log.lines(), ElementsAre("[INFO] Starting window capture..."));
 }
 
 TEST_F(ScreenshotTargetTest, NamesWhatIsWrongWithAWindow) {
   struct Case {
-    void (*spoil)(FakeDesktop&);
+    void (*spoil)(FakeDesktop&, FakeItems&);
     std::string error;
   };
   const std::vector<Case> cases = {
-      {[](FakeDesktop& desktop) { desktop.isWindow = false; }, "Invalid window handle"},
-      {[](FakeDesktop& desktop) { desktop.isVisible = false; }, "Window is not visible"},
-      {[](FakeDesktop& desktop) { desktop.isIconic = true; }, "Window is not visible"},
-      {[](FakeDesktop& desktop) { desktop.hasRect = false; }, "Failed to get window rect"},
-      {[](FakeDesktop& desktop) { desktop.windowRect = {5, 5, 5, 9}; }, "Invalid window size"},
-      {[](FakeDesktop& desktop) { desktop.windowRect = {5, 5, 9, 5}; }, "Invalid window size"},
-      {[](FakeDesktop& desktop) { desktop.windowRect = {kMost, 0, -kMost, 9}; }, "Invalid window size"},
-      {[](FakeDesktop& desktop) { desktop.itemResult = kDenied; },
+      {[](FakeDesktop& desktop, FakeItems&) { desktop.isWindow = false; }, "Invalid window handle"},
+      {[](FakeDesktop& desktop, FakeItems&) { desktop.windowVisible = {false}; }, "Window is not visible"},
+      {[](FakeDesktop& desktop, FakeItems&) { desktop.windowIconic = {true}; }, "Window is not visible"},
+      {[](FakeDesktop& desktop, FakeItems&) { desktop.windowRect.reset(); }, "Failed to get window rect"},
+      {[](FakeDesktop& desktop, FakeItems&) { desktop.windowRect = {5, 5, 5, 9}; }, "Invalid window size"},
+      {[](FakeDesktop& desktop, FakeItems&) { desktop.windowRect = {5, 5, 9, 5}; }, "Invalid window size"},
+      {[](FakeDesktop& desktop, FakeItems&) { desktop.windowRect = {kMost, 0, -kMost, 9}; },
+       "Invalid window size"},
+      {[](FakeDesktop&, FakeItems& items) { items.itemResult = kDenied; },
        "Failed to create capture item: " + HResultText(kDenied)},
   };
   AimAtWindow(7);
   for (const Case& each : cases) {
     FakeDesktop desktop;
-    each.spoil(desktop);
+    FakeItems items;
+    each.spoil(desktop, items);
     const CapturedLog log;
-    EXPECT_FALSE(CreateScreenshotItem(desktop, settings_)) << each.error;
+    EXPECT_FALSE(CreateScreenshotItem(desktop, items, settings_)) << each.error;
     EXPECT_THAT(log.text(), HasSubstr("[ERROR] " + each.error));
   }
 }
@@ -123,7 +101,7 @@ TEST_F(ScreenshotTargetTest, AsksNothingAboutNoWindow) {
   AimAtWindow(0);
   const CapturedLog log;
   EXPECT_FALSE(Create());
-  EXPECT_THAT(desktop_.calls, IsEmpty());
+  EXPECT_THAT(items_.calls, IsEmpty());
   EXPECT_THAT(log.lines(), ElementsAre("[INFO] Starting window capture...", "[ERROR] Invalid window handle"));
 }
 
@@ -134,21 +112,22 @@ TEST_F(ScreenshotTargetTest, TakesAWindowOfOnePixel) {
 }
 
 TEST_F(ScreenshotTargetTest, TakesAMonitorWhole) {
+  desktop_.monitors.push_back({1, "second", 22, {-1280, -20, 0, 1004}, false});
   settings_.monitorIndex = 1;
   const CapturedLog log;
   EXPECT_THAT(Create(), Optional(Field(&ScreenshotTarget::crop, Eq(std::nullopt))));
-  EXPECT_THAT(desktop_.calls, ElementsAre("Monitors", "CreateItemForMonitor 22"));
+  EXPECT_THAT(items_.calls, ElementsAre("Monitors", "CreateItemForMonitor 22"));
   EXPECT_THAT(log.lines(), ElementsAre("[INFO] Starting monitor capture...",
                                        "[INFO] Monitor info: second at (-1280, -20)"));
 }
 
 TEST_F(ScreenshotTargetTest, RefusesAMonitorThatIsNotThere) {
-  for (const std::int32_t index : {2, -1, kMost, -kMost - 1}) {
+  for (const std::int32_t index : {1, -1, kMost, -kMost - 1}) {
     settings_.monitorIndex = index;
-    desktop_.calls.clear();
+    items_.calls.clear();
     const CapturedLog log;
     EXPECT_FALSE(Create()) << index;
-    EXPECT_THAT(desktop_.calls, ElementsAre("Monitors"));
+    EXPECT_THAT(items_.calls, ElementsAre("Monitors"));
     EXPECT_THAT(log.lines(),
                 ElementsAre("[INFO] Starting monitor capture...", "[ERROR] Invalid monitor index"));
   }
@@ -164,7 +143,7 @@ TEST_F(ScreenshotTargetTest, RefusesAMonitorWithoutAHandle) {
 }
 
 TEST_F(ScreenshotTargetTest, TellsThatAMonitorHasNoItem) {
-  desktop_.itemResult = kDenied;
+  items_.itemResult = kDenied;
   const CapturedLog log;
   EXPECT_FALSE(Create());
   EXPECT_THAT(log.text(), HasSubstr("[ERROR] Failed to create capture item: HRESULT: 0x80070005"));
@@ -174,7 +153,7 @@ TEST_F(ScreenshotTargetTest, CutsARegionOutAtItsDesktopCoordinates) {
   AimAtRegion({.left = -10, .top = 20, .width = 100, .height = 50});
   const CapturedLog log;
   EXPECT_THAT(Create(), Optional(Field(&ScreenshotTarget::crop, Rectangle{-10, 20, 90, 70})));
-  EXPECT_THAT(desktop_.calls, ElementsAre("MonitorFromRect -10 20 90 70", "CreateItemForMonitor 33"));
+  EXPECT_THAT(items_.calls, ElementsAre("MonitorFromRect -10 20 90 70", "CreateItemForMonitor 11"));
   EXPECT_THAT(log.lines(), ElementsAre("[INFO] Starting region capture..."));
 }
 
@@ -190,7 +169,7 @@ TEST_F(ScreenshotTargetTest, RefusesARegionThatIsNone) {
     EXPECT_THAT(log.lines(),
                 ElementsAre("[INFO] Starting region capture...", "[ERROR] Invalid capture region"));
   }
-  EXPECT_THAT(desktop_.calls, IsEmpty());
+  EXPECT_THAT(items_.calls, IsEmpty());
 }
 
 TEST_F(ScreenshotTargetTest, TakesTheLargestRegion) {
@@ -202,7 +181,7 @@ TEST_F(ScreenshotTargetTest, TakesTheLargestRegion) {
 
 TEST_F(ScreenshotTargetTest, TellsThatARegionHasNoMonitorOrNoItem) {
   AimAtRegion({0, 0, 10, 10});
-  desktop_.itemResult = kDenied;
+  items_.itemResult = kDenied;
   const CapturedLog log;
   EXPECT_FALSE(Create());
   EXPECT_THAT(log.text(), HasSubstr("[ERROR] Failed to create capture item: HRESULT: 0x80070005"));
@@ -218,7 +197,7 @@ TEST_F(ScreenshotTargetTest, HasNoTargetWithoutAPicture) {
     EXPECT_FALSE(Create());
     EXPECT_THAT(log.lines(), ElementsAre("[ERROR] Invalid capture mode"));
   }
-  EXPECT_THAT(desktop_.calls, IsEmpty());
+  EXPECT_THAT(items_.calls, IsEmpty());
 }
 
 }  // namespace

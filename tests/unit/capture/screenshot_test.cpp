@@ -36,7 +36,7 @@ class Screenshot : public ::testing::Test {
     settings_.windowHandle = window_.number();
   }
 
-  bool TakeOnce() const { return TakeScreenshot(settings_, device_->direct3d(), path_); }
+  bool TakeOnce() const { return TakeScreenshot(settings_, *desktop_, device_->direct3d(), path_); }
 
   /// Takes one that shows something: a busy machine may not have a frame within the service's time.
   bool Take() const {
@@ -52,6 +52,7 @@ class Screenshot : public ::testing::Test {
 
   const PaintedWindow window_{{100, 80, 301, 203}};
   const std::unique_ptr<WindowsGraphicsDevice> device_ = WindowsGraphicsDevice::Create();
+  const std::unique_ptr<Desktop> desktop_ = CreateWindowsDesktop();
   const TemporaryDirectory directory_;
   const std::string path_ = directory_ / "picture.png";
   CaptureSettings settings_;

@@ -32,5 +32,11 @@ TEST(Rectangle, HasASizeBeyondItsEdgesType) {
   EXPECT_EQ(all.height(), 4294967295);
 }
 
+TEST(Rectangle, HasItsCentreOverTheWholeRange) {
+  EXPECT_EQ((Rectangle{0, 0, 1920, 1080}.centre()), (PixelPoint{960, 540}));
+  EXPECT_EQ((Rectangle{-1921, -1, 0, 0}.centre()), (PixelPoint{-961, -1}));
+  EXPECT_EQ((Rectangle{kLowest, kLowest, kHighest, kHighest}.centre()), (PixelPoint{-1, -1}));
+}
+
 }  // namespace
 }  // namespace brisolte

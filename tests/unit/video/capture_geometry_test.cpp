@@ -143,21 +143,5 @@ TEST(PlaceContent, IsNothingWithoutContentInTheFrame) {
   EXPECT_EQ(PlaceContent(region, {942, 680}, {kLowest, kHighest}), Placement{});
 }
 
-TEST(FindMonitor, NeverLooksOutsideTheList) {
-  const std::vector<MonitorEntry> monitors{{0, "a", 1, {}, true}, {1, "b", 2, {}, false}};
-  EXPECT_EQ(FindMonitor(monitors, 1), &monitors[1]);
-  EXPECT_EQ(FindMonitor(monitors, 2), nullptr);
-  EXPECT_EQ(FindMonitor(monitors, -1), nullptr);
-  EXPECT_EQ(FindMonitor(monitors, kLowest), nullptr);
-  EXPECT_EQ(FindMonitor(monitors, kHighest), nullptr);
-  EXPECT_EQ(FindMonitor({}, 0), nullptr);
-}
-
-TEST(CentreOf, HoldsOverTheWholeRange) {
-  EXPECT_EQ(CentreOf({0, 0, 1920, 1080}), (PixelPoint{960, 540}));
-  EXPECT_EQ(CentreOf({-1921, -1, 0, 0}), (PixelPoint{-961, -1}));
-  EXPECT_EQ(CentreOf({kLowest, kLowest, kHighest, kHighest}), (PixelPoint{-1, -1}));
-}
-
 }  // namespace
 }  // namespace brisolte

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "common/hresult_error.h"
+#include "support/fake_desktop.h"
 #include "video/capture_platform.h"
 
 namespace brisolte::testing {
@@ -40,8 +41,13 @@ class Journal {
   std::vector<std::string> entries_;
 };
 
-/// A system to capture from, with answers that a test may change. It outlives the platform made on it.
+/// A system to capture from, with answers that a test may change. It outlives what is made on it.
 struct FakeSystem {
+  FakeSystem() = default;
+  FakeSystem(const FakeSystem&) = delete;
+  FakeSystem& operator=(const FakeSystem&) = delete;
+  ~FakeSystem() = default;
+
   Journal journal;
 
   // What calls by these names return; 0 when not listed.
@@ -51,11 +57,7 @@ struct FakeSystem {
   // What calls by these names raise.
   std::map<std::string, std::int32_t> raised;
 
-  std::vector<MonitorEntry> monitors{{0, "first", 11, {0, 0, 1920, 1080}, true}};
-  std::int64_t monitorAtPoint = 11;
-  bool isWindow = true;
-  std::deque<bool> windowVisible{true};  // answers in turn; the last one stays
-  std::deque<bool> windowIconic{false};
+  FakeDesktop desktop{[this](const std::string& call) { journal.Note(call); }};
   PixelSize itemSize{1920, 1080};
 
   CapturePlatform::FrameArrivedHandler handler;
@@ -165,26 +167,6 @@ class FakeCapturePlatform : public CapturePlatform {
   bool HasWrappedDevice() const override { return wrapped_ && system_->Gives("wrapped device for the pool"); }
   void ReleaseWrappedDevice() override { system_->Answer("ReleaseWrappedDevice"); }
 
-  std::vector<MonitorEntry> Monitors() override { return system_->monitors; }
-  std::int64_t MonitorFromPoint(PixelPoint point) override {
-    system_->Answer("MonitorFromPoint " + std::to_string(point.x) + "," + std::to_string(point.y));
-    return system_->monitorAtPoint;
-  }
-
-  bool IsWindow(std::int64_t /*window*/) override { return system_->isWindow; }
-  bool IsWindowVisible(std::int64_t /*window*/) override { return Next(system_->windowVisible); }
-  bool IsIconic(std::int64_t /*window*/) override { return Next(system_->windowIconic); }
-  void RestoreWindow(std::int64_t window) override {
-    system_->Answer("RestoreWindow " + std::to_string(window));
-  }
-  void BringWindowToTop(std::int64_t window) override {
-    system_->Answer("BringWindowToTop " + std::to_string(window));
-  }
-  void UpdateWindow(std::int64_t window) override {
-    system_->Answer("UpdateWindow " + std::to_string(window));
-  }
-  void Sleep(std::int32_t milliseconds) override { system_->Answer("Sleep " + std::to_string(milliseconds)); }
-
   std::int32_t CreateItemForMonitor(std::int64_t monitor) override {
     return MakeItem("CreateItemForMonitor", monitor);
   }
@@ -241,14 +223,6 @@ class FakeCapturePlatform : public CapturePlatform {
   }
 
  private:
-  static bool Next(std::deque<bool>& answers) {
-    const bool answer = answers.front();
-    if (answers.size() > 1) {
-      answers.pop_front();
-    }
-    return answer;
-  }
-
   std::int32_t MakeItem(const std::string& call, std::int64_t target) {
     item_ = system_->Gives("item");
     system_->journal.Note("target " + std::to_string(target));

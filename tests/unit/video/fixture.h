@@ -24,7 +24,7 @@ class VideoCaptureTest : public ::testing::Test {
   ~VideoCaptureTest() override { Logger::SetLevel(levelBefore_); }
 
   std::unique_ptr<VideoCapture> Construct() {
-    return std::make_unique<VideoCapture>(settings_, encoder_,
+    return std::make_unique<VideoCapture>(settings_, encoder_, system_->desktop,
                                           std::make_unique<FakeCapturePlatform>(system_));
   }
 

@@ -59,8 +59,8 @@ class WatchedEncoder : public FakeEncoder {
 class VideoCaptureRaces : public VideoCaptureTest {
  protected:
   VideoCaptureRaces() {
-    capture_ =
-        std::make_unique<VideoCapture>(settings_, watched_, std::make_unique<FakeCapturePlatform>(system_));
+    capture_ = std::make_unique<VideoCapture>(settings_, watched_, system_->desktop,
+                                              std::make_unique<FakeCapturePlatform>(system_));
     capture_->Start();
   }
 

@@ -29,13 +29,13 @@ class VideoCaptureSetup : public VideoCaptureTest {
 TEST_F(VideoCaptureSetup, RunsItsStepsInOrder) {
   const auto capture = Construct();
   EXPECT_TRUE(capture->initialized());
-  EXPECT_THAT(
-      calls(),
-      ElementsAre("CreateDevice 1", "QueryVideoDevice", "QueryVideoContext", "WrapDevice",
-                  "ObtainItemInterop", "MonitorFromPoint 960,540", "target 11", "CreateItemForMonitor",
-                  "ItemSize", "2 buffers of 1920x1080", "CreateFramePool", "SubscribeFrameArrived",
-                  "CreateSession", "frame begins at 0,0", "frame rate 30", "CreateVideoProcessorEnumerator",
-                  "CreateVideoProcessor", "video stream 1920x1080", "GetPixelFormat", "SetOutputFormat 103"));
+  EXPECT_THAT(calls(),
+              ElementsAre("CreateDevice 1", "QueryVideoDevice", "QueryVideoContext", "WrapDevice",
+                          "ObtainItemInterop", "Monitors", "MonitorFromPoint 960,540", "target 11",
+                          "CreateItemForMonitor", "ItemSize", "2 buffers of 1920x1080", "CreateFramePool",
+                          "SubscribeFrameArrived", "CreateSession", "frame begins at 0,0", "frame rate 30",
+                          "CreateVideoProcessorEnumerator", "CreateVideoProcessor", "video stream 1920x1080",
+                          "GetPixelFormat", "SetOutputFormat 103"));
   EXPECT_EQ(encoder_.device, reinterpret_cast<ID3D11Device*>(system_.get()));
 }
 
@@ -116,13 +116,13 @@ TEST_F(VideoCaptureSetup, RefusesAMonitorThatIsNotThere) {
   settings_.monitorIndex = -1;
   ExpectErrors({"Invalid monitor index: -1", step});
   settings_.monitorIndex = 0;
-  system_->monitorAtPoint = 0;
+  system_->desktop.nearestMonitor = 0;
   ExpectErrors({"Failed to get monitor handle", step});
 }
 
 TEST_F(VideoCaptureSetup, ChoosesTheMonitorByItsCentre) {
-  system_->monitors.push_back({1, "second", 12, {-1279, -1024, 0, 0}, false});
-  system_->monitorAtPoint = 12;
+  system_->desktop.monitors.push_back({1, "second", 12, {-1279, -1024, 0, 0}, false});
+  system_->desktop.nearestMonitor = 12;
   settings_.monitorIndex = 1;
   Construct();
   EXPECT_THAT(calls(), IsSupersetOf({"MonitorFromPoint -640,-512", "target 12"}));
@@ -159,34 +159,35 @@ TEST_F(VideoCaptureSetup, RefusesWhatIsNoWindow) {
   settings_.mode = CaptureMode::kWindow;
   ExpectErrors({"Invalid window handle", "VideoCapture: CreateCaptureItem failed"});
   settings_.windowHandle = 5;
-  system_->isWindow = false;
+  system_->desktop.isWindow = false;
   ExpectErrors({"Invalid window handle", "VideoCapture: CreateCaptureItem failed"});
 }
 
 TEST_F(VideoCaptureSetup, ShowsAHiddenAndMinimisedWindowStepByStep) {
   settings_.mode = CaptureMode::kWindow;
   settings_.windowHandle = 5;
-  system_->windowVisible = {false, true};
-  system_->windowIconic = {true, false};
+  system_->desktop.windowVisible = {false, true};
+  system_->desktop.windowIconic = {true, false};
   const CapturedLog log(LogLevel::kWarn);
   EXPECT_TRUE(Construct()->initialized());
   EXPECT_THAT(log.lines(), ElementsAre("[WARNING] Warning: Target window is not visible",
                                        "[WARNING] Warning: Target window is minimized"));
   const auto all = calls();
   const auto from = std::ranges::find(all, "ObtainItemInterop") + 1;
-  EXPECT_THAT(std::vector<std::string>(from, from + 7),
-              ElementsAre("RestoreWindow 5", "BringWindowToTop 5", "UpdateWindow 5", "Sleep 100",
-                          "RestoreWindow 5", "Sleep 100", "target 5"));
+  EXPECT_THAT(std::vector<std::string>(from, from + 12),
+              ElementsAre("IsWindow 5", "IsWindowVisible 5", "IsIconic 5", "RestoreWindow 5",
+                          "BringWindowToTop 5", "UpdateWindow 5", "Sleep 100", "IsWindowVisible 5",
+                          "RestoreWindow 5", "Sleep 100", "IsIconic 5", "target 5"));
 }
 
 TEST_F(VideoCaptureSetup, GivesUpOnAWindowThatStaysHiddenOrMinimised) {
   settings_.mode = CaptureMode::kWindow;
   settings_.windowHandle = 5;
-  system_->windowVisible = {false};
+  system_->desktop.windowVisible = {false};
   ExpectErrors(
       {"Window still not visible after attempting to restore", "VideoCapture: CreateCaptureItem failed"});
-  system_->windowVisible = {true};
-  system_->windowIconic = {true};
+  system_->desktop.windowVisible = {true};
+  system_->desktop.windowIconic = {true};
   ExpectErrors(
       {"Window still minimized after attempting to restore", "VideoCapture: CreateCaptureItem failed"});
 }

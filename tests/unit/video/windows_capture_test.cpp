@@ -53,7 +53,7 @@ class WindowsCapture : public ::testing::Test {
 
   /// A capture of `settings_` that runs.
   std::unique_ptr<CaptureSource> Running(KeepingEncoder& encoder) {
-    auto capture = CreateVideoCapture(settings_, encoder);
+    auto capture = CreateVideoCapture(settings_, encoder, *desktop_);
     if (!capture->initialized() || !capture->Start()) {
       throw std::runtime_error("the capture does not start");
     }
@@ -70,6 +70,7 @@ class WindowsCapture : public ::testing::Test {
     settings_.region = region;
   }
 
+  const std::unique_ptr<Desktop> desktop_ = CreateWindowsDesktop();
   CaptureSettings settings_;
 };
 
@@ -266,7 +267,7 @@ TEST_F(WindowsCapture, RefusesARegionOutside) {
   AimAt(CaptureRegion{GetSystemMetrics(SM_CXSCREEN), 0, 100, 100});
   KeepingEncoder encoder(true);
   const CapturedLog log(LogLevel::kWarn);
-  EXPECT_FALSE(CreateVideoCapture(settings_, encoder)->initialized());
+  EXPECT_FALSE(CreateVideoCapture(settings_, encoder, *desktop_)->initialized());
   EXPECT_TRUE(log.has("[ERROR] Region lies outside the monitor"));
 }
 
@@ -291,7 +292,7 @@ TEST_F(WindowsCaptureFaults, OfConstructionAreNamed) {
     const StandinFault fault(call + " 0x80004005");
     KeepingEncoder encoder(true);
     const CapturedLog log(LogLevel::kWarn);
-    EXPECT_FALSE(CreateVideoCapture(settings_, encoder)->initialized()) << call;
+    EXPECT_FALSE(CreateVideoCapture(settings_, encoder, *desktop_)->initialized()) << call;
     EXPECT_THAT(log.text(), HasSubstr(text)) << call;
   }
 }
@@ -300,14 +301,14 @@ TEST_F(WindowsCaptureFaults, OfConstructionWithoutATextAreRaised) {
   for (const char* call : {"get_Size", "GetFramePoolStatics", "add_FrameArrived"}) {
     const StandinFault fault(std::string(call) + " 0x80004005");
     KeepingEncoder encoder(true);
-    EXPECT_THROW(CreateVideoCapture(settings_, encoder), HResultError) << call;
+    EXPECT_THROW(CreateVideoCapture(settings_, encoder, *desktop_), HResultError) << call;
   }
 }
 
 TEST_F(WindowsCaptureFaults, OfTheStartAreRaised) {
   const StandinFault fault("StartCapture 0x80004005");
   KeepingEncoder encoder(true);
-  const auto capture = CreateVideoCapture(settings_, encoder);
+  const auto capture = CreateVideoCapture(settings_, encoder, *desktop_);
   EXPECT_THROW(capture->Start(), HResultError);
 }
 
@@ -333,7 +334,7 @@ TEST_F(WindowsCaptureFaults, OfAFrameCostThatFrameOnly) {
     PaintedWindow window({100, 80, 300, 200});
     KeepingEncoder encoder(true);
     const CapturedLog log(LogLevel::kWarn);
-    auto capture = CreateVideoCapture(settings_, encoder);
+    auto capture = CreateVideoCapture(settings_, encoder, *desktop_);
     ASSERT_TRUE(capture->initialized()) << call;
     const StandinFault fault(call + " 0x80004005 times 1");
     capture->Start();
