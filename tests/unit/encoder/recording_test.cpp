@@ -320,7 +320,7 @@ TEST_P(Configuration, IsInTheFileUnderTheTagThatPlayersKnow) {
   const CaptureSettings settings =
       Settings(GetParam().encoder, (std::string("file.") + GetParam().extension).c_str());
   const CapturedLog log;
-  FFmpegEncoder encoder(settings);
+  FFmpegEncoder encoder(settings, clock_.now());
   ASSERT_TRUE(encoder.InitializeVideoEncoder(160, 120, nullptr));
   ASSERT_TRUE(encoder.Start());
   for (int i = 0; i < 3; ++i) {
