@@ -1,7 +1,9 @@
 #include "audio/capture_loop.h"
 
+#include <chrono>
 #include <exception>
 #include <string>
+#include <thread>
 
 #include "common/logger.h"
 
@@ -21,11 +23,10 @@ bool PollBoth(const std::atomic<bool>& running, PolledStream& microphone, Polled
 
 }  // namespace
 
-void RunCaptureLoop(const std::atomic<bool>& running, PolledStream& microphone, PolledStream& speaker,
-                    const std::function<void(std::chrono::milliseconds)>& wait) {
+void RunCaptureLoop(const std::atomic<bool>& running, PolledStream& microphone, PolledStream& speaker) {
   while (running) {
     if (!PollBoth(running, microphone, speaker)) {
-      wait(std::chrono::milliseconds(1));
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
   }
 }

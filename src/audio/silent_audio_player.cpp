@@ -1,13 +1,11 @@
 #include "audio/silent_audio_player.h"
 
 #include <chrono>
-#include <exception>
 #include <string>
 #include <system_error>
 
 #include "audio/audio_thread_priority.h"
 #include "audio/near_silence.h"
-#include "audio/precise_wait.h"
 #include "common/com_apartment.h"
 #include "common/given_object.h"
 #include "common/hresult_failure.h"
@@ -72,7 +70,7 @@ void SilentAudioPlayer::StartSilentPlayback() {
   playing_ = true;
   try {
     thread_ = std::jthread([this] { Play(); });
-  } catch (const std::exception& error) {
+  } catch (const std::system_error& error) {
     playing_ = false;
     Logger::Error(std::string("Failed to start silent audio thread: ") + error.what());
     return;
@@ -118,10 +116,9 @@ void SilentAudioPlayer::Play() {
 }
 
 void SilentAudioPlayer::FillUntilStopped() {
-  const PreciseWait wait;
   std::uint32_t written = 0;
   while (playing_ && TopUp(written)) {
-    wait.For(written > 0 ? kRefillInterval : kFullBufferWait);
+    std::this_thread::sleep_for(written > 0 ? kRefillInterval : kFullBufferWait);
   }
 }
 
