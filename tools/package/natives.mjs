@@ -19,7 +19,7 @@ const PURPOSES = [
 ];
 
 // Of Windows itself, in every edition that the module runs on.
-const SYSTEM = /^(advapi32|avrt|bcrypt|d3d11|dxgi|gdi32|kernel32|mf|mfplat|mfreadwrite|mfuuid|msvcrt|ole32|oleaut32|propsys|psapi|shell32|shlwapi|user32|uuid|windowscodecs|winmm|ws2_32|ucrtbase|api-ms-win-[a-z0-9-]+)\.dll$/i;
+const SYSTEM = /^(advapi32|avrt|bcrypt|d3d11|dxgi|gdi32|kernel32|mf|mfplat|mfreadwrite|mfuuid|msvcrt|ole32|oleaut32|propsys|psapi|shell32|shlwapi|user32|uuid|windowscodecs|ws2_32|ucrtbase|api-ms-win-[a-z0-9-]+)\.dll$/i;
 
 /** What a file of the package is for, if it is a native one. */
 export const purposeOf = (path) => PURPOSES.find(([name]) => name.test(basename(path)))?.[1];
