@@ -62,12 +62,12 @@ std::optional<std::int64_t> VideoTimestamps::NextInPause(std::int64_t captureMil
 
 std::optional<std::int64_t> VideoTimestamps::Last(std::int64_t endMilliseconds, std::int64_t duration,
                                                   AVRational timeBase) {
-  const std::int64_t pts = InTicks(endMilliseconds, timeBase) - duration;
-  if (!IsLater(pts, lastPts_, timeBase)) {
+  const std::int64_t end = InTicks(endMilliseconds, timeBase);
+  if (!IsLater(end, lastPts_, timeBase) || end - lastPts_ <= duration) {
     return std::nullopt;
   }
-  lastPts_ = pts;
-  return pts;
+  lastPts_ = end - duration;
+  return lastPts_;
 }
 
 }  // namespace brisolte
