@@ -3,9 +3,9 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
-#include <memory>
 
 #include "common/full_path.h"
+#include "common/handle.h"
 #include "common/long_path.h"
 
 namespace brisolte {
@@ -13,12 +13,6 @@ namespace {
 
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
 constexpr DWORD kPause = 20;
-
-struct HandleCloser {
-  void operator()(void* handle) const { CloseHandle(handle); }
-};
-/// An open handle, or null.
-using Handle = std::unique_ptr<void, HandleCloser>;
 
 HRESULT LastError() {
   return HRESULT_FROM_WIN32(GetLastError());

@@ -9,17 +9,12 @@
 #include <vector>
 
 #include "common/file_system.h"
+#include "common/handle.h"
 
 namespace brisolte {
 namespace {
 
 constexpr DWORD kShareAll = FILE_SHARE_READ | FILE_SHARE_WRITE | FILE_SHARE_DELETE;
-
-struct HandleCloser {
-  void operator()(void* handle) const { CloseHandle(handle); }
-};
-/// An open handle, or null.
-using Handle = std::unique_ptr<void, HandleCloser>;
 
 /// Null when the file cannot be opened; GetLastError tells why.
 Handle Open(const std::filesystem::path& path, DWORD access, DWORD sharing, DWORD disposition, DWORD flags) {

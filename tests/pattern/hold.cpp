@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "common/handle.h"
 #include "support/command_line.h"
-#include "support/handle.h"
 
 namespace {
 

@@ -11,8 +11,8 @@
 #include <optional>
 #include <string>
 
+#include "common/handle.h"
 #include "support/command_line.h"
-#include "support/handle.h"
 #include "usage/gui_objects.h"
 #include "usage/handle_count.h"
 #include "usage/remote_count.h"

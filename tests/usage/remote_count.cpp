@@ -7,7 +7,7 @@
 #include <cstddef>
 #include <vector>
 
-#include "support/handle.h"
+#include "common/handle.h"
 
 namespace brisolte {
 namespace {

@@ -12,8 +12,8 @@
 #include <thread>
 #include <vector>
 
+#include "common/handle.h"
 #include "common/text.h"
-#include "support/handle.h"
 #include "support/temporary_directory.h"
 
 namespace brisolte {
