@@ -37,7 +37,7 @@ std::wstring FullPath(const std::wstring& path) {
 
 std::filesystem::path FullPath(const std::filesystem::path& path) {
   std::error_code error;
-  std::filesystem::path full = std::filesystem::absolute(path, error);
+  const std::filesystem::path full = std::filesystem::absolute(path, error);
   return error ? path : full;
 }
 

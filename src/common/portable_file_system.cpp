@@ -56,6 +56,7 @@ NewFile::NewFile(const std::filesystem::path& path) : file_(std::fopen(path.c_st
 }
 
 void NewFile::Closer::operator()(void* file) const {
+  // NOLINTNEXTLINE(cppcoreguidelines-owning-memory): the pointer whose deleter this is owned it.
   std::fclose(static_cast<std::FILE*>(file));
 }
 

@@ -56,9 +56,10 @@ int AudioInput::encodedRate() const {
   if (sampleRate < kLowestDeviceRate || sampleRate > kHighestDeviceRate) {
     return sampleRate;
   }
-  const auto sufficient = std::ranges::lower_bound(kMp3Rates, sampleRate);
-  if (sufficient != kMp3Rates.end()) {
-    return *sufficient;
+  for (const int rate : kMp3Rates) {
+    if (rate >= sampleRate) {
+      return rate;
+    }
   }
   // Whole multiples convert best.
   constexpr int kDiscRate = 44'100;

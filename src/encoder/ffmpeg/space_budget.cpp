@@ -12,10 +12,10 @@ constexpr std::uint64_t kIndexBytes = 44;
 // What a container puts around a packet, at most.
 constexpr std::uint64_t kFramingBytes = 24;
 // The parts of an index that do not grow, for three streams.
-constexpr std::uint64_t kDescriptionBytes = 16 * 1024;
+constexpr std::uint64_t kDescriptionBytes = std::uint64_t{16} * 1024;
 // Beside the index, for what others write between two looks: this share of the room that there was at first.
 constexpr std::uint64_t kReserveShare = 16;
-constexpr std::uint64_t kLargestReserve = 16 * 1024 * 1024;
+constexpr std::uint64_t kLargestReserve = std::uint64_t{16} * 1024 * 1024;
 
 }  // namespace
 
