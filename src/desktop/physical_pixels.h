@@ -21,7 +21,7 @@ class PhysicalPixels {
   }
 
  private:
-  const DPI_AWARENESS_CONTEXT before_;  ///< null when the system refused
+  DPI_AWARENESS_CONTEXT before_;  ///< null when the system refused
 };
 
 }  // namespace brisolte
