@@ -1,10 +1,9 @@
 // Measures the recorder: npm run bench [-- PART ...], with the parts encode, copies, packets, sounds, growth, recordings.
 
-import { mkdtempSync, rmSync } from 'node:fs';
-import { join } from 'node:path';
 import { copies, encoding, growth, packets, sizes, sounds } from './bench/portable.mjs';
 import { recordings } from './bench/recordings.mjs';
 import { main, step, WorkshopError } from './workshop/report.mjs';
+import { removeScratch, scratchFolder } from './workshop/scratch.mjs';
 import { buildTree } from './workshop/tree.mjs';
 
 const PARTS = {
@@ -29,7 +28,7 @@ await main(async () => {
     await step('Build: the module', () => buildTree('windows', ['brisolte', 'pattern', 'bare', 'standins']));
   }
   // In memory, so that no disk is measured.
-  const dir = mkdtempSync(join('/dev/shm', 'brisolte-bench-'));
+  const dir = scratchFolder('bench', '/dev/shm');
   try {
     for (const name of names) {
       const [measure, title] = PARTS[name];
@@ -37,7 +36,7 @@ await main(async () => {
       console.log(`\n${title}\n\n${markdown(rows)}\n`);
     }
   } finally {
-    rmSync(dir, { recursive: true, force: true });
+    removeScratch(dir);
   }
   return 0;
 });

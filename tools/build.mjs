@@ -1,7 +1,14 @@
-// Builds a preset: node tools/build.mjs [windows|linux|linux-asan|linux-tsan] [target ...]
+// Builds a preset: node tools/build.mjs [PRESET [TARGET ...]], the windows one unless said otherwise
 
-import { main } from './workshop/report.mjs';
-import { buildTree } from './workshop/tree.mjs';
+import { parseArgs } from 'node:util';
+import { main, WorkshopError } from './workshop/report.mjs';
+import { buildTree, presets } from './workshop/tree.mjs';
 
-const [preset = 'windows', ...targets] = process.argv.slice(2);
-await main(() => buildTree(preset, targets));
+await main(() => {
+  const { positionals } = parseArgs({ allowPositionals: true });
+  const [preset = 'windows', ...targets] = positionals;
+  if (!presets.includes(preset)) {
+    throw new WorkshopError(`unknown preset ${preset}; there are: ${presets.join(', ')}`);
+  }
+  return buildTree(preset, targets);
+});

@@ -1,13 +1,13 @@
 // Sets up all that is missing, records the screen of a Windows session, and shows what is in the file.
 
-import { mkdirSync, mkdtempSync, readdirSync, rmSync, statSync, writeFileSync } from 'node:fs';
-import { tmpdir } from 'node:os';
+import { mkdirSync, readdirSync, statSync, writeFileSync } from 'node:fs';
 import { dirname, join, resolve } from 'node:path';
 import { parseArgs } from 'node:util';
 import { runUnderWine, windowsPath } from './wine/runner.mjs';
 import { buildRoot } from './workshop/build-root.mjs';
 import { main, step, WorkshopError } from './workshop/report.mjs';
 import { sandboxed } from './workshop/sandbox.mjs';
+import { removeScratch, scratchFolder } from './workshop/scratch.mjs';
 import { buildDir, buildTree, treeDir } from './workshop/tree.mjs';
 
 const USAGE = `usage: npm run demo -- [options]
@@ -101,7 +101,7 @@ function screenshotPath({ json }, outputDir) {
 
 /** Runs the example recorder in Node.js for Windows, before something to see and hear; gives the path of its recording. */
 async function record(request, outputDir, screenshot) {
-  const scratchDir = mkdtempSync(join(tmpdir(), 'brisolte-demo-'));
+  const scratchDir = scratchFolder('demo');
   try {
     const requestFile = join(scratchDir, 'request.json');
     const inWindows = {
@@ -124,7 +124,7 @@ async function record(request, outputDir, screenshot) {
     }
     return latestRecording(outputDir);
   } finally {
-    rmSync(scratchDir, { recursive: true, force: true });
+    removeScratch(scratchDir);
   }
 }
 

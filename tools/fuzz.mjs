@@ -3,18 +3,24 @@
 
 import { mkdirSync } from 'node:fs';
 import { basename, join } from 'node:path';
+import { parseArgs } from 'node:util';
 import { fuzz, fuzzers } from './test/layers.mjs';
 import { main, step, WorkshopError } from './workshop/report.mjs';
 import { buildDir, buildTree } from './workshop/tree.mjs';
 
 await main(async () => {
-  const [seconds = '60', text = ''] = process.argv.slice(2);
+  const { positionals } = parseArgs({ allowPositionals: true });
+  const [seconds = '60', text = ''] = positionals;
   if (!(Number(seconds) > 0)) {
     throw new WorkshopError('usage: npm run fuzz [-- SECONDS [TEXT]]');
   }
   await step('Build: fuzz', () => buildTree('fuzz'));
+  const programs = fuzzers().filter((file) => basename(file).includes(text));
+  if (programs.length === 0) {
+    throw new WorkshopError(`no fuzzer has "${text}" in its name`);
+  }
   let broken = 0;
-  for (const program of fuzzers().filter((file) => basename(file).includes(text))) {
+  for (const program of programs) {
     const corpus = join(buildDir('fuzz'), `corpus-${basename(program)}`);
     mkdirSync(corpus, { recursive: true });
     const options = [`-max_total_time=${seconds}`, '-print_final_stats=1', corpus];

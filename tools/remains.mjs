@@ -3,8 +3,7 @@
 // npm run remains [-- killed|full-disk --seconds N --encoder NAME]: one of the two only; how long a recording has gone on when it
 // is killed, 30 s unless said otherwise; and the only encoder of those below.
 
-import { existsSync, mkdirSync, mkdtempSync, readdirSync, readFileSync, rmSync, statSync, writeFileSync } from 'node:fs';
-import { tmpdir } from 'node:os';
+import { existsSync, mkdirSync, readdirSync, readFileSync, statSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
 import { parseArgs } from 'node:util';
 import { decode } from './soak/decode.mjs';
@@ -12,6 +11,7 @@ import { runUnderWine, windowsPath } from './wine/runner.mjs';
 import { buildRoot } from './workshop/build-root.mjs';
 import { main, step, WorkshopError } from './workshop/report.mjs';
 import { sandboxed } from './workshop/sandbox.mjs';
+import { removeScratch, scratchFolder } from './workshop/scratch.mjs';
 import { buildDir, buildTree, treeDir } from './workshop/tree.mjs';
 
 // `disk` is the size in kB of the disk to fill: what the encoder makes of the content in a quarter of a minute to two, and in
@@ -60,7 +60,7 @@ await main(async () => {
 });
 
 async function whatRemains(recording, end, seconds) {
-  const scratchDir = mkdtempSync(join(tmpdir(), 'brisolte-remains-'));
+  const scratchDir = scratchFolder('remains');
   try {
     const fileDir = join(scratchDir, 'out');
     mkdirSync(fileDir);
@@ -82,7 +82,7 @@ async function whatRemains(recording, end, seconds) {
       complaint: found.errors.split('\n')[0].replaceAll(file, 'the file').slice(0, 60),
     };
   } finally {
-    rmSync(scratchDir, { recursive: true, force: true });
+    removeScratch(scratchDir);
   }
 }
 

@@ -2,8 +2,7 @@
 // npm run soak [-- --cycles N --minutes N --json FILE]: 1000 recordings and 30 minutes unless said otherwise; 0 leaves one
 // out. All that was measured goes to FILE.
 
-import { mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
-import { tmpdir } from 'node:os';
+import { mkdirSync, readFileSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
 import { parseArgs } from 'node:util';
 import { decode } from './soak/decode.mjs';
@@ -12,6 +11,7 @@ import { hostPath, runUnderWine, windowsPath } from './wine/runner.mjs';
 import { buildRoot } from './workshop/build-root.mjs';
 import { main, step, WorkshopError } from './workshop/report.mjs';
 import { sandboxed } from './workshop/sandbox.mjs';
+import { removeScratch, scratchFolder } from './workshop/scratch.mjs';
 import { buildDir, buildTree, treeDir } from './workshop/tree.mjs';
 
 await main(async () => {
@@ -48,7 +48,7 @@ function keptOnce({ commands: [first] }) {
 }
 
 async function soak({ cycles = 0, minutes = 0 }) {
-  const scratchDir = mkdtempSync(join(tmpdir(), 'brisolte-soak-'));
+  const scratchDir = scratchFolder('soak');
   try {
     const outputDir = join(scratchDir, 'out');
     mkdirSync(outputDir);
@@ -73,7 +73,7 @@ async function soak({ cycles = 0, minutes = 0 }) {
     const played = decode(hostPath(outcome.file), (each) => sandboxed(root, each, { writable: [scratchDir] }));
     return { ...outcome, played };
   } finally {
-    rmSync(scratchDir, { recursive: true, force: true });
+    removeScratch(scratchDir);
   }
 }
 

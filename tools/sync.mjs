@@ -1,8 +1,7 @@
 // Measures how picture and sound of a recording fit together: a metronome flashes and clicks at the same moments, and
 // what a player would see and hear of it is compared.
 
-import { mkdirSync, mkdtempSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
-import { tmpdir } from 'node:os';
+import { mkdirSync, readFileSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
 import { beatsOfPicture, beatsOfSound, lengths } from './sync/beats.mjs';
 import { hostPath, runUnderWine, windowsPath } from './wine/runner.mjs';
@@ -10,6 +9,7 @@ import { buildRoot } from './workshop/build-root.mjs';
 import { outputOf } from './workshop/processes.mjs';
 import { main, step, WorkshopError } from './workshop/report.mjs';
 import { sandboxed } from './workshop/sandbox.mjs';
+import { removeScratch, scratchFolder } from './workshop/scratch.mjs';
 import { buildDir, buildTree, treeDir } from './workshop/tree.mjs';
 
 const SECONDS = Number(process.argv[2] ?? 30);
@@ -34,7 +34,7 @@ await main(async () => {
 });
 
 async function measure(source) {
-  const dir = mkdtempSync(join(tmpdir(), 'brisolte-sync-'));
+  const dir = scratchFolder('sync');
   try {
     const { file, wallClock } = await record(source, dir);
     const root = await buildRoot();
@@ -42,7 +42,7 @@ async function measure(source) {
     const offsets = pairs(beatsOfPicture(file, read), beatsOfSound(file, read));
     return { ...summary(offsets), wallClock: rounded(wallClock), ...lengths(file, read) };
   } finally {
-    rmSync(dir, { recursive: true, force: true });
+    removeScratch(dir);
   }
 }
 

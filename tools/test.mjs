@@ -1,8 +1,8 @@
 // Builds everything and runs every test: node tools/test.mjs [layer ...] [--only TEXT] [--scale PERCENT]
 //
-// Layers: style (formatter, linter), linux, linux-asan, linux-tsan (the portable code, also under sanitizers), fuzz, windows
-// (the same and the Windows code under Wine), javascript (the module that ships, in Node.js for Windows under Wine),
-// package (what users install: its contents, its types, and its examples under Wine).
+// Layers: style (formatter, linter), workshop (what builds and runs all this), linux, linux-asan, linux-tsan (the portable
+// code, also under sanitizers), fuzz, windows (the same and the Windows code under Wine), javascript (the module that ships,
+// in Node.js for Windows under Wine), package (what users install: its contents, its types, and its examples under Wine).
 // --only runs the test programs or files whose name contains TEXT, --scale those of Windows on a display of this scaling.
 
 import { basename } from 'node:path';
@@ -28,9 +28,14 @@ await main(async () => {
   const results = new Map();
   for (const [name, { title, preset }] of Object.entries(layers)) {
     if (chosen.includes(name)) {
-      await step(`Build: ${preset}`, () => buildTree(preset));
+      if (preset) {
+        await step(`Build: ${preset}`, () => buildTree(preset));
+      }
       results.set(title, await step(`Tests: ${title}`, (note) => runLayer(name, wanted, note, scales)));
     }
+  }
+  if (results.size > 0 && [...results.values()].every(({ files }) => files === 0)) {
+    throw new WorkshopError(`no test program or file has "${values.only}" in its name`);
   }
   return report(results);
 });

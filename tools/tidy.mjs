@@ -3,12 +3,13 @@
 import { readFileSync } from 'node:fs';
 import { cpus } from 'node:os';
 import { join, relative } from 'node:path';
+import { parseArgs } from 'node:util';
 import { ffmpegLibraries } from './workshop/ffmpeg.mjs';
-import { main } from './workshop/report.mjs';
+import { main, WorkshopError } from './workshop/report.mjs';
 import { buildDir, buildTree, runInRoot, treeDir } from './workshop/tree.mjs';
 
 await main(async () => {
-  const texts = process.argv.slice(2);
+  const { positionals: texts } = parseArgs({ allowPositionals: true });
   const wanted = (file) => texts.length === 0 || texts.some((text) => file.includes(text));
   // A file is looked at as the first of these compiles it: portable files as the host does, the others as Windows does.
   const presetOf = new Map();
@@ -19,6 +20,9 @@ await main(async () => {
     }
   }
   const jobs = [...presetOf];
+  if (jobs.length === 0) {
+    throw new WorkshopError(`no file has ${texts.join(' or ')} in its path`);
+  }
   // The headers of the FFmpeg that the Windows build links.
   const readable = [await ffmpegLibraries()];
   let failed = 0;

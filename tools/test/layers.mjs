@@ -1,19 +1,21 @@
 // The test layers: which programs or files each has, how one of them is run, and how its results are counted.
 
-import { existsSync, mkdtempSync, readdirSync, readFileSync, rmSync } from 'node:fs';
-import { tmpdir } from 'node:os';
+import { readdirSync, readFileSync } from 'node:fs';
+import { cpus } from 'node:os';
 import { basename, dirname, join, relative } from 'node:path';
 import { runUnderWine, windowsPath } from '../wine/runner.mjs';
 import { ffmpegTools } from '../workshop/ffmpeg.mjs';
 import { runThrough } from '../workshop/processes.mjs';
+import { WorkshopError } from '../workshop/report.mjs';
+import { scratchFolder } from '../workshop/scratch.mjs';
 import { buildDir, runInRoot, treeDir } from '../workshop/tree.mjs';
 import { NODE_VERSIONS, windowsNode } from '../workshop/windows-node.mjs';
+import { inLanes } from './lanes.mjs';
 import { installedPackage } from './installed-package.mjs';
 
 // Far above what the slowest test program takes.
 const PROGRAM_LIMIT_S = 600;
-const resultsDir = mkdtempSync(join(tmpdir(), 'brisolte-test-'));
-process.on('exit', () => rmSync(resultsDir, { recursive: true, force: true }));
+const resultsDir = scratchFolder('test');
 
 // Tests that set the clock of their session.
 const CLOCK_TESTS = ['clock.test.js'];
@@ -22,8 +24,19 @@ const CLOCK_TESTS = ['clock.test.js'];
 const SCALED_TESTS = ['scaling.test.js'];
 const SCALES = [100, 125, 150, 200];
 
-/** Each layer with the words for its results, the preset it needs built, its files, and how one of them runs. */
+// Of the JavaScript files those that take more than half a minute, which begin first, so that none is left over at the end
+// while only one lane runs; and those that compare times, which run by themselves.
+const LONG = ['hostile.test.js', 'scaling.test.js', 'faults/inventory.test.js', 'faults/sound.test.js', 'js/window.test.js', 'lifecycle.test.js'];
+const TIMED = ['js/timing.test.js', 'js/sound.test.js', 'faults/clock.test.js'];
+// Every file has a sandbox, a display, a sound server and a prefix of its own. More than two would wait for each other's frames.
+const LANES = Math.min(2, cpus().length);
+
+/**
+ * Each layer with the words for its results, the preset it needs built, if any, its files, how one of them runs, and in
+ * what order they run side by side, if they do.
+ */
 export const layers = {
+  workshop: { title: 'the workshop itself', files: () => javascriptTests('workshop'), run: runOnThisMachine },
   linux: { title: 'portable code on Linux', preset: 'linux', files: testPrograms, run: runLinuxProgram },
   'linux-asan': {
     title: 'portable code under AddressSanitizer and UndefinedBehaviorSanitizer',
@@ -44,6 +57,7 @@ export const layers = {
     preset: 'windows',
     files: javascriptLayerTests,
     run: runJavascript,
+    sideBySide: { first: LONG, alone: TIMED },
   },
   package: {
     title: 'the packed package, installed outside the tree',
@@ -58,15 +72,20 @@ const scalesOf = (file) => (SCALED_TESTS.includes(basename(file)) ? SCALES : [10
 /**
  * Runs the programs or files of a layer that `wanted` lets through, on displays of these scales in per cent: 100 unless said
  * otherwise or the file has its own.
- * @returns {Promise<{passed: number, failed: number, broken: string[]}>} `broken` names the files that failed
+ * @returns {Promise<{files: number, passed: number, failed: number, broken: string[]}>} `files` is how many those were,
+ *   `broken` names the ones that failed
  */
 export async function runLayer(name, wanted, note, scales) {
-  const { preset, files, run } = layers[name];
-  const total = { passed: 0, failed: 0, broken: [] };
-  for (const file of files(preset).filter(wanted)) {
-    note(basename(file));
+  const { preset, files, run, sideBySide } = layers[name];
+  const all = files(preset);
+  if (all.length === 0) {
+    throw new WorkshopError(`there is nothing to run: ${name}`);
+  }
+  const chosen = all.filter(wanted);
+  const total = { files: chosen.length, passed: 0, failed: 0, broken: [] };
+  const count = async (file, output) => {
     for (const scale of scales ?? scalesOf(file)) {
-      const { passed, failed, code } = await run(file, name, { scale });
+      const { passed, failed, code } = await run(file, name, { ...output, scale });
       total.passed += passed;
       total.failed += failed;
       // A program that dies in the middle has no failed test to show for it.
@@ -75,7 +94,8 @@ export async function runLayer(name, wanted, note, scales) {
         total.broken.push(`${relative(treeDir, file)}${where} (exit code ${code})`);
       }
     }
-  }
+  };
+  await inLanes(chosen, { lanes: sideBySide ? LANES : 1, ...sideBySide }, note, count);
   return total;
 }
 
@@ -95,12 +115,11 @@ export function javascriptLayerTests() {
 /** The programs that libFuzzer drives. */
 export const fuzzers = () => filesIn(join(buildDir('fuzz'), 'fuzz')).filter((file) => basename(file).startsWith('fuzz_'));
 
-function filesIn(folder) {
-  return existsSync(folder) ? readdirSync(folder).map((name) => join(folder, name)) : [];
-}
+const filesIn = (folder) => readdirSync(folder).map((name) => join(folder, name));
 
 /** The file for a program's machine-readable results. */
-const resultFile = (layer, program, extension) => join(resultsDir, `${layer}-${basename(program)}.${extension}`);
+const resultFile = (layer, program, extension) =>
+  join(resultsDir, `${layer}-${relative(treeDir, program).replaceAll('/', '-')}.${extension}`);
 
 /** Each of these runs one program or file and gives { passed, failed, code }; `layer` names its results. */
 export async function runLinuxProgram(program, layer) {
@@ -146,10 +165,11 @@ export async function runWindowsProgram(program, layer, { scale } = {}) {
  * @param {string} file
  * @param {string} layer
  * @param {object} options folders that the tests read and write, more of the environment, the display's scale, seconds until
- *   they are ended
+ *   they are ended, where their output goes
  * @returns {Promise<{passed: number, failed: number, code: number}>}
  */
-export async function runJavascript(file, layer, { readable = [], writable = [], env = {}, scale, timeout = PROGRAM_LIMIT_S } = {}) {
+export async function runJavascript(file, layer, options = {}) {
+  const { readable = [], writable = [], env = {}, scale, timeout = PROGRAM_LIMIT_S, stdout, stderr } = options;
   const tools = await ffmpegTools();
   const results = resultFile(layer, file, 'xml');
   const words = [
@@ -162,8 +182,7 @@ export async function runJavascript(file, layer, { readable = [], writable = [],
   const code = await runUnderWine('node', words, {
     standins: true,
     clock: CLOCK_TESTS.includes(basename(file)),
-    scale,
-    timeout,
+    ...{ scale, timeout, stdout, stderr },
     readable: [tools, ...readable],
     writable: [resultsDir, ...writable],
     env: { BRISOLTE_FFMPEG_TOOLS: windowsPath(tools), ...env },
@@ -175,7 +194,7 @@ export async function runJavascript(file, layer, { readable = [], writable = [],
 async function runWithPackage(file, layer) {
   const { tarball, project, folder } = await installedPackage(resultsDir);
   if (file.endsWith('.mjs')) {
-    return runOnThisMachine(file, layer, { BRISOLTE_TARBALL: tarball, BRISOLTE_PACKAGE: folder });
+    return runOnThisMachine(file, layer, { env: { BRISOLTE_TARBALL: tarball, BRISOLTE_PACKAGE: folder } });
   }
   const hosts = await Promise.all(NODE_VERSIONS.map((version) => windowsNode(version)));
   return runJavascript(file, layer, {
@@ -185,11 +204,11 @@ async function runWithPackage(file, layer) {
   });
 }
 
-async function runOnThisMachine(file, layer, env) {
+async function runOnThisMachine(file, layer, { env = {} } = {}) {
   const results = resultFile(layer, file, 'tap');
   const reporters = ['spec', 'stdout', 'tap', results];
   const flags = reporters.map((value, i) => `--test-reporter${i % 2 === 0 ? '' : '-destination'}=${value}`);
-  const code = await runThrough([process.execPath, ...flags, file], { cwd: treeDir, env: { ...process.env, ...env } });
+  const code = await runThrough([process.execPath, ...flags, file], { cwd: treeDir, env: { ...process.env, TMPDIR: resultsDir, ...env } });
   return { ...tapCounts(results), code };
 }
 

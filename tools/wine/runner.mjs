@@ -1,15 +1,15 @@
 // Runs a Windows program under Wine, in a sandbox with its own display, sound server and prefix.
 
-import { spawn } from 'node:child_process';
-import { closeSync, existsSync, mkdtempSync, openSync, readSync, rmSync } from 'node:fs';
-import { tmpdir } from 'node:os';
+import { closeSync, existsSync, openSync, readSync } from 'node:fs';
 import { basename, dirname, join, resolve } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { buildRoot } from '../workshop/build-root.mjs';
+import { started } from '../workshop/children.mjs';
 import { ffmpegLibraries } from '../workshop/ffmpeg.mjs';
 import { WorkshopError } from '../workshop/report.mjs';
 import { sandboxed } from '../workshop/sandbox.mjs';
-import { buildDir, treeDir } from '../workshop/tree.mjs';
+import { removeScratch, scratchFolder } from '../workshop/scratch.mjs';
+import { buildDir, isInTree, treeDir } from '../workshop/tree.mjs';
 import { DEFAULT_NODE, windowsNode } from '../workshop/windows-node.mjs';
 import { winePrefix } from '../workshop/wine-prefix.mjs';
 
@@ -47,23 +47,26 @@ export const hostPath = (path) => path.replace(/^Z:/, '').replaceAll('\\', '/');
  * @param {string[]} [options.writable] folders beside the tree that the program may write, under their own names
  * @param {string[]} [options.readable] folders beside the tree that the program may read, under their own names
  * @param {boolean} [options.outputOnly] leaves out what goes to standard error, where FFmpeg's libraries tell of each file
+ * @param {{write(chunk: Buffer): void}} [options.stdout] where its output goes, unless to this process's own
+ * @param {{write(chunk: Buffer): void}} [options.stderr]
  * @param {Record<string, string>} [options.env] the program's environment beside Wine's own
  * @returns {Promise<number>} the exit code, 124 after a time-out
  */
 export async function runUnderWine(program, words, options = {}) {
   const { timeout = 300, standins = false, clock = false, screen = '1280x720' } = options;
   const { scale = 100, smallDisk = SMALL_DISK_BYTES } = options;
-  const { writable = [], readable = [], outputOnly = false, env = {} } = options;
+  const { writable = [], readable = [], env = {} } = options;
+  const { outputOnly = false, stdout = process.stdout, stderr = process.stderr } = options;
   const executable = program === 'node' ? await windowsNode(options.node ?? DEFAULT_NODE) : resolve(program);
   if (!existsSync(executable)) {
     throw new WorkshopError(`${executable} does not exist; build it first: node tools/build.mjs windows`);
   }
   const [root, template, ffmpeg] = [await buildRoot(), await winePrefix(), await ffmpegLibraries()];
-  const output = mkdtempSync(join(tmpdir(), 'brisolte-wine-'));
+  const output = scratchFolder('wine');
   const host = '/prefix/drive_c/host';
   const standinsDir = join(buildDir('windows'), 'standins');
   const command = sandboxed(root, [session, `C:\\host\\${basename(executable)}`, ...words], {
-    cwd: process.cwd().startsWith(treeDir) ? process.cwd() : treeDir,
+    cwd: isInTree(process.cwd()) ? process.cwd() : treeDir,
     readable: [dirname(session), ffmpeg, ...readable],
     writable: [treeDir, ...writable],
     mounts: [
@@ -94,16 +97,16 @@ export async function runUnderWine(program, words, options = {}) {
     },
   });
   const streams = [
-    new FollowedFile(join(output, 'stdout'), process.stdout),
-    ...(outputOnly ? [] : [new FollowedFile(join(output, 'stderr'), process.stderr)]),
+    new FollowedFile(join(output, 'stdout'), stdout),
+    ...(outputOnly ? [] : [new FollowedFile(join(output, 'stderr'), stderr)]),
   ];
   const follow = setInterval(() => streams.forEach((stream) => stream.pass()), 100);
   try {
-    return await exitCode(spawn(command[0], command.slice(1), { stdio: ['ignore', 'inherit', 'inherit'] }), timeout);
+    return await exitCode(started(command, { stdio: ['ignore', 'inherit', 'inherit'] }), timeout);
   } finally {
     clearInterval(follow);
     streams.forEach((stream) => stream.close());
-    rmSync(output, { recursive: true, force: true });
+    removeScratch(output);
   }
 }
 

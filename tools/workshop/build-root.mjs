@@ -1,19 +1,18 @@
-// The Debian 13 system in which everything is built and run, and the two host programs that make and enter it.
+// The Debian 13 system in which everything is built and run.
 
 import { readFileSync } from 'node:fs';
 import { cached } from './cache.mjs';
-import { hasProgram, runLogged } from './processes.mjs';
-import { step, WorkshopError } from './report.mjs';
+import { checkHost, isRoot } from './host.mjs';
+import { runLogged } from './processes.mjs';
 
 const SUITE = 'trixie';
 const PACKAGES = readFileSync(new URL('recipes/build-root.packages', import.meta.url), 'utf8')
   .split('\n')
   .filter((line) => line && !line.startsWith('#'));
-const HOST_PROGRAMS = { mmdebstrap: 'mmdebstrap', bwrap: 'bubblewrap', flock: 'util-linux' };
 
 /** The folder of the build root; made when it is missing. */
 export async function buildRoot() {
-  await hostPrograms();
+  await checkHost();
   return cached('build-root', 'Build root: Debian 13 with Wine and the compilers', { SUITE, PACKAGES }, makeRoot);
 }
 
@@ -27,35 +26,25 @@ export function packageVersions(root, names) {
 }
 
 async function makeRoot(folder, note, log) {
-  // Without a mode mmdebstrap chooses by who calls it: root unpacks directly, anyone else through a user namespace.
-  // As root it would outlive an interrupted run and go on writing; its own process tree ends with this process.
-  const endsWithUs =
-    process.getuid() === 0
-      ? ['setpriv', '--pdeathsig', 'KILL', 'unshare', '--pid', '--fork', '--kill-child']
-      : [];
   const noDocs = ['man', 'doc', 'info', 'locale'].map((dir) => `--dpkgopt=path-exclude=/usr/share/${dir}/*`);
-  await runLogged(
-    [...endsWithUs, 'mmdebstrap', '--variant=apt', ...noDocs, `--include=${PACKAGES.join(',')}`, SUITE, folder],
-    { log, note },
-  );
-}
-
-async function hostPrograms() {
-  const missing = Object.keys(HOST_PROGRAMS).filter((program) => !hasProgram(program));
-  if (missing.length === 0) {
-    return;
-  }
-  const packages = missing.map((program) => HOST_PROGRAMS[program]);
-  if (process.getuid() !== 0 || !hasProgram('apt-get')) {
-    throw new WorkshopError(
-      `${missing.join(' and ')} missing. Install them, on Debian with: apt-get install ${packages.join(' ')}`,
-    );
-  }
-  await step(`Host packages: ${packages.join(' ')}`, async (note) => {
-    const env = { ...process.env, DEBIAN_FRONTEND: 'noninteractive' };
-    const options = { log: '/tmp/brisolte-host-packages.log', note, env };
-    const apt = ['apt-get', '-o', 'DPkg::Lock::Timeout=300', '-y', '-q'];
-    await runLogged([...apt, 'update'], options);
-    await runLogged([...apt, 'install', '--no-install-recommends', ...packages], options);
+  const mmdebstrap = ['mmdebstrap', '--variant=apt', ...noDocs, `--include=${PACKAGES.join(',')}`];
+  await runLogged(isRoot ? asRoot([...mmdebstrap, SUITE, folder]) : asUser([...mmdebstrap, '--mode=unshare', SUITE, '-'], folder), {
+    log,
+    note,
   });
 }
+
+// As root it would outlive an interrupted run, go on writing and leave its mounts: its own tree of processes and its own
+// view of the mounts end with this process.
+const asRoot = (command) => [
+  ...['setpriv', '--pdeathsig', 'KILL', 'unshare', '--mount', '--pid', '--fork', '--kill-child'],
+  ...command,
+];
+
+// Of its own accord it would make a folder that belongs to users who exist in its namespace only, and which the caller
+// could neither remove nor, in a home of his own, let them enter. Unpacked here, all of it belongs to the caller.
+const asUser = (command, folder) => [
+  ...['setpriv', '--pdeathsig', 'KILL', 'bash', '-o', 'pipefail', '-c'],
+  'setpriv --pdeathsig TERM "${@:2}" | setpriv --pdeathsig KILL tar -x -C "$1" --no-same-owner --exclude="./dev/*"',
+  ...['build-root', folder, ...command],
+];

@@ -6,14 +6,15 @@
 
 import { spawn } from 'node:child_process';
 import { createHash } from 'node:crypto';
-import { existsSync, mkdirSync, renameSync, rmSync } from 'node:fs';
+import { accessSync, constants, existsSync, mkdirSync, renameSync, rmSync } from 'node:fs';
 import { homedir } from 'node:os';
-import { join } from 'node:path';
-import { step } from './report.mjs';
+import { join, resolve } from 'node:path';
+import { step, WorkshopError } from './report.mjs';
 
 /** The folder of all entries: `BRISOLTE_CACHE`, else `brisolte` in the user's cache folder. */
-export const cacheDir =
-  process.env.BRISOLTE_CACHE ?? join(process.env.XDG_CACHE_HOME || join(homedir(), '.cache'), 'brisolte');
+export const cacheDir = resolve(
+  process.env.BRISOLTE_CACHE || join(process.env.XDG_CACHE_HOME || join(homedir(), '.cache'), 'brisolte'),
+);
 
 /** A short hash of any JSON value. */
 export const keyOf = (value) => createHash('sha256').update(JSON.stringify(value)).digest('hex').slice(0, 12);
@@ -59,7 +60,7 @@ export async function cached(name, title, inputs, make) {
  * helper ends and the kernel frees the lock, so nobody has to guess whether a lock is stale.
  */
 export async function withLock(name, onWait, work) {
-  mkdirSync(cacheDir, { recursive: true });
+  checkCacheDir();
   const holder = spawn('flock', [`${name}.lock`, 'sh', '-c', 'echo held; exec cat'], {
     stdio: ['pipe', 'pipe', 'inherit'],
   });
@@ -69,7 +70,7 @@ export async function withLock(name, onWait, work) {
     await new Promise((resolve, reject) => {
       holder.stdout.once('data', resolve);
       holder.once('error', reject);
-      holder.once('close', () => reject(new Error(`flock ended before it held ${name}.lock`)));
+      holder.once('close', () => reject(new WorkshopError(`${name}.lock cannot be locked`)));
     });
     clearTimeout(waiting);
     return await work();
@@ -77,5 +78,15 @@ export async function withLock(name, onWait, work) {
     clearTimeout(waiting);
     holder.stdin.end();
     await ended;
+  }
+}
+
+/** Makes the folder of all entries. @throws {WorkshopError} when it cannot be written */
+export function checkCacheDir() {
+  try {
+    mkdirSync(cacheDir, { recursive: true });
+    accessSync(cacheDir, constants.W_OK);
+  } catch (error) {
+    throw new WorkshopError(`The cache folder cannot be written: ${error.message}. BRISOLTE_CACHE can name another.`);
   }
 }

@@ -46,7 +46,9 @@ async function byRecipe(name, title, needs, words = (folder) => [...needs, folde
     const command = sandboxed(root, [script, ...words(folder)], {
       writable: [folder, scratch],
       readable: [dirname(script), ...needs],
-      env: { TMPDIR: scratch },
+      // Who made a tarball has no account here.
+      env: { TMPDIR: scratch, TAR_OPTIONS: '--no-same-owner' },
+      network: name === 'fetch-sources',
     });
     await runLogged(command, { log, note });
     rmSync(scratch, { recursive: true, force: true });

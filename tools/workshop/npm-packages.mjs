@@ -6,9 +6,12 @@ import { cacheDir, keyOf, withLock } from './cache.mjs';
 import { runLogged } from './processes.mjs';
 import { step } from './report.mjs';
 
+// Without the scripts of others, and whole whatever the user's settings leave out elsewhere.
+const INSTALL = ['npm', 'ci', '--include=dev', '--ignore-scripts', '--no-audit', '--no-fund'];
+
 /** Installs the packages when they are missing or not those of the lock file. */
 export async function npmPackages(treeDir) {
-  const key = keyOf(readFileSync(join(treeDir, 'package-lock.json'), 'utf8'));
+  const key = keyOf([readFileSync(join(treeDir, 'package-lock.json'), 'utf8'), INSTALL]);
   const stamp = join(treeDir, 'node_modules', '.installed-from');
   const current = () => existsSync(stamp) && readFileSync(stamp, 'utf8') === key;
   if (current()) {
@@ -21,7 +24,7 @@ export async function npmPackages(treeDir) {
       async () => {
         if (!current()) {
           const log = join(cacheDir, 'npm-packages.log');
-          await runLogged(['npm', 'ci', '--no-audit', '--no-fund'], { log, note, cwd: treeDir });
+          await runLogged(INSTALL, { log, note, cwd: treeDir });
           writeFileSync(stamp, key);
         }
       },

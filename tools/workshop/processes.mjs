@@ -1,7 +1,8 @@
 // Running other programs: with their output in a log while a step shows progress, or passed through.
 
-import { spawn, spawnSync } from 'node:child_process';
+import { spawnSync } from 'node:child_process';
 import { closeSync, openSync, readFileSync } from 'node:fs';
+import { started } from './children.mjs';
 import { WorkshopError } from './report.mjs';
 
 const lastLines = (text, count) => text.trimEnd().split('\n').slice(-count).join('\n');
@@ -17,7 +18,7 @@ export async function runLogged(command, { log, note = () => {}, env = process.e
   const output = openSync(log, 'a');
   const watch = setInterval(() => note(lastLines(readFileSync(log, 'utf8'), 1).slice(0, 120)), 5000);
   try {
-    const code = await exitCodeOf(spawn(command[0], command.slice(1), { stdio: ['ignore', output, output], env, cwd }));
+    const code = await exitCodeOf(started(command, { stdio: ['ignore', output, output], env, cwd }));
     if (code !== 0) {
       throw new WorkshopError(
         `${lastLines(readFileSync(log, 'utf8'), 40)}\n\n${command[0]} ended with ${code}; the whole log: ${log}`,
@@ -31,7 +32,7 @@ export async function runLogged(command, { log, note = () => {}, env = process.e
 
 /** Runs a program on this terminal and gives its exit code. */
 export const runThrough = (command, options = {}) =>
-  exitCodeOf(spawn(command[0], command.slice(1), { stdio: ['ignore', 'inherit', 'inherit'], ...options }));
+  exitCodeOf(started(command, { stdio: ['ignore', 'inherit', 'inherit'], ...options }));
 
 /** Runs a program and gives its standard output. @throws {WorkshopError} when it fails */
 export function outputOf(command, options = {}) {

@@ -1,5 +1,8 @@
 // What a person at the terminal sees: the name of each step, a sign of life while it runs, how long it took.
 
+import { constants } from 'node:os';
+import { endAll } from './children.mjs';
+
 const HEARTBEAT_MS = 15_000;
 const startedAt = Date.now();
 
@@ -41,12 +44,26 @@ export async function step(name, work) {
   }
 }
 
-/** Runs a command's main routine; turns a failure into a message and an exit code. */
+// Errors whose message alone tells a person what to do: ours, and those of the words on the command line.
+const isPlain = (error) => error instanceof WorkshopError || error.code?.startsWith('ERR_PARSE_ARGS_');
+
+/** Runs a command's main routine; turns a failure into a message and an exit code, and a signal into an orderly end. */
 export async function main(routine) {
+  let interrupted = false;
+  for (const signal of ['SIGHUP', 'SIGINT', 'SIGTERM']) {
+    process.once(signal, async () => {
+      interrupted = true;
+      await endAll();
+      process.exit(128 + constants.signals[signal]);
+    });
+  }
   try {
     process.exitCode = (await routine()) ?? 0;
   } catch (error) {
-    console.error(error instanceof WorkshopError ? `\n${error.message}` : error);
+    if (interrupted) {
+      return;
+    }
+    console.error(isPlain(error) ? `\n${error.message}` : error);
     console.error(`failed after ${seconds(startedAt)}`);
     process.exitCode = 1;
   }

@@ -1,10 +1,10 @@
 // Building this tree inside the build root.
 
-import { mkdirSync } from 'node:fs';
+import { mkdirSync, readFileSync } from 'node:fs';
 import { join } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { buildRoot } from './build-root.mjs';
-import { cacheDir, keyOf, withLock } from './cache.mjs';
+import { cacheDir, checkCacheDir, keyOf, withLock } from './cache.mjs';
 import { ffmpegLibraries } from './ffmpeg.mjs';
 import { npmPackages } from './npm-packages.mjs';
 import { runThrough } from './processes.mjs';
@@ -14,11 +14,18 @@ import { WorkshopError } from './report.mjs';
 /** The folder of this clone. */
 export const treeDir = fileURLToPath(new URL('../..', import.meta.url)).replace(/\/$/, '');
 
+/** Whether a path is that of the tree or in it. */
+export const isInTree = (path) => `${path}/`.startsWith(`${treeDir}/`);
+
+/** What can be built, by name. */
+export const presets = JSON.parse(readFileSync(join(treeDir, 'CMakePresets.json'), 'utf8')).buildPresets.map(({ name }) => name);
+
 /** The build folder of a preset. */
 export const buildDir = (preset) => join(treeDir, 'build', preset);
 
 /** Runs a command in the build root with this tree writable; gives its exit code. */
 export async function runInRoot(command, { env = {}, readable = [], writable = [], cwd = treeDir } = {}) {
+  checkCacheDir();
   const ccache = join(cacheDir, 'ccache');
   mkdirSync(ccache, { recursive: true });
   const settings = {
