@@ -10,7 +10,7 @@ if(FFMPEG_ROOT)
       NO_CMAKE_FIND_ROOT_PATH REQUIRED)
     target_link_libraries(ffmpeg INTERFACE ${FFMPEG_${library}})
   endforeach()
-  file(GLOB FFMPEG_DLLS ${FFMPEG_ROOT}/bin/*.dll)
+  file(GLOB FFMPEG_DLLS "${FFMPEG_ROOT}/bin/*.dll")
 else()
   find_package(PkgConfig REQUIRED)
   pkg_check_modules(FFMPEG REQUIRED IMPORTED_TARGET

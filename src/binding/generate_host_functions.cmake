@@ -1,12 +1,12 @@
 # Writes a C++ source with one forwarder for each Node-API function that the headers declare:
-#   cmake -D "HEADERS=HEADER HEADER" -D OUTPUT=FILE -P generate_host_functions.cmake
+#   cmake -D "HEADERS=HEADER;HEADER" -D OUTPUT=FILE -P generate_host_functions.cmake
 # The headers' conditions are kept, so that NAPI_VERSION decides which functions there are.
 
 # In a CMake list a semicolon would end an element.
 set(end_of_declaration "@END@")
 
 function(read_lines header result)
-  file(READ ${header} text)
+  file(READ "${header}" text)
   string(REPLACE ";" "${end_of_declaration}" text "${text}")
   string(REGEX REPLACE "\\\\\r?\n" " " text "${text}")
   string(REGEX REPLACE "//[^\n]*" "" text "${text}")
@@ -32,10 +32,9 @@ function(argument_names parameters result)
   set(${result} "${names}" PARENT_SCOPE)
 endfunction()
 
-separate_arguments(HEADERS)
 set(source "// Generated from Node's headers by generate_host_functions.cmake.\n\n")
 foreach(header IN LISTS HEADERS)
-  read_lines(${header} lines)
+  read_lines("${header}" lines)
   foreach(line IN LISTS lines)
     string(STRIP "${line}" line)
     if(line MATCHES "^#ifndef SRC_")
@@ -63,4 +62,4 @@ foreach(header IN LISTS HEADERS)
     endif()
   endforeach()
 endforeach()
-file(WRITE ${OUTPUT} "${source}")
+file(WRITE "${OUTPUT}" "${source}")

@@ -18,8 +18,11 @@ const PURPOSES = [
   [/^swscale-\d+\.dll$/, 'conversion of pictures for encoders that do not take NV12'],
 ];
 
-// Of Windows itself, in every edition that the module runs on.
-const SYSTEM = /^(advapi32|avrt|bcrypt|d3d11|dxgi|gdi32|kernel32|mf|mfplat|mfreadwrite|mfuuid|msvcrt|ole32|oleaut32|propsys|psapi|shell32|shlwapi|user32|uuid|windowscodecs|ws2_32|ucrtbase|api-ms-win-[a-z0-9-]+)\.dll$/i;
+// What the files need of Windows, and every edition has; Media Foundation, for one, is not in those for Europe ("N").
+const SYSTEM = /^(avrt|bcrypt|d3d11|kernel32|msvcrt|ole32|user32|api-ms-win-(core-winrt|crt)-[a-z0-9-]+)\.dll$/i;
+
+/** Whether a DLL of this name is in every Windows. */
+export const isOfWindows = (name) => SYSTEM.test(name);
 
 /** What a file of the package is for, if it is a native one. */
 export const purposeOf = (path) => PURPOSES.find(([name]) => name.test(basename(path)))?.[1];
@@ -38,7 +41,7 @@ export async function checkNatives(paths) {
   const root = await buildRoot();
   const here = new Set(natives.map((path) => basename(path).toLowerCase()));
   for (const path of natives) {
-    const unknown = importsOf(root, join(treeDir, path)).filter((name) => !SYSTEM.test(name) && !here.has(name.toLowerCase()));
+    const unknown = importsOf(root, join(treeDir, path)).filter((name) => !isOfWindows(name) && !here.has(name.toLowerCase()));
     if (unknown.length > 0) {
       throw new WorkshopError(`${path} needs ${unknown.join(', ')}, which neither the package nor every Windows has`);
     }
