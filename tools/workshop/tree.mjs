@@ -34,6 +34,7 @@ export async function runInRoot(command, { env = {}, readable = [], writable = [
     // Another clone of the same sources finds what this one compiled.
     CCACHE_BASEDIR: treeDir,
     CCACHE_NOHASHDIR: '1',
+    ...(process.env.CCACHE_DISABLE ? { CCACHE_DISABLE: process.env.CCACHE_DISABLE } : {}),
     ...env,
   };
   const access = { readable, writable: [treeDir, ccache, ...writable] };
