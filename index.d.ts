@@ -306,7 +306,7 @@ export class Brisolte {
 
   /**
    * Sets the bit rate of the sound. Only `mf_h264` and `mf_hevc` follow it: sound beside FFmpeg's encoders always has
-   * 128 kbit/s.
+   * 128 kbit/s. The system's AAC encoder has 96000, 128000, 160000 and 192000; other rates become the nearest.
    *
    * @param bitsPerSecond 128000 at first
    * @returns `false` for 0 and below, or while a recording runs

@@ -1,5 +1,7 @@
 #include "capture/windows_recording_parts.h"
 
+#include <utility>
+
 #include "audio/audio_capture.h"
 #include "audio/audio_devices.h"
 #include "capture/screenshot.h"
@@ -20,7 +22,9 @@ class WindowsRecordingParts final : public RecordingParts {
   }
 
   std::unique_ptr<Encoder> CreateMFEncoder(const CaptureSettings& settings) override {
-    return std::make_unique<MFEncoder>(settings);
+    // One without its writer could not begin a file, and has said why.
+    auto encoder = std::make_unique<MFEncoder>(settings);
+    return encoder->initialized() ? std::move(encoder) : nullptr;
   }
 
   std::unique_ptr<CaptureSource> CreateVideoCapture(const CaptureSettings& settings,

@@ -1,6 +1,9 @@
 #include "encoder/mf/audio_sink_stream.h"
 
+#include <mferror.h>
+
 #include <string>
+#include <vector>
 
 #include "common/hresult_failure.h"
 #include "common/logger.h"
@@ -42,6 +45,28 @@ std::optional<MediaName> ReportedSubtype(const WaveFormat& format) {
   return subtype;
 }
 
+std::string Describe(const AacType& type) {
+  return std::to_string(type.sampleRate) + " Hz, " + std::to_string(type.channels) + " channels, " +
+         std::to_string(8 * type.bytesPerSecond) + " bit/s";
+}
+
+/// The kind of AAC for the stream. A sink writer with a stream that it cannot encode never begins its file,
+/// so what the system does not have is left out before. Where the system does not say what it has, it is
+/// asked for what is wanted.
+std::optional<AacType> ChooseAacType(MediaFoundation& platform, const AacType& wanted) {
+  std::vector<AacType> available;
+  if (FAILED(platform.ListAacTypes(available)) || available.empty()) {
+    return wanted;
+  }
+  const auto nearest = NearestAacType(wanted, available);
+  if (!nearest) {
+    SucceededOrLog(MF_E_INVALIDMEDIATYPE, "Failed to set input media type: ");
+  } else if (*nearest != wanted) {
+    Logger::Info("AAC does not come with " + Describe(wanted) + "; encoding with " + Describe(*nearest));
+  }
+  return nearest;
+}
+
 /// Times are counted by the rate, and bytes by the alignment.
 bool CanBeCounted(const WaveFormat& format) {
   if (format.sampleRate == 0 || format.blockAlign == 0) {
@@ -69,8 +94,12 @@ std::optional<AudioSinkStream> AddAudioStream(MediaFoundation& platform, IMFSink
   if (input == nullptr) {
     return std::nullopt;
   }
-  const auto output = MakeMediaType(platform, AudioOutputAttributes(format, bitrate),
-                                    "Failed to create audio output media type: ");
+  const auto type = ChooseAacType(platform, WantedAacType(format, bitrate));
+  if (!type) {
+    return std::nullopt;
+  }
+  const auto output =
+      MakeMediaType(platform, AudioOutputAttributes(*type), "Failed to create audio output media type: ");
   DWORD index = 0;
   if (output == nullptr ||
       !SucceededOrLog(writer.AddStream(output.Get(), &index), "Failed to add audio stream: ") ||

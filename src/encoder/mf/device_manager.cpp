@@ -13,10 +13,23 @@ namespace {
 
 using Microsoft::WRL::ComPtr;
 
-/// Media Foundation asks for devices made for video; with the other, captured pictures may be drawn on them.
-constexpr UINT kDeviceFlags = D3D11_CREATE_DEVICE_BGRA_SUPPORT | D3D11_CREATE_DEVICE_VIDEO_SUPPORT;
+/// Media Foundation asks for devices made for video, which older drivers refuse; with the other flag,
+/// captured pictures may be drawn on them. In the order in which they are tried.
+constexpr std::array kDeviceFlags{UINT{D3D11_CREATE_DEVICE_BGRA_SUPPORT | D3D11_CREATE_DEVICE_VIDEO_SUPPORT},
+                                  UINT{D3D11_CREATE_DEVICE_BGRA_SUPPORT}};
 constexpr std::array kFeatureLevels{D3D_FEATURE_LEVEL_11_1, D3D_FEATURE_LEVEL_11_0, D3D_FEATURE_LEVEL_10_1,
                                     D3D_FEATURE_LEVEL_10_0};
+
+HRESULT CreateDevice(MediaFoundation& platform, ComPtr<ID3D11Device>& device) {
+  HRESULT result = E_FAIL;
+  for (const UINT flags : kDeviceFlags) {
+    result = platform.D3D11CreateDevice(flags, kFeatureLevels, device.ReleaseAndGetAddressOf());
+    if (SUCCEEDED(result)) {
+      break;
+    }
+  }
+  return result;
+}
 
 HRESULT ProtectFromThreads(ID3D11Device& device) {
   ComPtr<ID3D11DeviceContext> context;
@@ -33,8 +46,7 @@ HRESULT ProtectFromThreads(ID3D11Device& device) {
 
 bool DeviceManager::Create(MediaFoundation& platform) {
   ComPtr<ID3D11Device> device;
-  if (!SucceededOrLog(platform.D3D11CreateDevice(kDeviceFlags, kFeatureLevels, device.GetAddressOf()),
-                      "Failed to create D3D11 device: ")) {
+  if (!SucceededOrLog(CreateDevice(platform, device), "Failed to create D3D11 device: ")) {
     return false;
   }
   Logger::Info("Creating DXGI device manager...");

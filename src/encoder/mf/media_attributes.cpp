@@ -87,15 +87,17 @@ MediaAttributes AudioInputAttributes(const WaveFormat& format, MediaName subtype
            "Failed to set average bytes per second: "}};
 }
 
-MediaAttributes AudioOutputAttributes(const WaveFormat& format, std::int32_t bitrate) {
-  const std::uint32_t channels = format.channels;
+AacType WantedAacType(const WaveFormat& format, std::int32_t bitrate) {
+  return {format.sampleRate, format.channels, static_cast<std::uint32_t>(bitrate / 8)};
+}
+
+MediaAttributes AudioOutputAttributes(const AacType& type) {
   return {{MediaKey::kMajorType, MediaName::kAudio, "Failed to set output major type: "},
           {MediaKey::kSubtype, MediaName::kAac, "Failed to set output subtype: "},
-          {MediaKey::kAudioChannels, channels, "Failed to set output channels: "},
-          {MediaKey::kAudioSampleRate, format.sampleRate, "Failed to set output sample rate: "},
+          {MediaKey::kAudioChannels, type.channels, "Failed to set output channels: "},
+          {MediaKey::kAudioSampleRate, type.sampleRate, "Failed to set output sample rate: "},
           {MediaKey::kAudioBitsPerSample, kEncodedBitsPerSample, "Failed to set output bits per sample: "},
-          {MediaKey::kAudioBytesPerSecond, static_cast<std::uint32_t>(bitrate / 8),
-           "Failed to set output bitrate: "}};
+          {MediaKey::kAudioBytesPerSecond, type.bytesPerSecond, "Failed to set output bitrate: "}};
 }
 
 }  // namespace brisolte

@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "capture/capture_settings.h"
+#include "encoder/mf/aac_type.h"
 #include "encoder/wave_format.h"
 
 namespace brisolte {
@@ -58,7 +59,10 @@ std::optional<MediaName> AudioInputSubtype(const WaveFormat& format);
 /// The samples that are handed over, as the device has them.
 MediaAttributes AudioInputAttributes(const WaveFormat& format, MediaName subtype);
 
-/// The encoded sound in the file. `bitrate` in bits per second.
-MediaAttributes AudioOutputAttributes(const WaveFormat& format, std::int32_t bitrate);
+/// The encoded sound that such samples ask for. `bitrate` in bits per second.
+AacType WantedAacType(const WaveFormat& format, std::int32_t bitrate);
+
+/// The encoded sound in the file.
+MediaAttributes AudioOutputAttributes(const AacType& type);
 
 }  // namespace brisolte

@@ -6,6 +6,9 @@
 
 #include <memory>
 #include <span>
+#include <vector>
+
+#include "encoder/mf/aac_type.h"
 
 namespace brisolte {
 
@@ -33,6 +36,9 @@ class MediaFoundation {
   /// A buffer over the texture's only picture, which begins with its top row.
   virtual HRESULT CreateDXGISurfaceBuffer(ID3D11Texture2D* texture, IMFMediaBuffer** buffer) = 0;
   virtual HRESULT CreateDXGIDeviceManager(UINT* resetToken, IMFDXGIDeviceManager** manager) = 0;
+
+  /// Adds the kinds of AAC that the system's encoders give out.
+  virtual HRESULT ListAacTypes(std::vector<AacType>& types) = 0;
 
   /// A device of the default adapter's hardware.
   virtual HRESULT D3D11CreateDevice(UINT flags, std::span<const D3D_FEATURE_LEVEL> featureLevels,

@@ -50,11 +50,12 @@ bool MFEncoder::InitializeWriter() {
     Logger::Error("Failed to initialize writer");
     return false;
   }
-  if (!devices_.Create(*platform_)) {
-    Logger::Error("Failed to initialize D3D11Device");
-    return false;
+  if (devices_.Create(*platform_)) {
+    return true;
   }
-  return true;
+  Logger::Error("Failed to initialize D3D11Device");
+  // Sound alone needs no device.
+  return settings_.mode == CaptureMode::kNone;
 }
 
 bool MFEncoder::HasWriter() const {
@@ -110,6 +111,7 @@ bool MFEncoder::AddAudio(AudioStreamKind kind, const WaveFormat* format) {
     return false;
   }
   (speaker ? streams_.speaker : streams_.microphone) = added;
+  worker_.SetBytesPerSecond(kind, format->averageBytesPerSecond);
   worker_.SetChunkBytes(AudioChunkBytes(format->averageBytesPerSecond));
   return true;
 }
@@ -119,14 +121,22 @@ bool MFEncoder::Start() {
     Logger::Warning("MFEncoder is already writing");
     return true;
   }
-  if (!HasWriter() || !SucceededOrLog(writer_->BeginWriting(), "Failed to begin writing: ")) {
+  if (!HasWriter()) {
     return false;
   }
-  Logger::Info("MFEncoder starts writing at: " + std::to_string(WallClockMilliseconds()) + " ms");
+  const bool hasStreams = streams_.video || streams_.microphone || streams_.speaker;
+  if (hasStreams && !SucceededOrLog(writer_->BeginWriting(), "Failed to begin writing: ")) {
+    return false;
+  }
+  begun_ = hasStreams;
+  sink_ = MediaSinkOf(*writer_.Get());
+  Logger::Debug("MFEncoder starts writing at: " + std::to_string(WallClockMilliseconds()) + " ms");
   capturing_ = Guarded("", "in Start", [this] {
-    worker_.Start([this, writer = writer_, streams = streams_] {
-      return std::make_unique<SampleWriter>(*platform_, writer, streams);
-    });
+    worker_.Start(
+        [this, writer = writer_, streams = streams_] {
+          return std::make_unique<SampleWriter>(*platform_, writer, streams);
+        },
+        Layout());
     return true;
   });
   return capturing_;
@@ -142,12 +152,29 @@ bool MFEncoder::Finalize() {
   if (auto last = LastFrame(stopped)) {
     worker_.SetLastFrame(std::move(*last));
   }
-  worker_.Stop();
-  if (writer_ != nullptr && SucceededOrLog(writer_->Finalize(), "Failed to finalize sink writer: ")) {
+  worker_.Stop([this] { EndWriting(); });
+  if (std::exchange(begun_, false) &&
+      SucceededOrLog(writer_->Finalize(), "Failed to finalize sink writer: ")) {
     writer_.Reset();
   }
   Release();
   return true;
+}
+
+/// What is missing in a stream ticks tell the sink writer, which has to be told each frame's time.
+SinkLayout MFEncoder::Layout() const {
+  return {.microphoneTick = streams_.microphone ? SinkLayout::kAudioTick : 0,
+          .speakerTick = streams_.speaker ? SinkLayout::kAudioTick : 0,
+          .videoTick = streams_.video ? kUnitsPerSecond / std::max(settings_.frameRate, 1) : 0};
+}
+
+void MFEncoder::EndWriting() {
+  Logger::Error("The sink writer does not return: its file is closed without an end and cannot be played");
+  // Not by the sink writer, which may be locked as long as the write lasts.
+  if (sink_ != nullptr) {
+    CloseFile(*sink_.Get());
+  }
+  begun_ = false;
 }
 
 void MFEncoder::Release() {
@@ -158,9 +185,13 @@ void MFEncoder::Release() {
   }
   devices_.Release();
   if (writer_ != nullptr) {
-    AbandonFile(*writer_.Get());
+    const auto sink = sink_ != nullptr ? sink_ : MediaSinkOf(*writer_.Get());
+    if (sink != nullptr) {
+      CloseFile(*sink.Get());
+    }
     writer_.Reset();
   }
+  sink_.Reset();
 }
 
 bool MFEncoder::ProcessFrameAsync(const VideoFrame& frame) {

@@ -43,11 +43,15 @@ class MFEncoder final : public Encoder {
   /// Makes the sink writer, a device and its manager. Holds nothing when it fails, and can be tried again.
   bool Initialize() override;
 
-  /// Begins the file and starts the worker.
+  /// Whether `Initialize` has succeeded.
+  bool initialized() const { return initialized_; }
+
+  /// Begins the file and starts the worker. Without any stream there is no file to begin.
   bool Start() override;
 
   /// Ends the worker with the last picture, so that it is shown until now, completes the file and lets go of
-  /// everything. True, also when nothing was running.
+  /// everything. True, also when nothing was running. A sink writer that does not return from a write is shut
+  /// down, which costs the file.
   bool Stop() override;
 
   /// Queues a copy of the frame's texture. False when the frame is dropped: 100 are waiting, or with an ERROR
@@ -78,6 +82,8 @@ class MFEncoder final : public Encoder {
   /// The last picture, at the time from which it is shown for one frame until the end. None when it is shown
   /// until then anyway, and without any.
   std::optional<QueuedFrame> LastFrame(CaptureClock::Moment end);
+  SinkLayout Layout() const;
+  void EndWriting();
   void Release();
 
   const CaptureSettings settings_;
@@ -85,8 +91,10 @@ class MFEncoder final : public Encoder {
   const SteadyNow now_;
   const MediaFoundationSession session_;
   bool initialized_ = false;
+  bool begun_ = false;  ///< the file has been begun and not been ended
   std::atomic<bool> capturing_ = false;
   Microsoft::WRL::ComPtr<IMFSinkWriter> writer_;
+  Microsoft::WRL::ComPtr<IMFMediaSink> sink_;  ///< of the writer, once the file has been begun
   DeviceManager devices_;
   SinkStreams streams_;
   std::mutex copierMutex_;

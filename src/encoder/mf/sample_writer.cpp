@@ -22,19 +22,21 @@ SampleWriter::SampleWriter(MediaFoundation& platform, Microsoft::WRL::ComPtr<IMF
 }
 
 bool SampleWriter::WriteFrame(const QueuedFrame& frame) {
-  return Guarded("", "in WriteFrame", [&] { return WriteVideoSample(frame); });
+  return !HasFailed() && Guarded("", "in WriteFrame", [&] { return WriteVideoSample(frame); });
 }
 
 void SampleWriter::WriteAudio(AudioStreamKind kind, std::span<const std::uint8_t> chunk) {
   Sound& sound = kind == AudioStreamKind::kMicrophone ? microphone_ : speaker_;
-  Guarded("", "in WriteAudio", [&] { return WriteAudioSample(sound, chunk); });
+  if (!HasFailed()) {
+    Guarded("", "in WriteAudio", [&] { return WriteAudioSample(sound, chunk); });
+  }
 }
 
 bool SampleWriter::WriteVideoSample(const QueuedFrame& frame) {
   const auto sample =
       MakeVideoSample(platform_, frame.texture, {SampleTime(frame.timestamp), SampleTime(frame.duration)});
   return sample != nullptr && video_ &&
-         SucceededOrLog(writer_->WriteSample(*video_, sample.Get()), "Failed to write sample: ");
+         Count(SucceededOrLog(writer_->WriteSample(*video_, sample.Get()), "Failed to write sample: "));
 }
 
 bool SampleWriter::WriteAudioSample(Sound& sound, std::span<const std::uint8_t> chunk) {
@@ -60,10 +62,42 @@ bool SampleWriter::WriteAudioSample(Sound& sound, std::span<const std::uint8_t> 
   if (sample == nullptr) {
     return false;
   }
-  // Also when writing fails: a gap keeps what follows in its place.
+  // Also when writing fails: what follows keeps the time that it has in the source.
   sound.framesWritten += count;
-  return SucceededOrLog(writer_->WriteSample(sound.stream->index, sample.Get()),
-                        "Failed to write audio sample: ");
+  return Count(SucceededOrLog(writer_->WriteSample(sound.stream->index, sample.Get()),
+                              "Failed to write audio sample: "));
+}
+
+std::optional<DWORD> SampleWriter::IndexOf(SinkStream stream) const {
+  const auto indexOf = [](const Sound& sound) {
+    return sound.stream ? std::optional(sound.stream->index) : std::nullopt;
+  };
+  switch (stream) {
+    case SinkStream::kMicrophone:
+      return indexOf(microphone_);
+    case SinkStream::kSpeaker:
+      return indexOf(speaker_);
+    case SinkStream::kVideo:
+      return video_;
+  }
+  return std::nullopt;
+}
+
+/// One that refuses ticks does so each time, and may take the samples all the same.
+void SampleWriter::SendTick(SinkStream stream, std::int64_t time) {
+  const auto index = IndexOf(stream);
+  if (index && ticksTaken_ && !HasFailed()) {
+    ticksTaken_ = SucceededOrLog(writer_->SendStreamTick(*index, time), "Failed to send stream tick: ");
+  }
+}
+
+/// A full disk or a lost device fails every sample that follows: after some in a row no more are tried.
+bool SampleWriter::Count(bool written) {
+  failures_ = written ? 0 : failures_ + 1;
+  if (failures_ == kMostFailures) {
+    Logger::Error("The sink writer takes nothing more: what follows is not recorded");
+  }
+  return written;
 }
 
 }  // namespace brisolte

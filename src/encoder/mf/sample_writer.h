@@ -29,6 +29,7 @@ class SampleWriter final : public SampleSink {
 
   bool WriteFrame(const QueuedFrame& frame) override;
   void WriteAudio(AudioStreamKind kind, std::span<const std::uint8_t> chunk) override;
+  void SendTick(SinkStream stream, std::int64_t time) override;
 
  private:
   struct Sound {
@@ -37,8 +38,13 @@ class SampleWriter final : public SampleSink {
     std::int64_t framesWritten = 0;
   };
 
+  static constexpr int kMostFailures = 10;
+
   bool WriteVideoSample(const QueuedFrame& frame);
   bool WriteAudioSample(Sound& sound, std::span<const std::uint8_t> chunk);
+  std::optional<DWORD> IndexOf(SinkStream stream) const;
+  bool Count(bool written);
+  bool HasFailed() const { return failures_ >= kMostFailures; }
 
   const ComApartment apartment_{COINIT_MULTITHREADED};
   MediaFoundation& platform_;
@@ -46,6 +52,8 @@ class SampleWriter final : public SampleSink {
   const std::optional<DWORD> video_;
   Sound microphone_;
   Sound speaker_;
+  int failures_ = 0;  ///< in a row
+  bool ticksTaken_ = true;
 };
 
 }  // namespace brisolte

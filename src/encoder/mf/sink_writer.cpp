@@ -1,10 +1,11 @@
 #include "encoder/mf/sink_writer.h"
 
 #include <mfapi.h>
+#include <mferror.h>
 
+#include "common/full_path.h"
 #include "common/hresult_failure.h"
 #include "common/logger.h"
-#include "common/text.h"
 
 namespace brisolte {
 
@@ -19,9 +20,9 @@ ComPtr<IMFSinkWriter> MakeSinkWriter(MediaFoundation& platform, const std::strin
                      "Failed to create attributes: ") &&
       SucceededOrLog(attributes->SetGUID(MF_TRANSCODE_CONTAINERTYPE, MFTranscodeContainerType_MPEG4),
                      "Failed to set container type: ") &&
-      SucceededOrLog(
-          platform.CreateSinkWriterFromURL(ToWide(path).c_str(), attributes.Get(), writer.GetAddressOf()),
-          "Failed to create sink writer: ");
+      SucceededOrLog(platform.CreateSinkWriterFromURL(FullFilePath(path).c_str(), attributes.Get(),
+                                                      writer.GetAddressOf()),
+                     "Failed to create sink writer: ");
   if (!made) {
     return nullptr;
   }
@@ -29,14 +30,19 @@ ComPtr<IMFSinkWriter> MakeSinkWriter(MediaFoundation& platform, const std::strin
   return writer;
 }
 
-void AbandonFile(IMFSinkWriter& writer) {
+ComPtr<IMFMediaSink> MediaSinkOf(IMFSinkWriter& writer) {
   ComPtr<IMFMediaSink> sink;
   const HRESULT result =
       writer.GetServiceForStream(static_cast<DWORD>(MF_SINK_WRITER_MEDIASINK), GUID_NULL,
                                  __uuidof(IMFMediaSink), reinterpret_cast<void**>(sink.GetAddressOf()));
-  // Before it is needed there is none.
-  if (SUCCEEDED(result) && sink != nullptr) {
-    SucceededOrLog(sink->Shutdown(), "Failed to shut down media sink: ");
+  return SUCCEEDED(result) ? sink : nullptr;
+}
+
+void CloseFile(IMFMediaSink& sink) {
+  const HRESULT result = sink.Shutdown();
+  // A failure of the sink writer may have shut it down already.
+  if (result != MF_E_SHUTDOWN) {
+    SucceededOrLog(result, "Failed to shut down media sink: ");
   }
 }
 

@@ -1,9 +1,12 @@
 #include <mfapi.h>
+#include <wrl/client.h>
 
 #include "encoder/mf/media_foundation.h"
 
 namespace brisolte {
 namespace {
+
+using Microsoft::WRL::ComPtr;
 
 /// Stands for a function that was not found.
 template <typename... Arguments>
@@ -18,6 +21,7 @@ class Functions {
   Functions() {
     const HMODULE platform = Load(L"mfplat.dll");
     const HMODULE readWrite = Load(L"mfreadwrite.dll");
+    const HMODULE transcoding = Load(L"mf.dll");
     Find(platform, "MFStartup", startup);
     Find(platform, "MFShutdown", shutdown);
     Find(platform, "MFCreateAttributes", createAttributes);
@@ -27,6 +31,7 @@ class Functions {
     Find(platform, "MFCreateDXGISurfaceBuffer", createDXGISurfaceBuffer);
     Find(platform, "MFCreateDXGIDeviceManager", createDXGIDeviceManager);
     Find(readWrite, "MFCreateSinkWriterFromURL", createSinkWriterFromURL);
+    Find(transcoding, "MFTranscodeGetAudioOutputAvailableTypes", getAudioOutputTypes);
   }
 
   /// Success when every function was found.
@@ -41,6 +46,7 @@ class Functions {
   decltype(&MFCreateDXGISurfaceBuffer) createDXGISurfaceBuffer = Missing;
   decltype(&MFCreateDXGIDeviceManager) createDXGIDeviceManager = Missing;
   decltype(&MFCreateSinkWriterFromURL) createSinkWriterFromURL = Missing;
+  decltype(&MFTranscodeGetAudioOutputAvailableTypes) getAudioOutputTypes = Missing;
 
  private:
   HMODULE Load(const wchar_t* name) {
@@ -75,6 +81,14 @@ const Functions& Loaded() {
   return kFunctions;
 }
 
+AacType ReadAacType(IMFMediaType& type) {
+  AacType read;
+  type.GetUINT32(MF_MT_AUDIO_SAMPLES_PER_SECOND, &read.sampleRate);
+  type.GetUINT32(MF_MT_AUDIO_NUM_CHANNELS, &read.channels);
+  type.GetUINT32(MF_MT_AUDIO_AVG_BYTES_PER_SECOND, &read.bytesPerSecond);
+  return read;
+}
+
 class System final : public MediaFoundation {
  public:
   HRESULT Startup() override {
@@ -107,6 +121,26 @@ class System final : public MediaFoundation {
 
   HRESULT CreateDXGIDeviceManager(UINT* resetToken, IMFDXGIDeviceManager** manager) override {
     return Loaded().createDXGIDeviceManager(resetToken, manager);
+  }
+
+  HRESULT ListAacTypes(std::vector<AacType>& types) override {
+    // Any encoder that the sink writer may use too: not those that need a key or are for other purposes.
+    constexpr DWORD kFlags = (MFT_ENUM_FLAG_ALL & ~MFT_ENUM_FLAG_FIELDOFUSE) | MFT_ENUM_FLAG_SORTANDFILTER;
+    ComPtr<IMFCollection> found;
+    HRESULT result = Loaded().getAudioOutputTypes(MFAudioFormat_AAC, kFlags, nullptr, found.GetAddressOf());
+    DWORD count = 0;
+    if (SUCCEEDED(result)) {
+      result = found->GetElementCount(&count);
+    }
+    for (DWORD i = 0; SUCCEEDED(result) && i < count; ++i) {
+      ComPtr<IUnknown> element;
+      ComPtr<IMFMediaType> type;
+      result = found->GetElement(i, element.GetAddressOf());
+      if (SUCCEEDED(result) && SUCCEEDED(element.As(&type))) {
+        types.push_back(ReadAacType(*type.Get()));
+      }
+    }
+    return result;
   }
 
   HRESULT D3D11CreateDevice(UINT flags, std::span<const D3D_FEATURE_LEVEL> featureLevels,

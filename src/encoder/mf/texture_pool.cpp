@@ -21,11 +21,13 @@ class TexturePool::FreeTextures {
     return texture;
   }
 
-  /// Keeps the texture, or lets it go where there is no memory for that.
+  /// Keeps the texture, or lets it go when enough are free or there is no memory for it.
   void Give(ComPtr<ID3D11Texture2D> texture) noexcept {
     try {
       const std::scoped_lock lock(mutex_);
-      textures_.push_back(std::move(texture));
+      if (textures_.size() < kMostFree) {
+        textures_.push_back(std::move(texture));
+      }
     } catch (...) {
       return;
     }

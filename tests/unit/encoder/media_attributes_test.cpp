@@ -95,7 +95,7 @@ TEST(MediaAttributes, DescribeTheSamplesAsTheDeviceHasThem) {
 }
 
 TEST(MediaAttributes, DescribeTheSoundInTheFile) {
-  EXPECT_THAT(AudioOutputAttributes(FormatWithTag(WaveFormat::kIeeeFloatTag, true), 128'007),
+  EXPECT_THAT(AudioOutputAttributes(WantedAacType(FormatWithTag(WaveFormat::kIeeeFloatTag, true), 128'007)),
               ElementsAre(Sets(MediaKey::kMajorType, MediaName::kAudio, "Failed to set output major type: "),
                           Sets(MediaKey::kSubtype, MediaName::kAac, "Failed to set output subtype: "),
                           Sets(MediaKey::kAudioChannels, 2U, "Failed to set output channels: "),

@@ -1,3 +1,6 @@
+#include <mferror.h>
+
+#include <algorithm>
 #include <atomic>
 #include <cstdio>
 #include <thread>
@@ -35,7 +38,8 @@ TEST_F(MFEncoderLifecycleTest, StopFinalizesOnceAndLetsGoOfEverything) {
   EXPECT_TRUE(encoder_->Finalize());
   encoder_.reset();
   EXPECT_THAT(stage_.calls("Finalize"), SizeIs(1));
-  EXPECT_THAT(stage_.calls("GetServiceForStream"), IsEmpty()) << "a complete file is left to the sink writer";
+  EXPECT_THAT(stage_.calls("Shutdown of the media sink"), IsEmpty())
+      << "a complete file is left to the sink writer";
   EXPECT_EQ(stage_.calls().back().name, "MFShutdown");
   EXPECT_THAT(TakeErrors(), IsEmpty());
 }
@@ -110,6 +114,94 @@ TEST_F(MFEncoderLifecycleTest, AFileThatCannotBeCompletedIsReported) {
   EXPECT_THAT(TakeErrors(), ElementsAre("Failed to finalize sink writer: " + kFailureText));
   EXPECT_THAT(stage_.calls("Shutdown of the media sink"), SizeIs(1));
   EXPECT_THAT(stage_.calls("Release the sink writer"), SizeIs(1));
+}
+
+TEST_F(MFEncoderLifecycleTest, ASinkThatIsShutDownAlreadyIsNoFailure) {
+  MakeWithVideo();
+  EXPECT_TRUE(encoder_->Start());
+  stage_.Fail("Finalize", kFailure);
+  stage_.Fail("Shutdown of the media sink", MF_E_SHUTDOWN);
+  EXPECT_TRUE(encoder_->Stop());
+  EXPECT_THAT(TakeErrors(), ElementsAre("Failed to finalize sink writer: " + kFailureText));
+}
+
+TEST_F(MFEncoderLifecycleTest, AWriterWithoutStreamsIsNotBegun) {
+  MakeEncoder();
+  EXPECT_TRUE(encoder_->Start());
+  EXPECT_TRUE(encoder_->Stop());
+  EXPECT_THAT(stage_.calls("BeginWriting"), IsEmpty());
+  EXPECT_THAT(stage_.calls("Finalize"), IsEmpty());
+  EXPECT_THAT(TakeErrors(), IsEmpty());
+}
+
+TEST_F(MFEncoderLifecycleTest, StopEndsAWriteThatDoesNotReturn) {
+  MakeWithVideo();
+  EXPECT_TRUE(encoder_->Start());
+  stage_.HoldWrites(true);
+  EXPECT_TRUE(ProcessFrame(0));
+  stage_.AwaitSamples(1);
+  EXPECT_TRUE(encoder_->Stop());
+  EXPECT_THAT(stage_.calls("Shutdown of the media sink"), ::testing::Not(IsEmpty()));
+  EXPECT_THAT(stage_.calls("Finalize"), IsEmpty());
+  EXPECT_THAT(TakeErrors(), ElementsAre("The sink writer does not return: its file is closed without an end "
+                                        "and cannot be played"));
+}
+
+TEST_F(MFEncoderLifecycleTest, AWriterThatHasFailedForGoodIsNotTriedForEver) {
+  MakeWithVideo();
+  EXPECT_TRUE(encoder_->Start());
+  stage_.Fail("WriteSample", kFailure);
+  for (int time = 0; time < 30; ++time) {
+    EXPECT_TRUE(ProcessFrame(time));
+  }
+  EXPECT_TRUE(stage_.AwaitCalls("WriteSample", 10));
+  const std::string last = "The sink writer takes nothing more: what follows is not recorded";
+  EXPECT_TRUE(AwaitError(last));
+  for (int time = 30; time < 60; ++time) {
+    ProcessFrame(time);
+  }
+  EXPECT_TRUE(encoder_->Stop());
+  EXPECT_THAT(stage_.calls("WriteSample"), SizeIs(10));
+  const auto errors = TakeErrors();
+  EXPECT_EQ(std::ranges::count(errors, "Failed to write sample: " + kFailureText), 10);
+  EXPECT_EQ(std::ranges::count(errors, last), 1);
+}
+
+TEST_F(MFEncoderLifecycleTest, ASilentSoundGetsTicksWhileThePictureGoesOn) {
+  MakeWithVideo();
+  const WaveFormat format = FloatFormat();
+  ASSERT_TRUE(encoder_->CreateAudioStream(AudioStreamKind::kSpeaker, &format));
+  EXPECT_TRUE(encoder_->Start());
+  for (int time = 0; time <= 3000; time += 40) {
+    EXPECT_TRUE(ProcessFrame(time));
+  }
+  EXPECT_TRUE(stage_.AwaitCalls("SendStreamTick stream 1", 12));
+  EXPECT_THAT(stage_.calls("SendStreamTick stream 1").front(), "SendStreamTick stream 1, 0");
+  EXPECT_THAT(stage_.calls("SendStreamTick stream 0"), IsEmpty());
+}
+
+TEST_F(MFEncoderLifecycleTest, AStillPictureGetsATickForEachFrameWhileSoundGoesOn) {
+  MakeWithVideo();
+  const WaveFormat format = FloatFormat();
+  ASSERT_TRUE(encoder_->CreateAudioStream(AudioStreamKind::kSpeaker, &format));
+  EXPECT_TRUE(encoder_->Start());
+  EXPECT_TRUE(ProcessFrame(0));
+  stage_.AwaitSamples(1);
+  EXPECT_TRUE(ProcessAudio("speaker", 2 * 384'000));
+  // Two seconds less the half for which a picture may be late: 25 frames a second.
+  EXPECT_TRUE(stage_.AwaitCalls("SendStreamTick stream 0", 35));
+  EXPECT_EQ(stage_.calls("SendStreamTick stream 0")[0], "SendStreamTick stream 0, 400000");
+}
+
+TEST_F(MFEncoderLifecycleTest, ATickThatFailsIsReported) {
+  MakeWithVideo();
+  const WaveFormat format = FloatFormat();
+  ASSERT_TRUE(encoder_->CreateAudioStream(AudioStreamKind::kSpeaker, &format));
+  EXPECT_TRUE(encoder_->Start());
+  stage_.Fail("SendStreamTick", kFailure);
+  EXPECT_TRUE(ProcessFrame(1000));
+  EXPECT_TRUE(AwaitError());
+  EXPECT_EQ(TakeErrors().front(), "Failed to send stream tick: " + kFailureText);
 }
 
 TEST_F(MFEncoderLifecycleTest, StopDoesNotWaitForWhatIsQueued) {
@@ -196,8 +288,8 @@ TEST_F(MFEncoderLifecycleTest, AWholeRecordingCallByCall) {
                                        "MFCreateSample", "AddBuffer", "WriteSample"};
   const std::vector<std::string> sound{"MFCreateMemoryBuffer", "Lock",      "Unlock",
                                        "MFCreateSample",       "AddBuffer", "WriteSample"};
-  const std::vector<std::string> audioStream{"MFCreateMediaType", "MFCreateMediaType", "AddStream",
-                                             "SetInputMediaType"};
+  const std::vector<std::string> audioStream{"MFCreateMediaType", "MFTranscodeGetAudioOutputAvailableTypes",
+                                             "MFCreateMediaType", "AddStream", "SetInputMediaType"};
   std::vector<std::string> expected{
       "MFStartup",         "MFCreateAttributes",        "MFCreateSinkWriterFromURL",
       "D3D11CreateDevice", "MFCreateDXGIDeviceManager", "ResetDevice",
@@ -208,7 +300,7 @@ TEST_F(MFEncoderLifecycleTest, AWholeRecordingCallByCall) {
   };
   append(audioStream);
   append(audioStream);
-  append({"BeginWriting"});
+  append({"BeginWriting", "GetServiceForStream"});
   append(frame);
   append(sound);
   append(sound);

@@ -95,6 +95,28 @@ TEST_F(MFEncoderSetupTest, EachFailureHasItsTextsAndLeavesNothingBehind) {
   }
 }
 
+TEST_F(MFEncoderSetupTest, ADriverWithoutVideoSupportGivesAPlainDevice) {
+  stage_.Fail("D3D11CreateDevice hardware, flags 0x820", kFailure);
+  MakeEncoder();
+  EXPECT_TRUE(encoder_->initialized());
+  EXPECT_THAT(
+      stage_.calls("D3D11CreateDevice"),
+      ElementsAre(StartsWith("D3D11CreateDevice hardware, flags 0x820"),
+                  "D3D11CreateDevice hardware, flags 0x20, feature levels 0xb100 0xb000 0xa100 0xa000"));
+  EXPECT_THAT(TakeErrors(), IsEmpty());
+}
+
+TEST_F(MFEncoderSetupTest, SoundAloneNeedsNoDevice) {
+  settings_.mode = CaptureMode::kNone;
+  stage_.Fail("D3D11CreateDevice", kFailure);
+  MakeEncoder();
+  const WaveFormat format = testing::FloatFormat();
+  EXPECT_TRUE(encoder_->CreateAudioStream(AudioStreamKind::kSpeaker, &format));
+  EXPECT_TRUE(encoder_->Start());
+  EXPECT_TRUE(encoder_->Stop());
+  EXPECT_THAT(stage_.calls("Finalize"), SizeIs(1));
+}
+
 TEST_F(MFEncoderSetupTest, AFailedInitializationCanBeTriedAgain) {
   stage_.Fail("D3D11CreateDevice", kFailure);
   MakeEncoder();

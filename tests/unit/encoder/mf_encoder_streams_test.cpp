@@ -211,6 +211,30 @@ TEST_F(MFEncoderStreamsTest, SoundThatCannotBeTakenIsRefused) {
   EXPECT_THAT(stage_.calls("AddStream"), IsEmpty());
 }
 
+TEST_F(MFEncoderStreamsTest, SoundOfAFormatThatAacDoesNotHaveIsEncodedInTheNearest) {
+  MakeEncoder();
+  WaveFormat format = FloatFormat();
+  format.sampleRate = 96'000;
+  format.averageBytesPerSecond = 768'000;
+  EXPECT_TRUE(AddAudio(kSpeaker, format));
+  EXPECT_THAT(stage_.types().front(), ::testing::EndsWith("MF_MT_AUDIO_NUM_CHANNELS = 2, "
+                                                          "MF_MT_AUDIO_SAMPLES_PER_SECOND = 48000, "
+                                                          "MF_MT_AUDIO_BITS_PER_SAMPLE = 16, "
+                                                          "MF_MT_AUDIO_AVG_BYTES_PER_SECOND = 16000"));
+  EXPECT_THAT(stage_.types().back(), ::testing::HasSubstr("MF_MT_AUDIO_SAMPLES_PER_SECOND = 96000"));
+  EXPECT_TRUE(
+      log_.has("[INFO] AAC does not come with 96000 Hz, 2 channels, 128000 bit/s; "
+               "encoding with 48000 Hz, 2 channels, 128000 bit/s"));
+}
+
+TEST_F(MFEncoderStreamsTest, WhereTheSystemDoesNotSayWhatItHasItIsAskedForWhatIsWanted) {
+  MakeEncoder();
+  stage_.Fail("MFTranscodeGetAudioOutputAvailableTypes", kFailure);
+  EXPECT_TRUE(AddAudio(kMicrophone, PcmFormat()));
+  EXPECT_THAT(stage_.types().front(), ::testing::HasSubstr("MF_MT_AUDIO_SAMPLES_PER_SECOND = 16000"));
+  EXPECT_THAT(TakeErrors(), IsEmpty());
+}
+
 TEST_F(MFEncoderStreamsTest, EachStreamHasTheNextIndex) {
   MakeEncoder();
   EXPECT_TRUE(AddAudio(kSpeaker, FloatFormat()));

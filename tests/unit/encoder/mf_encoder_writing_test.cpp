@@ -1,6 +1,8 @@
+#include <algorithm>
 #include <thread>
 
 #include "encoder/mf/sample_writer.h"
+#include "encoder/mf/texture_pool.h"
 #include "mf/mf_encoder_fixture.h"
 #include "mf/recording_sink_writer.h"
 #include "support/standin_fault.h"
@@ -157,6 +159,26 @@ TEST_F(MFEncoderWritingTest, AFewTexturesServeAnEncoderThatKeepsUp) {
   }
   // The worker may still hold the last frame while the next one comes.
   EXPECT_LE(stage_.textures(), 3U);
+}
+
+TEST(TexturePool, GivesBackWhatAStallMadeItGrowBy) {
+  const auto device = MakeCaptureDevice();
+  D3D11_TEXTURE2D_DESC description{};
+  MakeCaptureTexture(*device.Get(), 64, 48)->GetDesc(&description);
+  TexturePool pool(*device.Get(), description);
+  std::vector<Microsoft::WRL::ComPtr<ID3D11Texture2D>> all;
+  {
+    std::vector<PooledTexture> waiting(30);
+    for (PooledTexture& texture : waiting) {
+      ASSERT_EQ(pool.Take(texture), S_OK);
+      all.emplace_back(texture.get());
+    }
+  }
+  const auto heldByThePool = std::ranges::count_if(all, [](const auto& texture) {
+    texture->AddRef();
+    return texture->Release() > 1;
+  });
+  EXPECT_EQ(heldByThePool, static_cast<std::ptrdiff_t>(TexturePool::kMostFree));
 }
 
 TEST_F(MFEncoderWritingTest, ATextureIsNotUsedAgainWhileItsSampleIsHeld) {

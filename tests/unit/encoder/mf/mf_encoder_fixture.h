@@ -85,13 +85,14 @@ class MFEncoderTest : public ::testing::Test {
     return encoder_->ProcessFrameAsync(frame);
   }
 
-  /// Waits for an ERROR line that `TakeErrors` has not given yet.
-  bool AwaitError() {
+  /// Waits for an ERROR line that begins so and that `TakeErrors` has not given yet.
+  bool AwaitError(const std::string& begin = "") {
     const auto limit = std::chrono::steady_clock::now() + std::chrono::seconds(60);
     while (std::chrono::steady_clock::now() < limit) {
       const auto lines = log_.lines();
       const auto unseen = lines.begin() + static_cast<std::ptrdiff_t>(linesSeen_);
-      if (std::any_of(unseen, lines.end(), [](const auto& line) { return line.starts_with("[ERROR] "); })) {
+      const auto found = [&](const auto& line) { return line.starts_with("[ERROR] " + begin); };
+      if (std::any_of(unseen, lines.end(), found)) {
         return true;
       }
       std::this_thread::yield();

@@ -3,6 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <vector>
 
 #include "common/hresult_failure.h"
 #include "common/text.h"
@@ -74,6 +75,18 @@ class RecordingMediaFoundation final : public MediaFoundation {
       return Wrap<DeviceManagerProxy>(manager, [&](IMFDXGIDeviceManager** real) {
         return system_->CreateDXGIDeviceManager(resetToken, real);
       });
+    });
+  }
+
+  /// What the documentation of the system's encoder lists.
+  HRESULT ListAacTypes(std::vector<AacType>& types) override {
+    return stage_.Call("MFTranscodeGetAudioOutputAvailableTypes", "AAC", [&] {
+      for (const std::uint32_t rate : {44'100U, 48'000U}) {
+        for (const std::uint32_t bytes : {12'000U, 16'000U, 20'000U, 24'000U}) {
+          types.insert(types.end(), {{rate, 1, bytes}, {rate, 2, bytes}, {rate, 6, 6 * bytes}});
+        }
+      }
+      return S_OK;
     });
   }
 

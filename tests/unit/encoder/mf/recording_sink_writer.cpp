@@ -45,7 +45,13 @@ class RecordingMediaSink final : public standins::ComObject<IMFMediaSink> {
  public:
   explicit RecordingMediaSink(MediaStage& stage) : stage_(stage) {}
 
-  HRESULT STDMETHODCALLTYPE Shutdown() override { return stage_.Enter("Shutdown of the media sink"); }
+  /// Ends the writes that wait, too.
+  HRESULT STDMETHODCALLTYPE Shutdown() override {
+    return stage_.Call("Shutdown of the media sink", "", [this] {
+      stage_.HoldWrites(false);
+      return S_OK;
+    });
+  }
 
   HRESULT STDMETHODCALLTYPE GetCharacteristics(DWORD* /*flags*/) override { return E_NOTIMPL; }
   HRESULT STDMETHODCALLTYPE AddStreamSink(DWORD /*id*/, IMFMediaType* /*type*/,
@@ -111,8 +117,9 @@ class RecordingSinkWriter final : public standins::ComObject<IMFSinkWriter> {
 
   HRESULT STDMETHODCALLTYPE Finalize() override { return stage_.Enter("Finalize"); }
 
-  HRESULT STDMETHODCALLTYPE SendStreamTick(DWORD /*index*/, LONGLONG /*timestamp*/) override {
-    return stage_.Enter("SendStreamTick");
+  HRESULT STDMETHODCALLTYPE SendStreamTick(DWORD index, LONGLONG timestamp) override {
+    return stage_.Enter("SendStreamTick",
+                        "stream " + std::to_string(index) + ", " + std::to_string(timestamp));
   }
   HRESULT STDMETHODCALLTYPE PlaceMarker(DWORD /*index*/, void* /*context*/) override {
     return stage_.Enter("PlaceMarker");
