@@ -1,5 +1,6 @@
 # The target `ffmpeg`: from FFMPEG_ROOT (a folder with bin, lib and include) or, without it, the system's.
 set(FFMPEG_ROOT "" CACHE PATH "A folder with FFmpeg's shared libraries; empty: found with pkg-config")
+set(FFMPEG_OF_TESTS "" CACHE PATH "A folder with the static libraries of FFmpeg that a stand-in writes files with")
 
 add_library(ffmpeg INTERFACE)
 if(FFMPEG_ROOT)

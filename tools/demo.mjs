@@ -52,6 +52,9 @@ await main(async () => {
   mkdirSync(outputDir, { recursive: true });
   const screenshot = request.screenshot ? screenshotPath(request, outputDir) : undefined;
   const file = await step(`Recording: ${request.mode}, ${request.seconds} s`, () => record(request, outputDir, screenshot));
+  if (request.encoder.startsWith('mf_')) {
+    console.log("The sink writer is the tests' stand-in for Media Foundation's: see tests/standins/README.md.");
+  }
   const found = await step('Reading the recording back', () => readBack(file, outputDir, screenshot));
   showTable(found, outputDir);
   if (request.json) {

@@ -3,6 +3,7 @@
 
 import { mkdirSync, readFileSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
+import { parseArgs } from 'node:util';
 import { beatsOfPicture, beatsOfSound, lengths } from './sync/beats.mjs';
 import { hostPath, runUnderWine, windowsPath } from './wine/runner.mjs';
 import { buildRoot } from './workshop/build-root.mjs';
@@ -12,7 +13,10 @@ import { sandboxed } from './workshop/sandbox.mjs';
 import { removeScratch, scratchFolder } from './workshop/scratch.mjs';
 import { buildDir, buildTree, treeDir } from './workshop/tree.mjs';
 
-const SECONDS = Number(process.argv[2] ?? 30);
+const USAGE = 'usage: npm run sync [-- SECONDS] [--encoder NAME], from 5 to 280 seconds';
+
+const { values, positionals } = parseArgs({ allowPositionals: true, options: { encoder: { type: 'string', default: 'libx264' } } });
+const SECONDS = Number(positionals[0] ?? 30);
 
 const SOURCES = [
   { name: 'speaker', microphone: false, plays: 'Speaker', hears: 'Speaker' },
@@ -21,7 +25,7 @@ const SOURCES = [
 
 await main(async () => {
   if (!(SECONDS >= 5 && SECONDS <= 280)) {
-    throw new WorkshopError('usage: npm run sync [-- SECONDS], from 5 to 280');
+    throw new WorkshopError(USAGE);
   }
   await step('Build: the module', () => buildTree('windows', ['brisolte', 'metronome', 'standins']));
   const rows = {};
@@ -51,7 +55,7 @@ async function record({ microphone, plays, hears }, dir) {
   mkdirSync(outputDir);
   const result = join(dir, 'result.json');
   const request = {
-    ...{ microphone, plays, hears, seconds: SECONDS },
+    ...{ microphone, plays, hears, seconds: SECONDS, encoder: values.encoder },
     packageDir: windowsPath(treeDir),
     metronome: windowsPath(join(buildDir('windows'), 'pattern', 'metronome.exe')),
     ready: windowsPath(join(dir, 'ready')),

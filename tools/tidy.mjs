@@ -4,7 +4,7 @@ import { readFileSync } from 'node:fs';
 import { cpus } from 'node:os';
 import { join, relative } from 'node:path';
 import { parseArgs } from 'node:util';
-import { ffmpegLibraries } from './workshop/ffmpeg.mjs';
+import { ffmpegLibraries, ffmpegOfTests } from './workshop/ffmpeg.mjs';
 import { main, WorkshopError } from './workshop/report.mjs';
 import { buildDir, buildTree, runInRoot, treeDir } from './workshop/tree.mjs';
 
@@ -24,7 +24,7 @@ await main(async () => {
     throw new WorkshopError(`no file has ${texts.join(' or ')} in its path`);
   }
   // The headers of the FFmpeg that the Windows build links.
-  const readable = [await ffmpegLibraries()];
+  const readable = [await ffmpegLibraries(), await ffmpegOfTests()];
   let failed = 0;
   const work = async () => {
     for (let job; (job = jobs.shift()); ) {

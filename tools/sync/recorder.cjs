@@ -24,6 +24,7 @@ async function main() {
     recorder.setOutputDir(request.outputDir);
     recorder.setRegion({ left: 0, top: 0, width: 320, height: 180 });
     recorder.setFrameRate(60);
+    recorder.setEncoder(request.encoder);
     const named = (devices) => devices.find((device) => device.name.includes(request.hears)).id;
     if (request.microphone) {
       recorder.setMicrophoneDevice(named(recorder.getMicrophones()));

@@ -4,7 +4,7 @@ import { readdirSync, readFileSync } from 'node:fs';
 import { cpus } from 'node:os';
 import { basename, dirname, join, relative } from 'node:path';
 import { runUnderWine, windowsPath } from '../wine/runner.mjs';
-import { ffmpegTools } from '../workshop/ffmpeg.mjs';
+import { ffmpegOfTests } from '../workshop/ffmpeg.mjs';
 import { runThrough } from '../workshop/processes.mjs';
 import { WorkshopError } from '../workshop/report.mjs';
 import { scratchFolder } from '../workshop/scratch.mjs';
@@ -170,7 +170,7 @@ export async function runWindowsProgram(program, layer, { scale } = {}) {
  */
 export async function runJavascript(file, layer, options = {}) {
   const { readable = [], writable = [], env = {}, scale, timeout = PROGRAM_LIMIT_S, stdout, stderr } = options;
-  const tools = await ffmpegTools();
+  const tools = `${await ffmpegOfTests()}/bin`;
   const results = resultFile(layer, file, 'xml');
   const words = [
     ...['--test', '--experimental-test-isolation=none', '--expose-gc'],

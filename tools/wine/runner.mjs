@@ -79,6 +79,7 @@ export async function runUnderWine(program, words, options = {}) {
             // In place of Wine's, where the module finds it as it finds the system's; ours loads Wine's from beside.
             ...['--ro-bind', `${standinsDir}/d3d11.dll`, '/prefix/drive_c/windows/system32/d3d11.dll'],
             ...['--ro-bind', `${template}/drive_c/windows/system32/d3d11.dll`, '/prefix/drive_c/wine/wine-d3d11.dll'],
+            ...['mf.dll', 'mfreadwrite.dll'].flatMap((name) => bindOver(standinsDir, name)),
           ]
         : []),
       ...['--dir', SMALL_DISK, '--size', String(smallDisk), '--tmpfs', SMALL_DISK],
@@ -109,6 +110,8 @@ export async function runUnderWine(program, words, options = {}) {
     removeScratch(output);
   }
 }
+
+const bindOver = (folder, name) => ['--ro-bind', `${folder}/${name}`, `/prefix/drive_c/windows/system32/${name}`];
 
 /** The number of dots in an inch that the system's settings have for a scaling in per cent. */
 function dotsPerInch(scale) {

@@ -53,7 +53,7 @@ prefix() {
       printf '\n[Software\\\\Microsoft\\\\WindowsRuntime\\\\ActivatableClassId\\\\Windows.Graphics.Capture.%s]\n"DllPath"="%s"\n' \
         "$class" 'C:\\standins\\capture_service.dll' >> "$WINEPREFIX/system.reg"
     done
-    export WINEDLLOVERRIDES="d3d11=n,b;$WINEDLLOVERRIDES"
+    export WINEDLLOVERRIDES="d3d11,mf,mfreadwrite=n,b;$WINEDLLOVERRIDES"
   fi
 }
 

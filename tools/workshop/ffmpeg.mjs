@@ -14,15 +14,18 @@ const TOOLCHAIN = ['g++-mingw-w64-x86-64-posix', 'mingw-w64-x86-64-dev', 'nasm',
 const recipe = (name) => fileURLToPath(new URL(`recipes/${name}`, import.meta.url));
 
 /** FFmpeg's shared libraries: `bin` with the DLLs, `lib` and `include`. */
-export async function ffmpegLibraries() {
-  const sources = await ffmpegSources();
-  const libraries = await byRecipe('codec-libraries', 'x264, x265, libvpx and LAME for Windows', [sources]);
-  return byRecipe('ffmpeg', 'FFmpeg libraries for Windows', [`${sources}/ffmpeg`, libraries]);
-}
+export const ffmpegLibraries = async () =>
+  byRecipe('ffmpeg', 'FFmpeg libraries for Windows', [`${await ffmpegSources()}/ffmpeg`, await codecLibraries()]);
 
-/** The folder of `ffmpeg.exe` and `ffprobe.exe`, which read recordings back in tests. */
-export const ffmpegTools = async () =>
-  `${await byRecipe('ffmpeg-tools', 'FFmpeg programs for the tests', [`${await ffmpegSources()}/ffmpeg`])}/bin`;
+/**
+ * FFmpeg for the tests, apart from the product's: `bin` with `ffmpeg.exe` and `ffprobe.exe`, which read recordings back,
+ * `lib` with static libraries, and `include`.
+ */
+export const ffmpegOfTests = async () =>
+  byRecipe('ffmpeg-tools', 'FFmpeg for the tests', [`${await ffmpegSources()}/ffmpeg`, await codecLibraries()]);
+
+const codecLibraries = async () =>
+  byRecipe('codec-libraries', 'x264, x265, libvpx and LAME for Windows', [await ffmpegSources()]);
 
 /** The sources of FFmpeg and its codec libraries, a folder each. */
 export const ffmpegSources = () =>

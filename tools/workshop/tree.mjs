@@ -5,7 +5,7 @@ import { join } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { buildRoot } from './build-root.mjs';
 import { cacheDir, checkCacheDir, keyOf, withLock } from './cache.mjs';
-import { ffmpegLibraries } from './ffmpeg.mjs';
+import { ffmpegLibraries, ffmpegOfTests } from './ffmpeg.mjs';
 import { npmPackages } from './npm-packages.mjs';
 import { runThrough } from './processes.mjs';
 import { sandboxed } from './sandbox.mjs';
@@ -41,11 +41,15 @@ export async function runInRoot(command, { env = {}, readable = [], writable = [
   return runThrough(sandboxed(await buildRoot(), command, { ...access, env: settings, cwd }));
 }
 
+async function windowsOptions() {
+  const env = { BRISOLTE_FFMPEG: await ffmpegLibraries(), BRISOLTE_FFMPEG_OF_TESTS: await ffmpegOfTests() };
+  return { env, readable: Object.values(env) };
+}
+
 /** Configures and builds a preset. @throws {WorkshopError} when it does not build */
 export async function buildTree(preset, targets = []) {
   await npmPackages(treeDir);
-  const ffmpeg = preset.endsWith('windows') ? await ffmpegLibraries() : undefined;
-  const options = ffmpeg ? { env: { BRISOLTE_FFMPEG: ffmpeg }, readable: [ffmpeg] } : {};
+  const options = preset.endsWith('windows') ? await windowsOptions() : {};
   const commands = [
     ['cmake', '--preset', preset, '--log-level=WARNING'],
     ['cmake', '--build', '--preset', preset, ...targets.flatMap((target) => ['--target', target])],

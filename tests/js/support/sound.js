@@ -2,12 +2,17 @@
 
 // Sounds on the real endpoints, and what is heard of them in a recording.
 
+const assert = require('node:assert/strict');
 const { spawn } = require('node:child_process');
 const fs = require('node:fs');
 const { programs } = require('./desktop');
 const { loadSilently } = require('./package');
 const { scratchFile } = require('./scratch');
 const { waitFor } = require('./wait');
+
+const LEVEL = 0.5;
+const IN_THE_ROOM = { endpoint: 'Room', frequency: 440, level: LEVEL };
+const ON_THE_SPEAKER = { endpoint: 'Speaker', frequency: 1000, level: LEVEL };
 
 const idOf = (devices, name) => devices.find((device) => device.name.includes(name)).id;
 
@@ -85,4 +90,30 @@ function strengthAt(frequency, samples, rate) {
   return (2 * Math.hypot(real, imaginary)) / samples.length;
 }
 
-module.exports = { microphone, openTone, playTone, speaker, strengthAt };
+/** A sound cut into pieces of so many samples. */
+const pieces = (samples, size) =>
+  Array.from({ length: Math.floor(samples.length / size) }, (_, i) => samples.subarray(i * size, (i + 1) * size));
+
+/** Asserts that a sound is this tone at its level, and neither of the other. */
+function assertTone({ samples, rate }, { frequency }, other) {
+  const inside = samples.subarray(Math.floor(samples.length * 0.2), Math.floor(samples.length * 0.9));
+  // In pieces, because a player that gets no time on a busy machine leaves holes in its tone.
+  const strengths = pieces(inside, rate / 20).map((piece) => strengthAt(frequency, piece, rate));
+  const median = strengths.sort((a, b) => a - b)[Math.floor(strengths.length / 2)];
+  const decibels = 20 * Math.log10(median / LEVEL);
+  assert.ok(Math.abs(decibels) <= 1, `${frequency} Hz is off by ${decibels} dB`);
+  assert.ok(strengthAt(other.frequency, inside, rate) < LEVEL / 100, `${other.frequency} Hz is heard`);
+}
+
+module.exports = {
+  IN_THE_ROOM,
+  LEVEL,
+  ON_THE_SPEAKER,
+  assertTone,
+  microphone,
+  openTone,
+  pieces,
+  playTone,
+  speaker,
+  strengthAt,
+};

@@ -2,31 +2,11 @@
 
 #include <d3d10.h>
 
-#include "support/exported_function.h"
+#include "shared/own_work.h"
 
 namespace brisolte::standins {
 
 namespace {
-
-/// While one is alive, the Direct3D stand-in takes this thread's calls for the service's own.
-class OwnWork {
- public:
-  OwnWork() { Turn(false); }
-  ~OwnWork() { Turn(true); }
-  OwnWork(const OwnWork&) = delete;
-  OwnWork& operator=(const OwnWork&) = delete;
-  OwnWork(OwnWork&&) = delete;
-  OwnWork& operator=(OwnWork&&) = delete;
-
- private:
-  static void Turn(bool on) {
-    using TurnFaults = void (*)(bool);
-    const auto turnFaults = ExportedFunction<TurnFaults>(GetModuleHandleW(L"d3d11.dll"), "StandinTurnFaults");
-    if (turnFaults != nullptr) {
-      turnFaults(on);
-    }
-  }
-};
 
 HRESULT MakeTexture(ID3D11Device& device, abi::SizeInt32 size, ComPtr<ID3D11Texture2D>& texture) {
   const D3D11_TEXTURE2D_DESC desc{static_cast<UINT>(size.Width),
