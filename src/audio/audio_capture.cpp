@@ -138,7 +138,7 @@ bool AudioCapture::Start() {
       Logger::Info("+++++++ Starting AudioCapture +++++++");
       RunCaptureLoop(running_, microphone_, speaker_);
     });
-  } catch (const std::system_error&) {
+  } catch (...) {
     running_ = false;
     throw;
   }

@@ -9,6 +9,16 @@
 #include "common/text.h"
 
 namespace brisolte {
+namespace {
+
+/// Whether a stream that answers so never delivers again: its device is gone, the system's audio service has
+/// ended, or the stream's resources were taken away.
+bool IsLost(HRESULT result) {
+  return result == AUDCLNT_E_DEVICE_INVALIDATED || result == AUDCLNT_E_SERVICE_NOT_RUNNING ||
+         result == AUDCLNT_E_RESOURCES_INVALIDATED;
+}
+
+}  // namespace
 
 bool EndpointStream::Open(IMMDeviceEnumerator& enumerator, const std::string& deviceId) {
   const std::scoped_lock lock(mutex_);
@@ -126,7 +136,7 @@ bool EndpointStream::TakePacket(std::vector<std::uint8_t>& samples) {
 }
 
 void EndpointStream::LogWhenLost(HRESULT result) {
-  if (result == AUDCLNT_E_DEVICE_INVALIDATED && !lost_) {
+  if (IsLost(result) && !lost_) {
     lost_ = true;
     Logger::Warning(HResultFailure(role_.title + " device is gone, its sound ends here: ", result));
   }

@@ -1,6 +1,7 @@
 #include "audio/silent_audio_player.h"
 
 #include <chrono>
+#include <exception>
 #include <string>
 #include <system_error>
 
@@ -70,7 +71,7 @@ void SilentAudioPlayer::StartSilentPlayback() {
   playing_ = true;
   try {
     thread_ = std::jthread([this] { Play(); });
-  } catch (const std::system_error& error) {
+  } catch (const std::exception& error) {
     playing_ = false;
     Logger::Error(std::string("Failed to start silent audio thread: ") + error.what());
     return;

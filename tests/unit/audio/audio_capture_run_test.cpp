@@ -1,7 +1,11 @@
+#include <chrono>
+#include <new>
 #include <stdexcept>
+#include <thread>
 #include <utility>
 
 #include "audio_capture_fixture.h"
+#include "failing_memory.h"
 
 namespace brisolte {
 namespace {
@@ -23,6 +27,14 @@ class RunAudioCapture : public AudioCaptureTest {
   bool WaitForAnotherPoll(const std::string& id) {
     const std::string poll = id + ".capture.GetNextPacketSize";
     return service_.WaitFor(poll, service_.count(poll) + 2);
+  }
+
+  /// A worker that still ran would take what is queued now, within a millisecond or two.
+  void ExpectNoMorePolls() {
+    const auto polls = service_.count("mic.capture.GetNextPacketSize");
+    QueueMicrophone({7, 8});
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_EQ(service_.count("mic.capture.GetNextPacketSize"), polls);
   }
 
   std::unique_ptr<CaptureSource> CreateStarted() {
@@ -117,6 +129,44 @@ TEST_F(RunAudioCapture, GoesOnWithTheOtherStreamWhenADeviceDisappears) {
   const std::string line = "Microphone device is gone, its sound ends here: HRESULT: 0x88890004";
   EXPECT_TRUE(Logged(line));
   EXPECT_EQ(log_.text().find(line), log_.text().rfind(line));
+}
+
+TEST_F(RunAudioCapture, TellsOnceThatAStreamIsGoneWhateverSaysSo) {
+  for (const auto& [result, code] : {std::pair{AUDCLNT_E_DEVICE_INVALIDATED, "0x88890004"},
+                                     {AUDCLNT_E_SERVICE_NOT_RUNNING, "0x88890010"},
+                                     {AUDCLNT_E_RESOURCES_INVALIDATED, "0x88890026"}}) {
+    service_.Fail("mic.capture.GetNextPacketSize", S_OK);
+    const auto capture = CreateStarted();
+    service_.Fail("mic.capture.GetNextPacketSize", result);
+    EXPECT_TRUE(WaitForAnotherPoll("mic"));
+    EXPECT_TRUE(WaitForAnotherPoll("mic"));
+    capture->Stop();
+    const std::string line = std::string("Microphone device is gone, its sound ends here: HRESULT: ") + code;
+    EXPECT_TRUE(Logged(line)) << code;
+    EXPECT_EQ(log_.text().find(line), log_.text().rfind(line));
+  }
+}
+
+TEST_F(RunAudioCapture, SaysNothingOfAFailureThatPasses) {
+  UseOnly("mic");
+  service_.Fail("mic.capture.GetNextPacketSize", AUDCLNT_E_BUFFER_ERROR);
+  const auto capture = CreateStarted();
+  EXPECT_TRUE(WaitForAnotherPoll("mic"));
+  capture->Stop();
+  EXPECT_FALSE(Logged("device is gone"));
+}
+
+TEST_F(RunAudioCapture, StartsOnceThereIsMemoryForItsThread) {
+  UseOnly("mic");
+  const auto capture = Create();
+  {
+    const testing::FailingMemory none;
+    EXPECT_THROW(capture->Start(), std::bad_alloc);
+  }
+  EXPECT_TRUE(capture->Start());
+  EXPECT_FALSE(Logged("Audio processing thread already running"));
+  QueueMicrophone({1, 2});
+  EXPECT_TRUE(encoder_.WaitForBytes("microphone", 2));
 }
 
 TEST_F(RunAudioCapture, GoesOnWhenTheEncoderRefusesOrThrows) {
@@ -220,12 +270,13 @@ TEST_F(RunAudioCapture, EndsItsThreadsWhenStoppingAClientThrows) {
   service_.During("mic.client.Stop", [] { throw std::runtime_error("device lost"); });
   capture->Stop();
   EXPECT_TRUE(log_.has("[ERROR] Exception during audio capture stop: device lost"));
-  const auto polls = service_.count("mic.capture.GetNextPacketSize");
+  ExpectNoMorePolls();
   service_.During("mic.client.Stop", [] { throw 1; });
   EXPECT_TRUE(capture->Start());
+  EXPECT_TRUE(WaitForAnotherPoll("mic"));
   capture->Stop();
   EXPECT_TRUE(log_.has("[ERROR] Unknown exception during audio capture stop"));
-  EXPECT_GE(service_.count("mic.capture.GetNextPacketSize"), polls);
+  ExpectNoMorePolls();
   service_.During("mic.client.Stop", [] {});
 }
 

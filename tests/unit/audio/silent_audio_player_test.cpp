@@ -3,6 +3,7 @@
 #include <wrl/client.h>
 
 #include "audio_capture_fixture.h"
+#include "failing_memory.h"
 
 namespace brisolte {
 namespace {
@@ -100,6 +101,21 @@ TEST_F(SilentPlayer, EndsItsThreadWhenItIsStopped) {
   EXPECT_TRUE(Logged("Silent audio playback thread stopped"));
   EXPECT_TRUE(Logged("Stopping silent audio playback"));
   EXPECT_TRUE(Logged("Silent audio playback stopped"));
+}
+
+TEST_F(SilentPlayer, DoesWithoutItsThreadWhenThereIsNoMemoryForOne) {
+  EXPECT_EQ(Initialize(), S_OK);
+  {
+    // Of the lines that are left out only the texts take memory: the allocation after the first is the
+    // thread's.
+    const testing::CapturedLog errors(LogLevel::kError);
+    const testing::FailingMemory failing(1);
+    player_.StartSilentPlayback();
+    EXPECT_THAT(errors.lines(), ElementsAre("[ERROR] Failed to start silent audio thread: std::bad_alloc"));
+  }
+  const testing::CapturedLog log(LogLevel::kInfo);
+  player_.StopSilentPlayback();
+  EXPECT_THAT(log.lines(), IsEmpty()) << "nothing plays";
 }
 
 TEST_F(SilentPlayer, PlaysAgainWhenItIsStartedWhilePlaying) {
