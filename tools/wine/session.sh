@@ -63,7 +63,8 @@ prefix() {
 clock() {
   echo +0 > /tmp/clock
   export FAKETIME_TIMESTAMP_FILE=/tmp/clock FAKETIME_CACHE_DURATION=1 FAKETIME_DONT_FAKE_MONOTONIC=1 NO_FAKE_STAT=1
-  export LD_PRELOAD=/usr/lib/x86_64-linux-gnu/faketime/libfaketime.so.1
+  gcc -shared -fPIC -O2 -o /tmp/short-pauses.so "$(dirname "$0")/short-pauses.c"
+  export LD_PRELOAD="/tmp/short-pauses.so /usr/lib/x86_64-linux-gnu/faketime/libfaketime.so.1"
 }
 
 main() {
