@@ -15,6 +15,7 @@
 #include "audio/capture_loop.h"
 #include "audio/encoder_link.h"
 #include "audio/endpoint_stream.h"
+#include "audio/precise_wait.h"
 #include "common/com_apartment.h"
 #include "common/given_object.h"
 #include "common/hresult_failure.h"
@@ -135,8 +136,9 @@ bool AudioCapture::Start() {
       // The clients are free-threaded; the thread that calls them still has to be in an apartment.
       const ComApartment com(COINIT_MULTITHREADED);
       const AudioThreadPriority priority;
+      const PreciseWait wait;
       Logger::Info("+++++++ Starting AudioCapture +++++++");
-      RunCaptureLoop(running_, microphone_, speaker_);
+      RunCaptureLoop(running_, microphone_, speaker_, [&wait](auto time) { wait.For(time); });
     });
   } catch (...) {
     running_ = false;

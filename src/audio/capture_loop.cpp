@@ -1,9 +1,7 @@
 #include "audio/capture_loop.h"
 
-#include <chrono>
 #include <exception>
 #include <string>
-#include <thread>
 
 #include "common/logger.h"
 
@@ -23,10 +21,11 @@ bool PollBoth(const std::atomic<bool>& running, PolledStream& microphone, Polled
 
 }  // namespace
 
-void RunCaptureLoop(const std::atomic<bool>& running, PolledStream& microphone, PolledStream& speaker) {
+void RunCaptureLoop(const std::atomic<bool>& running, PolledStream& microphone, PolledStream& speaker,
+                    const std::function<void(std::chrono::milliseconds)>& wait) {
   while (running) {
     if (!PollBoth(running, microphone, speaker)) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+      wait(std::chrono::milliseconds(1));
     }
   }
 }

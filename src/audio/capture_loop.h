@@ -1,6 +1,8 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
+#include <functional>
 
 namespace brisolte {
 
@@ -16,8 +18,10 @@ class PolledStream {
   virtual bool Poll(const std::atomic<bool>& running) = 0;
 };
 
-/// Polls both streams until `running` is cleared, without a pause while sound flows and with a short one when
-/// neither stream delivered. A standard exception of a poll is logged and ends only that step.
-void RunCaptureLoop(const std::atomic<bool>& running, PolledStream& microphone, PolledStream& speaker);
+/// Polls both streams until `running` is cleared, without a pause while sound flows; when neither stream
+/// delivered, `wait` is to last a millisecond. A standard exception of a poll is logged and ends only that
+/// step.
+void RunCaptureLoop(const std::atomic<bool>& running, PolledStream& microphone, PolledStream& speaker,
+                    const std::function<void(std::chrono::milliseconds)>& wait);
 
 }  // namespace brisolte

@@ -7,6 +7,7 @@
 
 #include "audio/audio_thread_priority.h"
 #include "audio/near_silence.h"
+#include "audio/precise_wait.h"
 #include "common/com_apartment.h"
 #include "common/given_object.h"
 #include "common/hresult_failure.h"
@@ -117,9 +118,10 @@ void SilentAudioPlayer::Play() {
 }
 
 void SilentAudioPlayer::FillUntilStopped() {
+  const PreciseWait wait;
   std::uint32_t written = 0;
   while (playing_ && TopUp(written)) {
-    std::this_thread::sleep_for(written > 0 ? kRefillInterval : kFullBufferWait);
+    wait.For(written > 0 ? kRefillInterval : kFullBufferWait);
   }
 }
 
