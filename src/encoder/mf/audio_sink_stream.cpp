@@ -50,9 +50,8 @@ std::string Describe(const AacType& type) {
          std::to_string(8 * type.bytesPerSecond) + " bit/s";
 }
 
-/// The kind of AAC for the stream. A sink writer with a stream that it cannot encode never begins its file,
-/// so what the system does not have is left out before. Where the system does not say what it has, it is
-/// asked for what is wanted.
+/// The kind of AAC for the stream. What the system does not have is left out before there is a stream. Where
+/// the system does not say what it has, it is asked for what is wanted.
 std::optional<AacType> ChooseAacType(MediaFoundation& platform, const AacType& wanted) {
   std::vector<AacType> available;
   if (FAILED(platform.ListAacTypes(available)) || available.empty()) {
@@ -78,38 +77,39 @@ bool CanBeCounted(const WaveFormat& format) {
 
 }  // namespace
 
-std::optional<AudioSinkStream> AddAudioStream(MediaFoundation& platform, IMFSinkWriter& writer,
-                                              AudioStreamKind kind, const WaveFormat& format,
-                                              std::int32_t bitrate) {
+AddedAudio AddAudioStream(MediaFoundation& platform, IMFSinkWriter& writer, AudioStreamKind kind,
+                          const WaveFormat& format, std::int32_t bitrate) {
   Logger::Info("Device format: " + Describe(format));
   if (!ReportKind(kind) || !CanBeCounted(format)) {
-    return std::nullopt;
+    return {};
   }
   const auto subtype = ReportedSubtype(format);
   if (!subtype) {
-    return std::nullopt;
+    return {};
   }
   const auto input = MakeMediaType(platform, AudioInputAttributes(format, *subtype),
                                    "Failed to create audio input media type: ");
   if (input == nullptr) {
-    return std::nullopt;
+    return {};
   }
   const auto type = ChooseAacType(platform, WantedAacType(format, bitrate));
   if (!type) {
-    return std::nullopt;
+    return {};
   }
   const auto output =
       MakeMediaType(platform, AudioOutputAttributes(*type), "Failed to create audio output media type: ");
   DWORD index = 0;
   if (output == nullptr ||
-      !SucceededOrLog(writer.AddStream(output.Get(), &index), "Failed to add audio stream: ") ||
-      !SucceededOrLog(writer.SetInputMediaType(index, input.Get(), nullptr),
+      !SucceededOrLog(writer.AddStream(output.Get(), &index), "Failed to add audio stream: ")) {
+    return {};
+  }
+  if (!SucceededOrLog(writer.SetInputMediaType(index, input.Get(), nullptr),
                       "Failed to set input media type: ")) {
-    return std::nullopt;
+    return {.stream = std::nullopt, .spoilt = true};
   }
   Logger::Info("Audio stream configured successfully. Stream index: " + std::to_string(index) + ", " +
                Describe(format));
-  return AudioSinkStream{index, format};
+  return {.stream = AudioSinkStream{index, format}};
 }
 
 }  // namespace brisolte

@@ -106,14 +106,39 @@ bool MFEncoder::AddAudio(AudioStreamKind kind, const WaveFormat* format) {
     Logger::Error("Failed to add audio stream: there is one already");
     return false;
   }
-  const auto added = AddAudioStream(*platform_, *writer_.Get(), kind, *format, settings_.audioBitrate);
-  if (!added) {
+  return AddSound(kind, *format);
+}
+
+bool MFEncoder::AddSound(AudioStreamKind kind, const WaveFormat& format) {
+  const auto added = AddAudioStream(*platform_, *writer_.Get(), kind, format, settings_.audioBitrate);
+  if (added.spoilt) {
+    StartOver();
+  }
+  if (!added.stream) {
     return false;
   }
-  (speaker ? streams_.speaker : streams_.microphone) = added;
-  worker_.SetBytesPerSecond(kind, format->averageBytesPerSecond);
-  worker_.SetChunkBytes(AudioChunkBytes(format->averageBytesPerSecond));
+  (kind == AudioStreamKind::kSpeaker ? streams_.speaker : streams_.microphone) = added.stream;
+  worker_.SetBytesPerSecond(kind, format.averageBytesPerSecond);
+  worker_.SetChunkBytes(AudioChunkBytes(format.averageBytesPerSecond));
   return true;
+}
+
+/// A stream cannot be taken away again: another sink writer, with the streams that the first one took.
+void MFEncoder::StartOver() {
+  Logger::Info("Making the sink writer anew, without the sound that it refused");
+  const SinkStreams before = std::exchange(streams_, {});
+  writer_.Reset();  // and the file, which the other one makes
+  writer_ = MakeSinkWriter(*platform_, settings_.outputFilePath);
+  if (writer_ != nullptr && before.video) {
+    streams_.video = AddVideoStream(*platform_, *writer_.Get(), settings_, before.video->width,
+                                    before.video->height, devices_.manager());
+  }
+  if (writer_ != nullptr && before.microphone) {
+    AddSound(AudioStreamKind::kMicrophone, before.microphone->format);
+  }
+  if (writer_ != nullptr && before.speaker) {
+    AddSound(AudioStreamKind::kSpeaker, before.speaker->format);
+  }
 }
 
 bool MFEncoder::Start() {

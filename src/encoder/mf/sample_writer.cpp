@@ -36,7 +36,7 @@ bool SampleWriter::WriteVideoSample(const QueuedFrame& frame) {
   const auto sample =
       MakeVideoSample(platform_, frame.texture, {SampleTime(frame.timestamp), SampleTime(frame.duration)});
   return sample != nullptr && video_ &&
-         Count(SucceededOrLog(writer_->WriteSample(*video_, sample.Get()), "Failed to write sample: "));
+         Count(SucceededOrLog(writer_->WriteSample(video_->index, sample.Get()), "Failed to write sample: "));
 }
 
 bool SampleWriter::WriteAudioSample(Sound& sound, std::span<const std::uint8_t> chunk) {
@@ -69,16 +69,14 @@ bool SampleWriter::WriteAudioSample(Sound& sound, std::span<const std::uint8_t> 
 }
 
 std::optional<DWORD> SampleWriter::IndexOf(SinkStream stream) const {
-  const auto indexOf = [](const Sound& sound) {
-    return sound.stream ? std::optional(sound.stream->index) : std::nullopt;
-  };
+  const auto indexOf = [](const auto& added) { return added ? std::optional(added->index) : std::nullopt; };
   switch (stream) {
     case SinkStream::kMicrophone:
-      return indexOf(microphone_);
+      return indexOf(microphone_.stream);
     case SinkStream::kSpeaker:
-      return indexOf(speaker_);
+      return indexOf(speaker_.stream);
     case SinkStream::kVideo:
-      return video_;
+      return indexOf(video_);
   }
   return std::nullopt;
 }

@@ -9,12 +9,13 @@
 #include "encoder/mf/audio_sink_stream.h"
 #include "encoder/mf/media_foundation.h"
 #include "encoder/mf/sample_worker.h"
+#include "encoder/mf/video_sink_stream.h"
 
 namespace brisolte {
 
 /// The streams of one recording; what was not added is empty.
 struct SinkStreams {
-  std::optional<DWORD> video;
+  std::optional<VideoSinkStream> video;
   std::optional<AudioSinkStream> microphone;
   std::optional<AudioSinkStream> speaker;
 };
@@ -49,7 +50,7 @@ class SampleWriter final : public SampleSink {
   const ComApartment apartment_{COINIT_MULTITHREADED};
   MediaFoundation& platform_;
   const Microsoft::WRL::ComPtr<IMFSinkWriter> writer_;
-  const std::optional<DWORD> video_;
+  const std::optional<VideoSinkStream> video_;
   Sound microphone_;
   Sound speaker_;
   int failures_ = 0;  ///< in a row

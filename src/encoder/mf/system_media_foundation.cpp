@@ -1,6 +1,7 @@
 #include <mfapi.h>
 #include <wrl/client.h>
 
+#include "common/given_object.h"
 #include "encoder/mf/media_foundation.h"
 
 namespace brisolte {
@@ -127,7 +128,8 @@ class System final : public MediaFoundation {
     // Any encoder that the sink writer may use too: not those that need a key or are for other purposes.
     constexpr DWORD kFlags = (MFT_ENUM_FLAG_ALL & ~MFT_ENUM_FLAG_FIELDOFUSE) | MFT_ENUM_FLAG_SORTANDFILTER;
     ComPtr<IMFCollection> found;
-    HRESULT result = Loaded().getAudioOutputTypes(MFAudioFormat_AAC, kFlags, nullptr, found.GetAddressOf());
+    HRESULT result =
+        Given(Loaded().getAudioOutputTypes(MFAudioFormat_AAC, kFlags, nullptr, found.GetAddressOf()), found);
     DWORD count = 0;
     if (SUCCEEDED(result)) {
       result = found->GetElementCount(&count);
@@ -135,7 +137,7 @@ class System final : public MediaFoundation {
     for (DWORD i = 0; SUCCEEDED(result) && i < count; ++i) {
       ComPtr<IUnknown> element;
       ComPtr<IMFMediaType> type;
-      result = found->GetElement(i, element.GetAddressOf());
+      result = Given(found->GetElement(i, element.GetAddressOf()), element);
       if (SUCCEEDED(result) && SUCCEEDED(element.As(&type))) {
         types.push_back(ReadAacType(*type.Get()));
       }

@@ -31,9 +31,9 @@ bool SetInputType(MediaFoundation& platform, IMFSinkWriter& writer, DWORD stream
 
 }  // namespace
 
-std::optional<DWORD> AddVideoStream(MediaFoundation& platform, IMFSinkWriter& writer,
-                                    const CaptureSettings& settings, std::uint32_t width,
-                                    std::uint32_t height, IMFDXGIDeviceManager* manager) {
+std::optional<VideoSinkStream> AddVideoStream(MediaFoundation& platform, IMFSinkWriter& writer,
+                                              const CaptureSettings& settings, std::uint32_t width,
+                                              std::uint32_t height, IMFDXGIDeviceManager* manager) {
   DWORD stream = 0;
   const auto output = MakeMediaType(platform, VideoOutputAttributes(settings, width, height),
                                     "Failed to create media type: ");
@@ -46,7 +46,7 @@ std::optional<DWORD> AddVideoStream(MediaFoundation& platform, IMFSinkWriter& wr
   if (input == nullptr || !SetInputType(platform, writer, stream, *input.Get(), manager)) {
     return std::nullopt;
   }
-  return stream;
+  return VideoSinkStream{stream, width, height};
 }
 
 }  // namespace brisolte

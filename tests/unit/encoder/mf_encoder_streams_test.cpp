@@ -1,4 +1,7 @@
 #include "encoder/mf/video_sink_stream.h"
+
+#include <algorithm>
+
 #include "mf/mf_encoder_fixture.h"
 #include "mf/recording_sink_writer.h"
 
@@ -12,6 +15,7 @@ using ::testing::IsEmpty;
 using testing::kFailure;
 using testing::kFailureText;
 using testing::PcmFormat;
+using ::testing::SizeIs;
 using ::testing::StartsWith;
 
 constexpr auto kMicrophone = AudioStreamKind::kMicrophone;
@@ -62,12 +66,14 @@ TEST_F(MFEncoderStreamsTest, WithoutAManagerTheInputHasNoAttributes) {
   const auto platform = testing::MakeRecordingMediaFoundation(stage_);
   const MediaFoundationSession session(*platform);
   const auto writer = testing::MakeRecordingSinkWriter(stage_);
-  EXPECT_EQ(AddVideoStream(*platform, *writer.Get(), settings_, 1280, 720, nullptr), 0U);
+  const auto added = AddVideoStream(*platform, *writer.Get(), settings_, 1280, 720, nullptr);
+  ASSERT_TRUE(added);
+  EXPECT_EQ(added->index, 0U);
   EXPECT_TRUE(log_.has("[INFO] Device manager not available for video stream"));
   EXPECT_THAT(stage_.calls("SetInputMediaType"),
               ElementsAre("SetInputMediaType stream 0, the type, without attributes"));
   stage_.Fail("SetInputMediaType", kFailure);
-  EXPECT_EQ(AddVideoStream(*platform, *writer.Get(), settings_, 1280, 720, nullptr), std::nullopt);
+  EXPECT_FALSE(AddVideoStream(*platform, *writer.Get(), settings_, 1280, 720, nullptr));
   EXPECT_THAT(TakeErrors(), ElementsAre("Failed to set input media type: " + kFailureText));
 }
 
@@ -232,6 +238,29 @@ TEST_F(MFEncoderStreamsTest, WhereTheSystemDoesNotSayWhatItHasItIsAskedForWhatIs
   stage_.Fail("MFTranscodeGetAudioOutputAvailableTypes", kFailure);
   EXPECT_TRUE(AddAudio(kMicrophone, PcmFormat()));
   EXPECT_THAT(stage_.types().front(), ::testing::HasSubstr("MF_MT_AUDIO_SAMPLES_PER_SECOND = 16000"));
+  EXPECT_THAT(TakeErrors(), IsEmpty());
+}
+
+// Its stream would stay in the sink writer without an input, and let nothing begin.
+TEST_F(MFEncoderStreamsTest, ARefusedSoundLeavesTheRecordingWithoutThatSoundAndNothingElse) {
+  MakeEncoder();
+  EXPECT_TRUE(AddVideo());
+  EXPECT_TRUE(AddAudio(kMicrophone, FloatFormat()));
+  stage_.Fail("SetInputMediaType stream 2", kFailure);
+  stage_.ForgetCalls();
+  EXPECT_FALSE(AddAudio(kSpeaker, PcmFormat()));
+  EXPECT_THAT(TakeErrors(), ElementsAre("Failed to set input media type: " + kFailureText));
+  EXPECT_THAT(stage_.calls("Release the sink writer"), SizeIs(1));
+  EXPECT_THAT(stage_.calls("SetInputMediaType"),
+              ElementsAre("SetInputMediaType stream 2, the type, without attributes",
+                          "SetInputMediaType stream 0, the type, with the attributes",
+                          "SetInputMediaType stream 1, the type, without attributes"));
+  const auto types = stage_.types();
+  constexpr std::ptrdiff_t kOfBoth = 5;
+  ASSERT_GE(types.size(), 2 * kOfBoth);
+  EXPECT_TRUE(std::equal(types.begin(), types.begin() + kOfBoth, types.end() - kOfBoth)) << "the same again";
+  EXPECT_TRUE(encoder_->Start());
+  EXPECT_TRUE(encoder_->Stop());
   EXPECT_THAT(TakeErrors(), IsEmpty());
 }
 
