@@ -50,37 +50,40 @@ test('a recording into a relative folder is whole although the current directory
   assert.deepEqual(fs.readdirSync(to), []);
 });
 
-test('every folder that setOutputDir takes can be recorded into', async (t) => {
-  const window = await openPattern(t, { title: 'Forms', ...SMALL });
-  const folder = scratchFolder();
-  const long = Array.from({ length: 4 }, (_, i) => `${'a long name of a folder '.repeat(4)}${i}`);
-  const within = (...names) => path.join(folder, ...names);
-  // A folder of its own for each, because two recordings may begin in the same second.
-  const forms = [
-    { place: within('plain', ...long), form: (place) => place },
-    { place: within('ended', ...long), form: (place) => `${place}\\` },
-    { place: within('marked long', ...long), form: (place) => `\\\\?\\${place}` },
-    // Only the name of the recording makes this one too long.
-    { place: within('x'.repeat(240 - folder.length)), form: (place) => place },
-    { place: within('marked'), form: (place) => `\\\\?\\${place}` },
-    { place: within('marked and ended'), form: (place) => `\\\\?\\${place}\\` },
-    { place: within('blank'), form: (place) => `${place} ` },
-    { place: within('dots'), form: (place) => `${place}...` },
-    { place: within('up'), form: () => `${folder}\\.\\x\\..\\up` },
-  ];
-  assert.ok(forms[0].place.length > 300 && forms[3].place.length < 248);
-  forms.forEach(({ place }) => fs.mkdirSync(place, { recursive: true }));
-  const dirs = forms.map(({ place, form }) => form(place));
-  const plans = dirs.map((dir) => ({ window, dir, pictures: 20, settings: [['setWindow', window.handle]] }));
-  const { recordings, log } = await recordAll(plans);
-  recordings.forEach(({ started, stopped, file, painted }, i) => {
-    assert.deepEqual([started, stopped], [true, true], `${dirs[i]}\n${log.text}`);
-    assert.ok(file.startsWith(`${dirs[i]}\\Qorvex-`), file);
-    const found = path.join(forms[i].place, path.win32.basename(file));
-    assertRecording({ file: found, painted }, { picture: window.picture, exact: false });
+// `space` are the colours of a file that does not say which it has.
+for (const { encoder, space } of [{ encoder: 'libx264' }, { encoder: 'mf_h264', space: 'bt709' }]) {
+  test(`every folder that setOutputDir takes can be recorded into with ${encoder}`, async (t) => {
+    const window = await openPattern(t, { title: 'Forms', ...SMALL });
+    const folder = scratchFolder();
+    const long = Array.from({ length: 4 }, (_, i) => `${'a long name of a folder '.repeat(4)}${i}`);
+    const within = (...names) => path.join(folder, ...names);
+    // A folder of its own for each, because two recordings may begin in the same second.
+    const forms = [
+      { place: within('plain', ...long), form: (place) => place },
+      { place: within('ended', ...long), form: (place) => `${place}\\` },
+      { place: within('marked long', ...long), form: (place) => `\\\\?\\${place}` },
+      // Only the name of the recording makes this one too long.
+      { place: within('x'.repeat(240 - folder.length)), form: (place) => place },
+      { place: within('marked'), form: (place) => `\\\\?\\${place}` },
+      { place: within('marked and ended'), form: (place) => `\\\\?\\${place}\\` },
+      { place: within('blank'), form: (place) => `${place} ` },
+      { place: within('dots'), form: (place) => `${place}...` },
+      { place: within('up'), form: () => `${folder}\\.\\x\\..\\up` },
+    ];
+    assert.ok(forms[0].place.length > 300 && forms[3].place.length < 248);
+    forms.forEach(({ place }) => fs.mkdirSync(place, { recursive: true }));
+    const dirs = forms.map(({ place, form }) => form(place));
+    const plans = dirs.map((dir) => ({ window, dir, pictures: 20, settings: [['setWindow', window.handle], ['setEncoder', encoder]] }));
+    const { recordings, log } = await recordAll(plans);
+    recordings.forEach(({ started, stopped, file, painted }, i) => {
+      assert.deepEqual([started, stopped], [true, true], `${dirs[i]}\n${log.text}`);
+      assert.ok(file.startsWith(`${dirs[i]}\\Qorvex-`), file);
+      const found = path.join(forms[i].place, path.win32.basename(file));
+      assertRecording({ file: found, painted }, { picture: window.picture, exact: false, space });
+    });
+    assert.deepEqual(log.errors, []);
   });
-  assert.deepEqual(log.errors, []);
-});
+}
 
 test('a folder of any form is made again when it is gone', async (t) => {
   const window = await openPattern(t, { title: 'Made again', ...SMALL });

@@ -92,13 +92,16 @@ test('a source slower than the frame rate gives its own frames, none twice', asy
   assert.ok(numbers.length >= 4, `${numbers.length} frames`);
 });
 
-for (const { name, encoder, fps, sound } of [
+// `space` are the colours of a file that does not say which it has.
+for (const { name, encoder, fps, sound, space } of [
   { name: 'an MP4', encoder: 'libx264', fps: 30 },
   { name: 'an MP4 with sound', encoder: 'libx264', fps: 30, sound: true },
   { name: 'a MOV with sound', encoder: 'prores_ks', fps: 30, sound: true },
   { name: 'a WebM', encoder: 'libvpx', fps: 30 },
   { name: 'an AVI', encoder: 'mjpeg', fps: 30 },
   { name: 'an AVI with sound', encoder: 'mjpeg', fps: 30, sound: true },
+  { name: "an MP4 of Media Foundation's", encoder: 'mf_h264', fps: 30, space: 'bt709' },
+  { name: "an MP4 of Media Foundation's with sound", encoder: 'mf_h264', fps: 30, sound: true, space: 'bt709' },
 ]) {
   test(`${name} of a still window lasts as long as it was recorded`, async (t) => {
     const window = await openPattern(t, { title: 'Still', x: 20, y: 20, width: 320, height: 192 });
@@ -107,7 +110,8 @@ for (const { name, encoder, fps, sound } of [
     const settings = [['setWindow', window.handle], ['setEncoder', encoder], ['setFrameRate', fps], ...(sound ? [microphone()] : [])]; // prettier-ignore
     const recording = await record({ window: mover, settings });
     assertLasted(recording, fps, { sound });
-    const shown = frames(recording.file);
+    const { video } = describe(recording.file);
+    const shown = frames(recording.file, { ...video, color_space: space ?? video.color_space });
     assert.ok(shown.length >= 2, `${shown.length} frames`);
     shown.forEach((frame) => assertPicture(frame, { picture: window.picture, exact: false, tolerance: 20 }));
   });
