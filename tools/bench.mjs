@@ -1,7 +1,8 @@
-// Measures the recorder: npm run bench [-- PART ...], with the parts encode, copies, packets, sounds, growth, recordings.
+// Measures the recorder: npm run bench [-- PART ...], with the parts encode, copies, packets, sounds, waits, sizes, growth, recordings.
 
 import { copies, encoding, growth, packets, sizes, sounds } from './bench/portable.mjs';
 import { recordings } from './bench/recordings.mjs';
+import { waits } from './bench/waits.mjs';
 import { main, step, WorkshopError } from './workshop/report.mjs';
 import { removeScratch, scratchFolder } from './workshop/scratch.mjs';
 import { buildTree } from './workshop/tree.mjs';
@@ -11,6 +12,7 @@ const PARTS = {
   copies: [copies, 'Copying one frame: microseconds, best of 300'],
   packets: [packets, 'The writer queue: 100,000 packets of 4 KiB'],
   sounds: [sounds, 'Two stereo sounds of 48 kHz, 32-bit float, for 60 s'],
+  waits: [waits, 'Waits of a millisecond in the threads of the sound, under Wine, 3000 of each'],
   sizes: [sizes, 'A frame by its size, libx264'],
   growth: [growth, 'A recording by its length, 30 frames of 160x90 a second'],
   recordings: [recordings, 'Whole recordings under Wine, 1280x720, 10 s each'],
@@ -26,6 +28,9 @@ await main(async () => {
   await step('Build: the measurements', () => buildTree('bench', ['bench']));
   if (names.includes('recordings')) {
     await step('Build: the module', () => buildTree('windows', ['brisolte', 'pattern', 'bare', 'standins']));
+  }
+  if (names.includes('waits')) {
+    await step('Build: the waits', () => buildTree('windows', ['waits']));
   }
   // In memory, so that no disk is measured.
   const dir = scratchFolder('bench', '/dev/shm');

@@ -2,7 +2,6 @@
 
 #include <gmock/gmock.h>
 
-#include <algorithm>
 #include <chrono>
 #include <functional>
 #include <stdexcept>
@@ -12,6 +11,7 @@
 #include <vector>
 
 #include "support/captured_log.h"
+#include "support/simulated_endpoint.h"
 
 namespace brisolte {
 namespace {
@@ -20,6 +20,7 @@ using std::chrono::microseconds;
 using std::chrono::milliseconds;
 using testing::CapturedLog;
 using ::testing::ElementsAre;
+using testing::PacketsLostInAMinute;
 using ::testing::Pair;
 
 class ScriptedStream : public PolledStream {
@@ -31,68 +32,19 @@ class ScriptedStream : public PolledStream {
   std::function<bool()> poll_;
 };
 
+constexpr microseconds kHiccup{9'000};
+
 void NoWait(milliseconds /*time*/) {}
 
-/// An endpoint as the system fills it, in simulated time: a packet of 10 ms every 10 ms, and room for 22 ms.
-/// What finds no room is lost.
-class Endpoint : public PolledStream {
- public:
-  explicit Endpoint(const microseconds& now) : now_(now) {}
-
-  bool Poll(const std::atomic<bool>& /*running*/) override {
-    while (next_ <= now_) {
-      next_ += kPacket;
-      lost_ += waiting_ + kPacket > kRoom ? 1 : 0;
-      waiting_ = std::min(waiting_ + kPacket, kRoom);
-    }
-    const bool delivers = waiting_ > kNone;
-    waiting_ = kNone;
-    return delivers;
-  }
-
-  int lost() const { return lost_; }
-
- private:
-  static constexpr microseconds kNone{0};
-  static constexpr microseconds kPacket{10'000};
-  static constexpr microseconds kRoom{22'000};
-
-  const microseconds& now_;
-  microseconds next_ = kPacket;
-  microseconds waiting_ = kNone;
-  int lost_ = 0;
-};
-
-/// What a minute loses when each wait ends as `end` says, which gets the moment at which it should. Now and
-/// then something else takes the thread for some milliseconds: a page fault, a slow console, a virtual
-/// machine.
-int LostInAMinute(const std::function<microseconds(microseconds)>& end) {
-  constexpr int kHiccupInterval = 17;
-  constexpr microseconds kHiccup{9'000};
-  std::atomic<bool> running = true;
-  microseconds now{0};
-  int waits = 0;
-  Endpoint endpoint(now);
-  ScriptedStream other([] { return false; });
-  RunCaptureLoop(running, endpoint, other, [&](milliseconds time) {
-    now = end(now + time);
-    now += ++waits % kHiccupInterval == 0 ? kHiccup : microseconds(0);
-    running = now < std::chrono::minutes(1);
-  });
-  return endpoint.lost();
-}
-
+// Also while something takes the thread for some milliseconds now and then.
 TEST(CaptureLoop, LosesNothingWithWaitsOfAMillisecond) {
-  EXPECT_EQ(LostInAMinute([](microseconds moment) { return moment; }), 0);
+  const auto whenDue = [](microseconds /*begin*/, microseconds due) { return due; };
+  EXPECT_EQ(PacketsLostInAMinute(whenDue, kHiccup), 0);
 }
 
 // Why a wait that ends with the clock's tick does not do: the same hiccups cost packets.
 TEST(CaptureLoop, WouldLoseSoundWithWaitsThatEndWithTheClocksTick) {
-  constexpr auto kNextTick = [](microseconds moment) {
-    constexpr microseconds kTick{15'625};
-    return (moment / kTick + 1) * kTick;
-  };
-  EXPECT_GT(LostInAMinute(kNextTick), 50);
+  EXPECT_GT(PacketsLostInAMinute(testing::EndWithTick, kHiccup), 50);
 }
 
 TEST(CaptureLoop, WaitsAMillisecondWhenNeitherDelivered) {
