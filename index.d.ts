@@ -23,7 +23,7 @@ export interface Monitor {
 }
 
 /** A top-level window that is visible, has a title and is larger than 50 pixels both ways. */
-export interface Window {
+export interface WindowInfo {
   /** What `setWindow` takes. */
   handle: number;
   title: string;
@@ -32,6 +32,9 @@ export interface Window {
   /** Where it is, in desktop coordinates. */
   rect: Rect;
 }
+
+/** @deprecated The former name of `WindowInfo`, which browsers' type declarations have for something else. */
+export type Window = WindowInfo;
 
 /** An active audio endpoint. */
 export interface AudioDevice {
@@ -134,7 +137,7 @@ export class Brisolte {
    * @returns the windows from front to back, made anew at each call
    * @throws {Error} "Error getting windows: " and the reason
    */
-  getWindows(): Window[];
+  getWindows(): WindowInfo[];
 
   /**
    * Writes one picture of the current target as a PNG file, also while a recording runs. Blocks for about a fifth of a
@@ -179,7 +182,7 @@ export class Brisolte {
   /**
    * Records a window. Sets the mode to 1. Whether the window exists is seen when a recording starts.
    *
-   * @param handle a `Window`'s `handle`
+   * @param handle a `WindowInfo`'s `handle`
    * @returns `false` while a recording runs
    */
   setWindow(handle: number): boolean;
@@ -250,7 +253,8 @@ export class Brisolte {
   setBorderHighlight(highlight: boolean): boolean;
 
   /**
-   * Sets how much is written to standard output, for all instances of the process, at any time.
+   * Sets how much is written to standard output, for all instances of the process, at any time. What FFmpeg writes to
+   * standard error follows it: nothing at 5, its errors at 4, warnings too at 3 and 2, all at 1 and 0.
    *
    * @param level lines of this level and above are written; 2 at first
    * @throws {Error} for any other number

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "common/logger.h"
+#include "encoder/ffmpeg/ffmpeg_log.h"
 #include "encoder/ffmpeg/ffmpeg_types.h"
 #include "encoder/ffmpeg/pixel_formats.h"
 
@@ -71,6 +72,7 @@ std::string CodecLabel(const char* longName, const std::string& name) {
 }
 
 std::vector<CodecDescription> GetSupportedVideoCodecs() {
+  LetFFmpegFollowLogLevel();
   Logger::Info("Getting supported video codecs...");
   std::vector<CodecDescription> codecs;
   void* position = nullptr;

@@ -155,10 +155,27 @@ test('many instances may live at once and be collected', async () => {
 
 // What a user's installation has of the package.
 async function installPackage(folder) {
-  for (const part of ['index.js', 'package.json', 'prebuilds', path.join('node_modules', 'node-gyp-build')]) {
+  for (const part of ['index.js', 'package.json', 'prebuilds']) {
     await fs.promises.cp(path.join(packageFolder, part), path.join(folder, part), { recursive: true });
   }
 }
+
+test('nothing in the environment changes which binary is loaded', async () => {
+  const env = { ...process.env, BRISOLTE_PREBUILD: scratchFolder(), PREBUILDS_ONLY: '1', npm_config_arch: 'arm64', npm_config_platform: 'linux' };
+  const { output, errors } = await runNode(['--print', `typeof require(${JSON.stringify(packageFolder)}).Brisolte`], { env });
+  assert.equal(output.trim(), 'function', errors);
+});
+
+test('a binary without the class is told when the package is loaded', async () => {
+  const folder = scratchFolder();
+  fs.copyFileSync(path.join(packageFolder, 'index.js'), path.join(folder, 'index.js'));
+  const binary = path.join(folder, 'prebuilds', 'win32-x64', 'brisolte.node');
+  fs.mkdirSync(binary, { recursive: true });
+  fs.writeFileSync(path.join(binary, 'index.js'), '');
+  const { exitCode, errors } = await runNode(['--eval', `require(${JSON.stringify(folder)})`]);
+  assert.equal(exitCode, 1);
+  assert.match(errors, /Error: brisolte\.node was loaded and gave no class: this program does not let addons use Node-API/);
+});
 
 test('the package works in any folder, in an application of any name', async () => {
   const folder = path.join(scratchFolder(), 'Meine Geräte & 漢字');

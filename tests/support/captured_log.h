@@ -16,7 +16,7 @@ namespace brisolte::testing {
 /// afterwards.
 class CapturedLog {
  public:
-  explicit CapturedLog(LogLevel level = LogLevel::kDebug) : levelBefore_(Logger::Level()) {
+  explicit CapturedLog(LogLevel level = LogLevel::kInfo) : levelBefore_(Logger::Level()) {
     Logger::SetLevel(level);
     streamBefore_ = std::cout.rdbuf(&text_);
   }

@@ -1,5 +1,5 @@
 import { expectAssignable, expectError, expectType } from 'tsd';
-import { AudioDevice, Brisolte, CaptureMode, LogLevel, Monitor, Rect, Region, VideoCodec, Window } from '../..';
+import { AudioDevice, Brisolte, CaptureMode, LogLevel, Monitor, Rect, Region, VideoCodec, Window, WindowInfo } from '../..';
 
 const recorder = new Brisolte();
 
@@ -7,7 +7,7 @@ expectType<boolean>(recorder.startRecord());
 expectType<boolean>(recorder.stopRecord());
 expectType<boolean>(recorder.isCapturing());
 expectType<Monitor[]>(recorder.getMonitors());
-expectType<Window[]>(recorder.getWindows());
+expectType<WindowInfo[]>(recorder.getWindows());
 expectType<boolean>(recorder.captureScreenshot('C:\\picture.png'));
 expectType<boolean>(recorder.setMode(-1));
 expectType<boolean>(recorder.setMonitor(0));
@@ -49,6 +49,8 @@ const [window] = recorder.getWindows();
 expectType<boolean>(recorder.setWindow(window.handle));
 expectType<string>(window.title);
 expectType<string>(window.className);
+// Its former name.
+expectType<Window>(window);
 
 const [codec] = recorder.getSupportVideoCodec();
 expectType<boolean>(recorder.setEncoder(codec.name));

@@ -6,6 +6,7 @@
 #include "common/guarded.h"
 #include "common/local_time.h"
 #include "common/logger.h"
+#include "encoder/ffmpeg/ffmpeg_log.h"
 
 namespace brisolte {
 
@@ -14,6 +15,7 @@ FFmpegEncoder::FFmpegEncoder(CaptureSettings settings, SteadyNow now)
       now_(std::move(now)),
       microphone_(MakeAudioStream("microphone", "Microphone")),
       speaker_(MakeAudioStream("speaker", "Speaker")) {
+  LetFFmpegFollowLogLevel();
   if (settings_.outputFilePath.empty()) {
     Logger::Warning("FFmpegEncoder: Output path is empty, initialization cannot proceed");
     return;

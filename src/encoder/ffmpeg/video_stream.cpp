@@ -7,6 +7,7 @@
 
 #include "common/logger.h"
 #include "encoder/ffmpeg/encoder_options.h"
+#include "encoder/ffmpeg/ffmpeg_log.h"
 #include "encoder/ffmpeg/pixel_formats.h"
 #include "encoder/ffmpeg/planes.h"
 
@@ -138,6 +139,7 @@ bool VideoStream::OpenEncoder(const AVOutputFormat& container, const CaptureSett
   }
   OptionDictionary options;
   ApplyEncoderOptions(settings.encoderName, settings.frameRate, *context_, options);
+  AddLogOption(settings.encoderName, options);
   if (const int result = avcodec_open2(context_.get(), &codec, options.address()); result < 0) {
     Logger::Error("Failed to open encoder: " + ErrorText(result));
     return false;

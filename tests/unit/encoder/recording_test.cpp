@@ -124,6 +124,16 @@ TEST_P(Recording, ShowsTheColoursAndEveryFrame) {
   EXPECT_THAT(log.text(), Not(HasSubstr("write frame:")));
 }
 
+TEST_P(Recording, WritesNothingAnywhereAtTheHighestLogLevel) {
+  const CapturedLog log(LogLevel::kFatal);
+  ::testing::internal::CaptureStderr();
+  const DecodedVideo video =
+      Record(160, 120, 5, [](int) { return FourColours(GetParam().layout, 160, 120); });
+  EXPECT_EQ(::testing::internal::GetCapturedStderr(), "");
+  EXPECT_EQ(log.text(), "");
+  EXPECT_THAT(video.frames, SizeIs(5));
+}
+
 TEST_P(Recording, LosesTheLastRowOfAnOddHeight) {
   const CapturedLog log;
   const DecodedVideo video =

@@ -11,7 +11,7 @@ using testing::CapturedLog;
 using ::testing::ElementsAre;
 
 TEST(PixelFormat, FollowsTheEncodersWishAndSaysSo) {
-  const CapturedLog log;
+  const CapturedLog log(LogLevel::kDebug);
   EXPECT_EQ(ConvertFFmpegPixelFormatToDXGI(1), DxgiFormat::kNv12);
   EXPECT_EQ(ConvertFFmpegPixelFormatToDXGI(4), DxgiFormat::kYuy2);
   EXPECT_EQ(ConvertFFmpegPixelFormatToDXGI(0), DxgiFormat::kB8G8R8A8Unorm);

@@ -40,7 +40,7 @@ TEST_F(VideoCaptureSetup, RunsItsStepsInOrder) {
 }
 
 TEST_F(VideoCaptureSetup, SaysWhatItDoes) {
-  const CapturedLog log;
+  const CapturedLog log(LogLevel::kDebug);
   const auto capture = Construct();
   EXPECT_THAT(
       log.lines(),
