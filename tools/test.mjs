@@ -1,8 +1,9 @@
 // Builds everything and runs every test: node tools/test.mjs [layer ...] [--only TEXT] [--scale PERCENT]
 //
 // Layers: style (formatter, linter), workshop (what builds and runs all this), linux, linux-asan, linux-tsan (the portable
-// code, also under sanitizers), fuzz, windows (the same and the Windows code under Wine), javascript (the module that ships,
-// in Node.js for Windows under Wine), package (what users install: its contents, its types, and its examples under Wine).
+// code, also under sanitizers), fuzz, windows (the same and the Windows code under Wine), recorder (Recorder and the command
+// line, with a stand-in for the module), javascript (the module that ships, in Node.js for Windows under Wine), package (what
+// users install: its contents, its types, and its examples under Wine).
 // --only runs the test programs or files whose name contains TEXT, --scale those of Windows on a display of this scaling.
 
 import { basename } from 'node:path';

@@ -64,6 +64,29 @@ for (const [version, host] of hosts) {
     assert.deepEqual(await run(folder, source, { program: application, env }), USED);
   });
 
+  test(`Recorder records in Node.js ${version}, under its own and under another name, as CommonJS and as an ES module`, async () => {
+    const folder = await project(STRANGE_NAME);
+    const application = path.join(folder, 'Recorder.exe');
+    fs.copyFileSync(host, application);
+    const record = `
+      async function record(file) {
+        const recorder = new Recorder({ file, stopAfter: { seconds: 1 } });
+        const ended = new Promise((resolve) => recorder.once('stop', resolve));
+        await recorder.start();
+        const { files, reason } = await ended;
+        await recorder.close();
+        console.log(JSON.stringify([files.length, reason, (await Recorder.monitors()).length > 0]));
+        process.exit();
+      }
+      record(${JSON.stringify(path.join(folder, 'talk.mp4'))});`;
+    const required = `const { Recorder } = require('brisolte/recorder'); ${record}`;
+    assert.deepEqual(await run(folder, required, { program: host }), [1, 'seconds', true]);
+    fs.rmSync(path.join(folder, 'talk.mp4'));
+    const imported = `import recorder, { Recorder, RecorderError } from 'brisolte/recorder';
+      if (recorder.Recorder !== Recorder || !RecorderError) { process.exit(9); } ${record}`;
+    assert.deepEqual(await run(folder, imported, { program: application, extension: 'mjs' }), [1, 'seconds', true]);
+  });
+
   test(`it loads in worker threads of Node.js ${version}, and again after they have ended`, async () => {
     const source = `
       const { Worker, isMainThread, parentPort } = require('node:worker_threads');

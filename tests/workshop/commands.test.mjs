@@ -19,7 +19,7 @@ function complaint(words, env = {}) {
   return stderr;
 }
 
-for (const name of ['build', 'demo', 'fuzz', 'hostile', 'package', 'remains', 'soak', 'test', 'tidy']) {
+for (const name of ['build', 'demo', 'fuzz', 'hostile', 'package', 'recorder', 'remains', 'soak', 'test', 'tidy']) {
   test(`${name}: an unknown option is named in a sentence`, () => {
     assert.match(complaint([`tools/${name}.mjs`, '--unheard-of']), /--unheard-of/);
   });

@@ -1,0 +1,24 @@
+'use strict';
+
+// The container that the module records into, which follows from the encoder.
+
+const CONTAINERS = {
+  webm: ['libvpx', 'vp8', 'vp8_nvenc', 'vp8_qsv', 'libvpx-vp9', 'vp9', 'vp9_nvenc', 'vp9_qsv'],
+  mov: ['prores', 'prores_ks', 'prores_videotoolbox'],
+  avi: ['mjpeg', 'mjpeg_qsv', 'mjpeg_nvenc'],
+};
+const MEDIA_FOUNDATION = ['mf_h264', 'mf_hevc'];
+
+/** The ending of a recording's name, without a dot. */
+function containerOf({ encoder, picture }) {
+  if (!picture) {
+    return MEDIA_FOUNDATION.includes(encoder) ? 'm4a' : 'mp3';
+  }
+  const [container] = Object.entries(CONTAINERS).find(([, encoders]) => encoders.includes(encoder)) ?? ['mp4'];
+  return container;
+}
+
+/** Whether a file of this ending can be played up to where it breaks off; the others have their index at the end. */
+const playsWithoutEnd = (ending) => ['webm', 'avi', 'mp3'].includes(ending);
+
+module.exports = { containerOf, playsWithoutEnd };

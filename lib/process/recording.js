@@ -1,0 +1,236 @@
+'use strict';
+
+// One recording from its start to its stop: its limits, its segments and what the host is told of it.
+
+const fs = require('node:fs/promises');
+const path = require('node:path');
+const { performance } = require('node:perf_hooks');
+const { RecorderError } = require('../errors');
+const { isComplete } = require('./container');
+const { exists, putInPlace, segmentName } = require('./place');
+const { apply, LEVELS } = require('./settings');
+const { Take } = require('./take');
+
+const LOOK_MS = 250;
+const TELL_MS = 1000;
+const RETRY_MS = 10_000;
+// Lines of the log are written to a pipe, which holds 64 kB while nobody reads. A host that does not say within this time
+// that it heard of the progress does not read; until it does again nothing is logged, or the pipe would halt the recording.
+const HEARD_MS = 3000;
+
+class Recording {
+  #Brisolte;
+  #wanted;
+  #host;
+  #instances = [];
+  #take;
+  #done = [];
+  #startedAt;
+  #ending;
+  #work = Promise.resolve();
+  #nextLook;
+  #toldAt;
+  #nextTry = 0;
+  #unheard = false;
+
+  /**
+   * @param {Function} Brisolte the module's class
+   * @param {object} wanted what options.js makes of a caller's options
+   * @param {{tell: Function, ask: Function}} host hears `progress`, `segment`, `ended` and
+   *   `refused`, with the file of a start that failed
+   */
+  constructor(Brisolte, wanted, host) {
+    this.#Brisolte = Brisolte;
+    this.#wanted = wanted;
+    this.#host = host;
+  }
+
+  get runs() {
+    return this.#take !== undefined;
+  }
+
+  /** @returns {Promise<{file: string}>} where it is until it is complete */
+  start() {
+    return this.#alone(async () => {
+      await this.#refuseExisting();
+      this.#instance(0).setLogLevel(LEVELS[this.#wanted.logLevel]);
+      this.#take = await this.#newTake(0);
+      this.#startedAt = this.#toldAt = performance.now();
+      this.#lookIn(0);
+      return { file: this.#take.file };
+    });
+  }
+
+  /**
+   * Completes it, and gives the same again and again.
+   * @returns {Promise<{result: object, incomplete: string[]}>} { file, files, seconds, bytes, reason, problem }, and the files
+   *   that could not be completed
+   */
+  stop(reason) {
+    return (this.#ending ??= this.#alone(() => this.#end(reason)));
+  }
+
+  // What takes a while must not meet something else that does.
+  #alone(work) {
+    const result = this.#work.then(work);
+    this.#work = result.catch(() => {});
+    return result;
+  }
+
+  async #refuseExisting() {
+    const { name, overwrite, directory } = this.#wanted;
+    const first = name && path.join(directory, this.#nameOf(0));
+    if (first && !overwrite && (await exists(first))) {
+      throw new RecorderError('ERR_RECORDER_EXISTS', `${first} exists. Give another file, or overwrite: true`);
+    }
+  }
+
+  async #end(reason) {
+    clearTimeout(this.#nextLook);
+    const seconds = this.#seconds;
+    if (this.#take) {
+      const last = this.#take;
+      this.#take = undefined;
+      await this.#complete(last);
+    }
+    const { file } = this.#done.at(-1) ?? {};
+    const incomplete = this.#done.filter(({ complete }) => !complete).map((each) => each.file);
+    const files = this.#done.filter(({ complete }) => complete).map((each) => each.file);
+    const { problem } = this.#done.find((each) => each.problem) ?? {};
+    return { result: { file, files, seconds, bytes: this.#bytesDone, reason, problem }, incomplete };
+  }
+
+  get #seconds() {
+    return (performance.now() - this.#startedAt) / 1000;
+  }
+
+  get #bytesDone() {
+    return this.#done.reduce((total, { bytes }) => total + bytes, 0);
+  }
+
+  /** What the file with this number, from 0, is called when it is complete; undefined when it keeps the module's name. */
+  #nameOf(number) {
+    const { name, segments } = this.#wanted;
+    const segmented = segments.seconds !== undefined || segments.bytes !== undefined;
+    return name && segmented ? segmentName(name, number + 1) : name;
+  }
+
+  /** Two of them take turns, so that a segment begins before the one before it ends. */
+  #instance(number) {
+    return (this.#instances[number % 2] ??= new this.#Brisolte());
+  }
+
+  async #newTake(number) {
+    const instance = this.#instance(number);
+    apply(instance, this.#wanted);
+    const take = new Take(instance);
+    try {
+      await take.start(this.#wanted.directory);
+    } catch (error) {
+      this.#host.tell('refused', take.file);
+      throw error;
+    }
+    return take;
+  }
+
+  #lookIn(milliseconds) {
+    this.#nextLook = setTimeout(() => this.#alone(() => this.#look()), milliseconds);
+  }
+
+  /** Looks after its limits, until the next look. */
+  async #look() {
+    if (this.#ending) {
+      return;
+    }
+    const progress = await this.#progress();
+    this.#tell(progress);
+    const reason = this.#limitReached(progress);
+    if (reason) {
+      this.#ending = this.#end(reason);
+      this.#host.tell('ended', await this.#ending);
+      return;
+    }
+    if (this.#isFull(progress)) {
+      await this.#beginSegment();
+    }
+    this.#lookIn(this.#untilNextLook());
+  }
+
+  async #progress() {
+    const bytesNow = await this.#take.bytes();
+    // A disk that does not tell has no limit.
+    const disk = await fs.statfs(this.#wanted.directory).catch(() => undefined);
+    const freeBytes = disk && disk.bavail * disk.bsize;
+    return { seconds: this.#seconds, bytes: this.#bytesDone + bytesNow, freeBytes, file: this.#take.file };
+  }
+
+  #limitReached(progress) {
+    const { seconds, bytes, freeBytes } = this.#wanted.stopAfter;
+    if (progress.seconds >= seconds) {
+      return 'seconds';
+    }
+    return (progress.bytes >= bytes && 'bytes') || (progress.freeBytes < freeBytes && 'freeBytes');
+  }
+
+  #isFull(progress) {
+    const { seconds = Infinity, bytes = Infinity } = this.#wanted.segments;
+    // Files are named by the second in which they begin.
+    return this.#take.seconds >= 1 && performance.now() >= this.#nextTry && (this.#take.seconds >= seconds || progress.bytes - this.#bytesDone >= bytes);
+  }
+
+  async #beginSegment() {
+    let next;
+    try {
+      next = await this.#newTake(this.#done.length + 1);
+    } catch {
+      // The log says why. Nothing is lost: this segment goes on until another one can begin.
+      this.#nextTry = performance.now() + RETRY_MS;
+      return;
+    }
+    const full = this.#take;
+    this.#take = next;
+    const { file, seconds, bytes } = await this.#complete(full);
+    this.#host.tell('segment', { file, seconds, bytes });
+  }
+
+  async #complete(take) {
+    const name = this.#nameOf(this.#done.length);
+    take.stop();
+    const complete = await isComplete(take.file);
+    const found = { file: take.file, seconds: take.seconds, bytes: await take.bytes(), complete };
+    this.#done.push(found);
+    if (name && complete) {
+      Object.assign(found, await putInPlace(take.file, path.join(this.#wanted.directory, name), this.#wanted.overwrite));
+    }
+    return found;
+  }
+
+  #untilNextLook() {
+    const { stopAfter, segments } = this.#wanted;
+    const left = [stopAfter.seconds - this.#seconds, segments.seconds - this.#take.seconds].filter((seconds) => seconds > 0);
+    return Math.min(LOOK_MS, ...left.map((seconds) => seconds * 1000));
+  }
+
+  #tell(progress) {
+    const now = performance.now();
+    if (this.#unheard || now - this.#toldAt < TELL_MS) {
+      return;
+    }
+    this.#toldAt = now;
+    this.#unheard = true;
+    const silence = setTimeout(() => this.#setLogLevel('nothing'), HEARD_MS);
+    this.#host
+      .ask('progress', progress, Infinity)
+      .then(() => this.#setLogLevel(this.#wanted.logLevel))
+      .finally(() => {
+        clearTimeout(silence);
+        this.#unheard = false;
+      });
+  }
+
+  #setLogLevel(level) {
+    this.#instance(0).setLogLevel(LEVELS[level]);
+  }
+}
+
+module.exports = { Recording };

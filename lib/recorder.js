@@ -1,0 +1,283 @@
+'use strict';
+
+const { EventEmitter } = require('node:events');
+const fs = require('node:fs/promises');
+const { Connection } = require('./connection');
+const { playsWithoutEnd } = require('./containers');
+const { RecorderError } = require('./errors');
+const { launch } = require('./launch');
+const { recordingOf, screenshotOf, signalOf } = require('./options');
+const { Shared } = require('./shared');
+const { limit } = require('./time');
+
+// Milliseconds.
+const LIMITS = {
+  // A start takes a fraction of a second, and some seconds when a driver wakes up.
+  start: 30_000,
+  // To complete a file takes the longer the larger it is, since its index goes to its front: this, and what comes of its size.
+  stop: 60_000,
+  // The process tells of its progress each second.
+  signOfLife: 20_000,
+};
+const SLOWEST_DISK_BYTES_PER_MS = 5000;
+
+const SAME_SECOND = /^Cannot write to output file/;
+const DISK_FULL = /The disk is nearly full, the recording ends here/;
+
+const shared = new Shared(launch);
+
+/** Records in a process of its own; recorder.d.ts says what it does. */
+class Recorder extends EventEmitter {
+  #wanted;
+  #signal;
+  #launch;
+  #limits;
+  #connection;
+  #refused = [];
+  #starting;
+  #recording;
+  #result;
+
+  /** What follows the options is for tests: how the process is started, and how long it may take. */
+  constructor(options, { launch: start = launch, limits = {} } = {}) {
+    super();
+    this.#wanted = recordingOf(options);
+    this.#signal = signalOf(options);
+    this.#launch = start;
+    this.#limits = { ...LIMITS, ...limits };
+  }
+
+  static async monitors(options) {
+    return shared.ask('list', 'monitors', signalOf(options));
+  }
+
+  static async windows(options) {
+    return shared.ask('list', 'windows', signalOf(options));
+  }
+
+  static async microphones(options) {
+    return shared.ask('list', 'microphones', signalOf(options));
+  }
+
+  static async speakers(options) {
+    return shared.ask('list', 'speakers', signalOf(options));
+  }
+
+  static async encoders(options) {
+    return shared.ask('list', 'encoders', signalOf(options));
+  }
+
+  static async screenshot(options, file) {
+    const wanted = screenshotOf(options, file);
+    await shared.ask('screenshot', wanted, signalOf(options));
+    return wanted.file;
+  }
+
+  get pid() {
+    return this.#connection?.pid;
+  }
+
+  get recording() {
+    return this.#recording !== undefined;
+  }
+
+  async start() {
+    if (this.#starting || this.#recording) {
+      throw new RecorderError('ERR_RECORDER_STATE', 'This recorder records already. Make another one for another recording');
+    }
+    this.#signal?.throwIfAborted();
+    this.#starting = this.#start();
+    try {
+      await this.#starting;
+    } finally {
+      this.#starting = undefined;
+    }
+    if (this.#signal?.aborted) {
+      await this.#end('aborted');
+      throw this.#signal.reason;
+    }
+  }
+
+  async #start() {
+    try {
+      await this.#startNow();
+    } catch (error) {
+      // What a start that failed has made stays open until its process ends.
+      await this.#connection?.close();
+      await this.#removeRefused();
+      throw error;
+    }
+  }
+
+  async #startNow() {
+    const connection = this.#connect();
+    const ask = () => connection.ask('start', this.#wanted, this.#limits.start);
+    const { file } = await ask().catch((error) => {
+      // A recording that began in the same second keeps a file of the name that this one would have. In the next second it
+      // would have another.
+      if (error.failures?.some((text) => SAME_SECOND.test(text))) {
+        return ask();
+      }
+      throw error;
+    });
+    this.#begun(connection, file);
+  }
+
+  #connect() {
+    this.#connection ??= new Connection(this.#launch, {
+      calls: { progress: (progress) => this.#progress(progress) },
+      told: (event, given) => this.#told[event]?.(given),
+      logged: (entry) => this.#logged(entry),
+      gone: (error) => this.#gone(error),
+    });
+    return this.#connection;
+  }
+
+  #begun(connection, file) {
+    connection.hold();
+    const watch = limit(this.#limits.signOfLife, () => connection.giveUp(this.#limits.signOfLife));
+    watch.start();
+    const abort = () => this.#end('aborted').catch(() => {});
+    this.#signal?.addEventListener('abort', abort, { once: true });
+    const forget = () => {
+      watch.stop();
+      this.#signal?.removeEventListener('abort', abort);
+      connection.release();
+    };
+    this.#recording = { connection, file, done: [], latest: { seconds: 0, bytes: 0 }, failures: connection.failures, watch, forget };
+    this.#result = new Promise((resolve, reject) => Object.assign(this.#recording, { resolve, reject }));
+    // Told by events as well: nobody has to wait for it.
+    this.#result.catch(() => {});
+    this.#tell('start', { file });
+  }
+
+  /** Completes the recording, or gives what became of the latest one. */
+  async stop() {
+    await this.#starting;
+    if (!this.#result) {
+      throw new RecorderError('ERR_RECORDER_STATE', 'Nothing was recorded. Call start first');
+    }
+    return this.#end('requested');
+  }
+
+  #end(reason) {
+    if (this.#recording && !this.#recording.stopping) {
+      const { connection, watch, latest } = this.#recording;
+      watch.stop();
+      const within = this.#limits.stop + latest.bytes / SLOWEST_DISK_BYTES_PER_MS;
+      this.#recording.stopping = connection.ask('stop', reason, within).then(
+        (result) => this.#finish(result),
+        (error) => this.#failed(error),
+      );
+    }
+    return this.#result;
+  }
+
+  async close() {
+    if (this.#starting || this.#recording) {
+      await this.stop().catch(() => {});
+    }
+    await this.#connection?.close();
+    await this.#removeRefused();
+  }
+
+  // A file that has anything in it may be another recording's, which began in the same second.
+  async #removeRefused() {
+    for (const file of this.#refused.splice(0)) {
+      const { size } = await fs.stat(file).catch(() => ({}));
+      if (size === 0) {
+        await fs.rm(file, { force: true }).catch(() => {});
+      }
+    }
+  }
+
+  #progress(progress) {
+    if (this.#recording) {
+      this.#recording.latest = progress;
+      this.#recording.file = progress.file;
+      if (!this.#recording.stopping) {
+        this.#recording.watch.start();
+      }
+      this.#tell('progress', progress);
+    }
+  }
+
+  #told = {
+    ended: (result) => this.#finish(result),
+    segment: (segment) => {
+      this.#recording?.done.push(segment.file);
+      this.#tell('segment', segment);
+    },
+    refused: (file) => this.#refused.push(file),
+  };
+
+  #logged(entry) {
+    this.#tell('log', entry);
+    if (DISK_FULL.test(entry.text)) {
+      this.#end('freeBytes')?.catch(() => {});
+    }
+  }
+
+  #finish({ result, incomplete }) {
+    if (!this.#recording) {
+      return;
+    }
+    if (incomplete.length > 0) {
+      const { connection, failures: before } = this.#recording;
+      const known = { failures: connection.failuresSince(before), log: connection.log, files: result.files };
+      this.#failed(new RecorderError('ERR_RECORDER_INCOMPLETE', `${incomplete[0]} could not be completed`, known), result);
+      return;
+    }
+    const { resolve } = this.#over();
+    resolve(result);
+    this.#tell('stop', result);
+  }
+
+  #gone(error) {
+    this.#connection = undefined;
+    if (error && this.#recording) {
+      const { done, file } = this.#recording;
+      error.files = playsWithoutEnd(file.split('.').at(-1)) ? [...done, file] : done;
+      this.#failed(error);
+    }
+  }
+
+  #failed(error, result) {
+    if (!this.#recording) {
+      return;
+    }
+    const { reject, file, done, latest } = this.#over();
+    reject(error);
+    // An `error` that nobody listens to would end the host, which must outlive its recorder.
+    if (this.listenerCount('error') > 0) {
+      this.#tell('error', error);
+    }
+    const { seconds, bytes } = latest;
+    this.#tell('stop', { file, files: error.files ?? done, seconds, bytes, ...result, reason: 'failed' });
+  }
+
+  // What a listener throws is nobody's here: it goes where it would go from any other event, and nothing else is disturbed.
+  #tell(event, given) {
+    try {
+      this.emit(event, given);
+    } catch (error) {
+      process.nextTick(() => {
+        throw error;
+      });
+    }
+  }
+
+  #over() {
+    const recording = this.#recording;
+    this.#recording = undefined;
+    recording.forget();
+    return recording;
+  }
+}
+
+// Not there yet in the oldest of the Node.js versions.
+if (Symbol.asyncDispose) {
+  Recorder.prototype[Symbol.asyncDispose] = Recorder.prototype.close;
+}
+
+module.exports = { Recorder, RecorderError };

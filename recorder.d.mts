@@ -1,0 +1,5 @@
+import * as recorder from './recorder.js';
+
+export * from './recorder.js';
+/** What `require('brisolte/recorder')` gives: an object with the classes. */
+export default recorder;

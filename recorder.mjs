@@ -1,0 +1,4 @@
+import recorder from './recorder.js';
+
+export const { Recorder, RecorderError } = recorder;
+export default recorder;

@@ -1,0 +1,80 @@
+'use strict';
+
+// What becomes of a recording whose application ends, or stands still.
+
+const assert = require('node:assert/strict');
+const { spawn } = require('node:child_process');
+const { once } = require('node:events');
+const fs = require('node:fs');
+const path = require('node:path');
+const { test } = require('node:test');
+const { waitFor } = require('../js/support/wait');
+const { folderOf, isThere } = require('./support/recorder');
+
+const STAY = 'setInterval(() => {}, 1000)';
+
+/** An application that records and then does this. */
+async function hostOf(t, body, options = {}) {
+  const folder = folderOf(t);
+  const file = path.join(folder, 'talk.mp4');
+  const told = path.join(folder, 'told');
+  const words = [path.join(__dirname, 'support', 'host.js'), JSON.stringify({ file, ...options }), told, body];
+  const child = spawn(process.execPath, words, { stdio: ['ignore', 'pipe', 'pipe'] });
+  let output = '';
+  child.stdout.on('data', (text) => (output += text));
+  const ended = once(child, 'close');
+  await waitFor('the recording', () => fs.existsSync(told));
+  return { child, ended, file, output: () => output, recorder: Number(fs.readFileSync(told, 'utf8')) };
+}
+
+const ENDS = {
+  'process.exit': { body: 'process.exit(3)', code: 3 },
+  'an exception that nobody catches': { body: "throw new Error('uncaught')", code: 1 },
+  'a rejection that nobody handles': { body: "Promise.reject(new Error('unhandled'))", code: 1 },
+  'being killed': { body: STAY, kill: true, code: null },
+  'process.exit in mid-sentence of a log': { body: 'process.exit(3)', options: { encoder: 'floods' }, code: 3 },
+};
+
+for (const [name, { body, options, kill, code }] of Object.entries(ENDS)) {
+  test(`a recording is completed after its application ended by ${name}`, async (t) => {
+    const { child, ended, file, recorder } = await hostOf(t, body, options);
+    if (kill) {
+      child.kill('SIGKILL');
+    }
+    // With its output closed: the recorder holds nothing that who started the application waits for.
+    assert.equal((await ended)[0], code);
+    await waitFor('the end of the process', () => !isThere(recorder));
+    assert.deepEqual(fs.readdirSync(path.dirname(file)).sort(), ['talk.mp4', 'told']);
+  });
+}
+
+test('an application that has nothing more to do goes on while it records, and ends after it', async (t) => {
+  const body = "recorder.on('stop', ({ reason }) => console.log(reason))";
+  const { ended, file, output } = await hostOf(t, body, { stopAfter: { seconds: 1.5 } });
+  assert.equal((await ended)[0], 0);
+  assert.equal(output(), 'seconds\n');
+  assert.ok(fs.existsSync(file));
+});
+
+test('what a listener throws is an exception of the application, and the recording goes on', async (t) => {
+  const body = `let thrown = [];
+    process.on('uncaughtException', ({ message }) => thrown.push(message));
+    const fail = (name) => recorder.on(name, () => { throw new Error(name); });
+    ['progress', 'segment', 'stop'].forEach(fail);
+    process.on('exit', () => console.log([...new Set(thrown)].join()));`;
+  const { ended, output } = await hostOf(t, body, { segments: { seconds: 1 }, stopAfter: { seconds: 2.5 } });
+  assert.equal((await ended)[0], 0);
+  assert.equal(output(), 'progress,segment,stop\n');
+});
+
+test('an application that stands still does not halt its recording, however much is logged', async (t) => {
+  const body = `recorder.on('stop', (result) => console.log(JSON.stringify(result)));
+    Atomics.wait(new Int32Array(new SharedArrayBuffer(4)), 0, 0, 14000)`;
+  const { child, file, output } = await hostOf(t, body, { encoder: 'floods', stopAfter: { seconds: 11 } });
+  await waitFor('the file', () => fs.existsSync(file));
+  assert.deepEqual([output(), child.exitCode], ['', null], 'the application stands still');
+  await waitFor('the application', () => output().endsWith('\n'));
+  const { reason, seconds } = JSON.parse(output());
+  assert.equal(reason, 'seconds');
+  assert.ok(seconds < 12.5, `${seconds} s`);
+});

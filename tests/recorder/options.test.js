@@ -1,0 +1,113 @@
+'use strict';
+
+const assert = require('node:assert/strict');
+const path = require('node:path');
+const { test } = require('node:test');
+const { targetOfSource } = require('../../lib/electron');
+const { recordingOf, screenshotOf } = require('../../lib/options');
+const { Recorder } = require('../../recorder');
+
+const DIRECTORY = { directory: '.' };
+
+test('what is left out has its default', () => {
+  assert.deepEqual(JSON.parse(JSON.stringify(recordingOf(DIRECTORY))), {
+    target: { monitor: 0 },
+    encoder: 'libx264',
+    directory: process.cwd(),
+    overwrite: false,
+    stopAfter: {},
+    segments: {},
+    logLevel: 'info',
+  });
+});
+
+test('a file is taken as a folder and a name, from the folder in which the application is', () => {
+  const { directory, name } = recordingOf({ file: 'talks/one.MP4' });
+  assert.deepEqual([directory, name], [path.resolve('talks'), 'one.MP4']);
+  assert.equal(recordingOf({ file: 'a.webm', encoder: 'libvpx' }).name, 'a.webm');
+  assert.equal(recordingOf({ file: 'a.mp3', picture: false, speaker: 'default' }).name, 'a.mp3');
+});
+
+test('each target is taken', () => {
+  const region = { left: -10, top: 20, width: 300, height: 200 };
+  const targets = [
+    [{ monitor: 1 }, { monitor: 1 }],
+    [{ monitor: '\\\\.\\DISPLAY2' }, { monitor: '\\\\.\\DISPLAY2' }],
+    [{ window: 65552 }, { window: 65552 }],
+    [{ window: 'Notes' }, { window: 'Notes' }],
+    [{ region }, { region, monitor: undefined }],
+    [{ region, monitor: 1 }, { region, monitor: 1 }],
+    [{ source: 'window:65552:0' }, { window: 65552 }],
+    [{ source: { id: 'window:65552:1', name: 'Notes', display_id: '' } }, { window: 65552 }],
+    [{ picture: false, microphone: 'default' }, undefined],
+  ];
+  targets.forEach(([options, target]) => assert.deepEqual(recordingOf({ ...DIRECTORY, ...options }).target, target));
+});
+
+const WRONG = [
+  [{ monitor: -1 }, /^monitor must be the index or the name of a monitor, and is -1$/],
+  [{ window: {} }, /^window must be/],
+  [{ window: '' }, /^window must be/],
+  [{ region: { left: 0, top: 0, width: 10 } }, /^region must be an object with the whole numbers left, top, width and height/],
+  [{ region: { left: 0, top: 0, width: 0, height: 10 } }, /^region must have a width/],
+  [{ monitor: 0, window: 5 }, /^monitor and window cannot be given together$/],
+  [{ picture: false, monitor: 1 }, /^monitor and picture cannot be given together$/],
+  [{ source: 'tab:1' }, /^source must be a window or a screen of desktopCapturer\.getSources, and is "tab:1"$/],
+  [{ source: 'screen:0:0' }, /^source must be/],
+  [{ source: 5 }, /^source must be/],
+  [{ picture: false }, /^picture can be false only with a microphone or a speaker$/],
+  [{ picture: 'no' }, /^picture must be true or false, and is "no"$/],
+  [{ frameRate: 0 }, /^frameRate must be a whole number from 1 to 120, and is 0$/],
+  [{ frameRate: 29.97 }, /^frameRate /],
+  [{ frameRate: '30' }, /^frameRate /],
+  [{ bitrate: 99_999 }, /^bitrate must be a whole number from 100000 to 50000000/],
+  [{ audioBitrate: -1 }, /^audioBitrate /],
+  [{ encoder: '' }, /^encoder must be a text, and is ""$/],
+  [{ microphone: null }, /^microphone must be a text, and is null$/],
+  [{ speaker: 'a\0b' }, /^speaker /],
+  [{ directory: undefined }, /^file or directory must say where the recording goes, one of the two$/],
+  [{ file: 'a.mp4' }, /^file or directory /],
+  [{ directory: undefined, file: 'a.mkv' }, /^file must be a name that ends in \.mp4, which is what this records, and is "a\.mkv"$/],
+  [{ directory: undefined, file: 'a.mp4', encoder: 'libvpx-vp9' }, /^file must be a name that ends in \.webm/],
+  [{ overwrite: 1 }, /^overwrite must be true or false/],
+  [{ stopAfter: 60 }, /^stopAfter must be an object with seconds, bytes and freeBytes, and is 60$/],
+  [{ stopAfter: { seconds: 0 } }, /^stopAfter\.seconds must be a number from/],
+  [{ stopAfter: { seconds: NaN } }, /^stopAfter\.seconds /],
+  [{ stopAfter: { minutes: 1 } }, /^stopAfter\.minutes is no option; there are seconds, bytes and freeBytes$/],
+  [{ segments: { seconds: 0.5 } }, /^segments\.seconds must be a number from 1/],
+  [{ logLevel: 'loud' }, /^logLevel must be one of debug, info, warning and error, and is "loud"$/],
+  [{ signal: {} }, /^signal must be an AbortSignal, and is an object$/],
+  [{ framerate: 30 }, /^framerate is no option; there are /],
+];
+
+for (const [options, message] of WRONG) {
+  test(`${JSON.stringify(options)} is refused when the recorder is made`, () => {
+    assert.throws(() => new Recorder({ ...DIRECTORY, ...options }), { name: 'TypeError', message });
+  });
+}
+
+test("a screen of Electron's picker is found by its place in pixels", () => {
+  // Two displays side by side, the second at 150 %: in points it begins where the first one ends.
+  const displays = [
+    { id: 11, bounds: { x: 0, y: 0, width: 1280, height: 720 } },
+    { id: 2_528_732_444, bounds: { x: 1280, y: 0, width: 1280, height: 720 } },
+  ];
+  const screen = {
+    getAllDisplays: () => displays,
+    dipToScreenRect: (window, { x, y, width, height }) => (x === 1280 ? { x: 1282, y: 3, width: 1920, height: 1080 } : { x, y, width, height }),
+  };
+  const target = (id) => targetOfSource({ id: 'screen:1:0', display_id: id }, () => screen);
+  assert.deepEqual([target('2528732444'), target('99')], [{ place: { left: 1282, top: 3 } }, undefined]);
+});
+
+test('what is no object at all is refused', () => {
+  [undefined, null, 'file.mp4', 5].forEach((options) => assert.throws(() => new Recorder(options), TypeError));
+});
+
+test('a screenshot takes a target and a file', async () => {
+  const file = path.resolve('a.png');
+  assert.deepEqual(screenshotOf({ window: 5 }, 'a.png'), { target: { window: 5 }, file });
+  assert.deepEqual(screenshotOf(undefined, 'a.png'), { target: { monitor: 0 }, file });
+  await assert.rejects(Recorder.screenshot({ frameRate: 5 }, 'a.png'), { name: 'TypeError', message: /^frameRate is no option/ });
+  await assert.rejects(Recorder.screenshot({}), { name: 'TypeError', message: /^file must be the name of the PNG to write/ });
+});

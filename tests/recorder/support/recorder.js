@@ -1,0 +1,40 @@
+'use strict';
+
+// Recorders whose processes have the stand-in for the module.
+
+const fs = require('node:fs');
+const os = require('node:os');
+const path = require('node:path');
+const { launch } = require('../../../lib/launch');
+const { Recorder } = require('../../../recorder');
+
+const launchStandIn = () => launch(path.join(__dirname, 'process.js'));
+
+/** A new empty folder, which is gone after the test. */
+function folderOf(t) {
+  const folder = fs.mkdtempSync(path.join(os.tmpdir(), 'brisolte-recorder-'));
+  t.after(() => fs.rmSync(folder, { recursive: true, force: true }));
+  return folder;
+}
+
+/** A recorder, which is closed after the test, and all that it tells as [event, given]. */
+function recorderOf(t, options, { limits } = {}) {
+  const recorder = new Recorder({ directory: folderOf(t), ...options }, { launch: launchStandIn, limits });
+  t.after(() => recorder.close());
+  const events = [];
+  ['start', 'segment', 'stop', 'error', 'progress', 'log'].forEach((name) => recorder.on(name, (given) => events.push([name, given])));
+  const named = (name) => events.filter(([event]) => event === name).map(([, given]) => given);
+  return { recorder, events, named };
+}
+
+/** Whether a process of this machine is there. */
+function isThere(pid) {
+  try {
+    process.kill(pid, 0);
+    return true;
+  } catch {
+    return false;
+  }
+}
+
+module.exports = { folderOf, isThere, launchStandIn, recorderOf };
