@@ -102,7 +102,7 @@ function screenshotPath({ json }, outputDir) {
   return join(folder, 'screenshot.png');
 }
 
-/** Runs the example recorder in Node.js for Windows, before something to see and hear; gives the path of its recording. */
+/** Runs the command line in Node.js for Windows, before something to see and hear; gives the path of its recording. */
 async function record(request, outputDir, screenshot) {
   const scratchDir = scratchFolder('demo');
   try {
@@ -114,7 +114,7 @@ async function record(request, outputDir, screenshot) {
       scratchDir: windowsPath(scratchDir),
       audio: request.audio,
       seconds: request.seconds,
-      script: recorderWords(request, outputDir, screenshot),
+      commands: commandLines(request, outputDir, screenshot),
     };
     writeFileSync(requestFile, JSON.stringify(inWindows));
     const code = await runUnderWine('node', [windowsPath(join(treeDir, 'tools/demo/stage.cjs')), windowsPath(requestFile)], {
@@ -131,21 +131,21 @@ async function record(request, outputDir, screenshot) {
   }
 }
 
-function recorderWords({ mode, window, region, fps, encoder, audio, seconds, verbose }, outputDir, screenshot) {
+/** What is written behind `node`, once for each command. */
+function commandLines({ mode, window, region, fps, encoder, audio, seconds, verbose }, outputDir, screenshot) {
   const { left, top, width, height } = region ?? DEFAULT_REGION;
   const target = {
     screen: [],
     window: ['--window', window ?? CONTENT_TITLE],
     region: [`--region=${[left, top, width, height]}`],
-  };
-  return [
-    windowsPath(join(treeDir, 'examples', 'recorder.js')),
-    ...target[mode],
-    ...['--fps', String(fps), '--encoder', encoder, '--seconds', String(seconds), '--out', windowsPath(outputDir)],
+  }[mode];
+  const record = [
+    ...['record', ...target, '--fps', String(fps), '--encoder', encoder, '--seconds', String(seconds), '--out', windowsPath(outputDir)],
     ...(audio ? ['--audio'] : []),
-    ...(screenshot ? ['--screenshot', windowsPath(screenshot)] : []),
     ...(verbose ? ['--verbose'] : []),
   ];
+  const commands = [record, ...(screenshot ? [['screenshot', windowsPath(screenshot), ...target]] : [])];
+  return commands.map((words) => [windowsPath(join(treeDir, 'lib', 'command-line', 'main.js')), ...words]);
 }
 
 function latestRecording(folder) {

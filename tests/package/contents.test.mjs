@@ -28,7 +28,7 @@ test('it has the licences of all that is in the native files', () => {
 });
 
 test('it has the types, the documentation and the examples, and nothing of the workshop', () => {
-  for (const path of ['index.d.ts', 'index.d.mts', 'README.md', 'docs/api.md', 'examples/recorder.js']) {
+  for (const path of ['index.d.ts', 'index.d.mts', 'README.md', 'docs/api.md', 'docs/recorder.md', 'recorder.d.ts']) {
     assert.ok(packed.includes(path), path);
   }
   assert.deepEqual(
@@ -68,6 +68,12 @@ test('it runs no script when it is installed', () => {
   const onInstall = ['preinstall', 'install', 'postinstall', 'prepare'].filter((name) => name in scripts);
   assert.deepEqual(onInstall, []);
   assert.ok(!existsSync(join(folder, 'binding.gyp')), 'npm would compile');
+});
+
+test('npx brisolte is its command line', () => {
+  const { status, stdout } = spawnSync('npx', ['--no-install', 'brisolte', '--help'], { cwd: project, encoding: 'utf8' });
+  assert.equal(status, 0);
+  assert.match(stdout, /^usage: brisolte list/);
 });
 
 test('elsewhere than on Windows x64 it says so when it is loaded', () => {

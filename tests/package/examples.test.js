@@ -81,35 +81,59 @@ test('screenshot.js takes a picture of the screen, or of a window', async () => 
   assert.deepEqual(pngSize(path.join(window.cwd, 'window.png')), [640, 360]);
 });
 
-test('recorder.js records for the time it is given and shows how far it is', async () => {
-  const words = ['--window', TITLE, '--fps', '15', '--encoder', 'libvpx-vp9', '--seconds', '3', '--screenshot', 'still.png'];
-  const outcome = await run([example('recorder.js'), ...words]);
+const COMMAND_LINE = path.join(packageFolder, require(path.join(packageFolder, 'package.json')).bin.brisolte);
+
+test('npx brisolte lists what there is', async () => {
+  const { output } = await run([COMMAND_LINE, 'list']);
+  for (const word of ['Monitors', '1280 x 720 at 0, 0  primary', `"${TITLE}"`, 'Microphones', 'Speakers', 'libx264']) {
+    assert.ok(output.includes(word), `${word} is not in ${output}`);
+  }
+  const lists = JSON.parse((await run([COMMAND_LINE, 'list', '--json'])).output);
+  assert.deepEqual(Object.keys(lists), ['monitors', 'windows', 'microphones', 'speakers', 'encoders']);
+});
+
+test('npx brisolte records for the time it is given and shows how far it is', async () => {
+  const words = ['record', '--window', TITLE, '--fps', '15', '--encoder', 'libvpx-vp9', '--seconds', '3'];
+  const outcome = await run([COMMAND_LINE, ...words]);
   const { video, frames } = recorded(outcome);
   assert.deepEqual([video.codec_name, video.width, video.height], ['vp9', 640, 360]);
   assert.ok(frames > 1);
-  assert.match(outcome.output, /^recording: 1 s, \d+ kB written$/m);
-  assert.deepEqual(pngSize(path.join(outcome.cwd, 'still.png')), [640, 360]);
+  assert.match(outcome.errors, /^recording 00:00:01, [\d.]+ k?B, \d/m);
+  assert.match(outcome.errors, /^stopped at its limit of time: 00:00:03, /m);
 });
 
-test('recorder.js records until it is interrupted', async () => {
+test('npx brisolte records the screen, the microphone and the speaker into the file that it is given', async (t) => {
+  await playTone(t, { endpoint: 'Speaker', frequency: 1000 });
+  const { cwd, output } = await run([COMMAND_LINE, 'record', '--audio', '--seconds', '2', '--file', 'talk.mp4']);
+  assert.equal(output.trimEnd(), path.join(cwd, 'talk.mp4'));
+  const { streams } = media.describe(path.join(cwd, 'talk.mp4'));
+  assert.deepEqual(streams.map((stream) => stream.codec_type), ['video', 'audio', 'audio']);
+});
+
+test('npx brisolte records until it is interrupted', async () => {
+  // Nobody can press Ctrl+C in a test: a console that two programs share would end both.
   const interrupt = scratchFile('js');
   fs.writeFileSync(interrupt, "setTimeout(() => process.emit('SIGINT'), 4000);");
-  const { frames } = recorded(await run(['--require', interrupt, example('recorder.js'), '--region=10,20,301,201']));
+  const { frames } = recorded(await run(['--require', interrupt, COMMAND_LINE, 'record', '--region=10,20,301,201']));
   assert.ok(frames > 1);
 });
 
-test('recorder.js says what is wrong with its arguments', async () => {
+test('npx brisolte takes a screenshot', async () => {
+  const { cwd, output } = await run([COMMAND_LINE, 'screenshot', 'still.png', '--window', TITLE]);
+  assert.equal(output.trimEnd(), path.join(cwd, 'still.png'));
+  assert.deepEqual(pngSize(path.join(cwd, 'still.png')), [640, 360]);
+});
+
+test('npx brisolte says what is wrong', async () => {
   const wrong = [
-    [['--window', 'no such window'], /no window has the title "no such window"; there are: .*"Window of the examples"/],
-    [['--region', '1,2,3'], /--region 1,2,3 is not four whole numbers/],
-    [['--fps', '500'], /Frame rate must be in the range 1-120/],
-    [['--seconds', 'x'], /--seconds x is not a length of time/],
-    [['--out', 'C:\\no such folder'], /is not a directory/],
-    [['--monitor', '9', '--seconds', '1'], /the recording did not start/],
-    [['--unknown'], /Unknown option '--unknown'/],
+    [['record', '--window', 'no such window'], 1, /There is no window with the title "no such window"; there are: .*"Window of the examples"/],
+    [['record', '--region', '1,2,3'], 2, /--region 1,2,3 is not four whole numbers/],
+    [['record', '--out', 'C:\\no such folder'], 1, /Invalid or non-existent output directory: C:\\no such folder\. Give a directory that exists\./],
+    [['record', '--monitor', '9'], 1, /The recording did not start\. Invalid monitor index: 9\./],
+    [['record', '--unknown'], 2, /Unknown option '--unknown'/],
   ];
-  for (const [words, message] of wrong) {
-    const { errors } = await run([example('recorder.js'), ...words], { exitCode: 1 });
+  for (const [words, exitCode, message] of wrong) {
+    const { errors } = await run([COMMAND_LINE, ...words], { exitCode });
     assert.match(errors, message);
   }
 });
@@ -151,14 +175,17 @@ test('electron-main.js records from its menu and shows where the file is', async
   recordings.forEach((file) => assert.equal(media.describe(file).video.codec_name, 'h264'));
 });
 
-test('the first recording of the README works as it stands there', async () => {
+test('the first recordings of the README work as they stand there', async () => {
   const readme = fs.readFileSync(path.join(packageFolder, 'README.md'), 'utf8');
-  const [, code] = readme.match(/```js\n([^]*?)```/);
-  const cwd = scratchFolder();
-  fs.mkdirSync(path.join(cwd, 'node_modules'));
-  fs.cpSync(packageFolder, path.join(cwd, 'node_modules', 'brisolte'), { recursive: true });
-  fs.writeFileSync(path.join(cwd, 'first.js'), code);
-  const { video, frames } = recorded(await run(['first.js'], { cwd }));
-  assert.deepEqual([video.codec_name, video.width, video.height], ['h264', 1280, 720]);
-  assert.ok(frames > 1);
+  const programs = [...readme.matchAll(/```js\n([^]*?)```/g)].map(([, code]) => code);
+  assert.equal(programs.length, 2);
+  for (const code of programs) {
+    const cwd = scratchFolder();
+    fs.mkdirSync(path.join(cwd, 'node_modules'));
+    fs.cpSync(packageFolder, path.join(cwd, 'node_modules', 'brisolte'), { recursive: true });
+    fs.writeFileSync(path.join(cwd, 'first.js'), code);
+    const { video, frames } = recorded(await run(['first.js'], { cwd }));
+    assert.deepEqual([video.codec_name, video.width, video.height], ['h264', 1280, 720]);
+    assert.ok(frames > 1);
+  }
 });

@@ -1,4 +1,4 @@
-// Runs in Node.js for Windows: shows something that moves, plays something to hear, and meanwhile runs a program.
+// Runs in Node.js for Windows: shows something that moves, plays something to hear, and meanwhile runs programs, one after the other.
 // node stage.cjs REQUEST.json, with the fields of the request as demo.mjs writes them.
 
 'use strict';
@@ -45,9 +45,9 @@ async function playTones() {
   }
 }
 
-/** Runs the script with its output as ours; gives its exit code. */
-function runScript() {
-  const child = spawn(process.execPath, request.script, { stdio: ['ignore', 'inherit', 'inherit'] });
+/** Runs Node.js with its output as ours; gives its exit code. */
+function runNode(words) {
+  const child = spawn(process.execPath, words, { stdio: ['ignore', 'inherit', 'inherit'] });
   return new Promise((resolve, reject) => {
     child.on('error', reject);
     child.on('exit', (code) => resolve(code ?? 1));
@@ -60,7 +60,9 @@ async function main() {
     if (request.audio) {
       await playTones();
     }
-    process.exitCode = await runScript();
+    for (const words of request.commands) {
+      process.exitCode ||= await runNode(words);
+    }
   } finally {
     started.forEach((child) => child.kill());
   }

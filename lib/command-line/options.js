@@ -1,0 +1,137 @@
+'use strict';
+
+// What is written behind `brisolte`, as what a Recorder takes.
+
+const { parseArgs } = require('node:util');
+
+const USAGE = `usage: brisolte list [--json]
+       brisolte record [options]
+       brisolte screenshot FILE [options]
+
+what to show, the first monitor unless one of these is given:
+  --monitor N            the monitor with this number or name
+  --window TITLE         the window with this title, or this number as its handle
+  --region L,T,W,H       a region: left, top, width, height
+  --no-picture           sound alone
+
+for record:
+  --file FILE            where the recording goes; without it, a file named after the time in the current folder
+  --out DIR              in place of --file: the folder
+  --overwrite            lets FILE replace one that is there
+  --microphone ID        records a microphone: its id, or default
+  --speaker ID           records what a speaker plays: its id, or default
+  --audio                records the default microphone and speaker
+  --fps N                pictures a second at most, 30 unless said otherwise
+  --encoder NAME         video encoder, libx264 unless said otherwise
+  --bitrate N            bits per second of the picture, 5000000 unless said otherwise
+  --seconds N            stops after so long; without it, at Ctrl+C
+  --bytes N              stops when the recording is so large
+  --free-bytes N         stops when the disk has less room
+  --segment-seconds N    splits the recording into files of this length
+  --segment-bytes N      splits the recording into files of this size
+  --verbose              shows the log
+
+  --json                 writes for programs: an object a line
+  --help                 shows this`;
+
+const text = { type: 'string' };
+const flag = { type: 'boolean', default: false };
+const TARGET = { monitor: text, window: text, region: text, json: flag, help: flag };
+const OPTIONS = {
+  list: { json: flag, help: flag },
+  screenshot: TARGET,
+  record: {
+    ...{ ...TARGET, 'no-picture': flag, file: text, out: text, overwrite: flag, microphone: text, speaker: text, audio: flag },
+    ...{ fps: text, encoder: text, bitrate: text, seconds: text, bytes: text, 'free-bytes': text, 'segment-seconds': text },
+    ...{ 'segment-bytes': text, verbose: flag },
+  },
+};
+
+/** Something that is wrong with what was written. */
+class UsageError extends Error {}
+
+function number(value, name) {
+  if (value === undefined) {
+    return undefined;
+  }
+  if (!/^\d+(\.\d+)?(e\d+)?$/i.test(value)) {
+    throw new UsageError(`--${name} ${value} is not a number`);
+  }
+  return Number(value);
+}
+
+const numberOrText = (value) => (/^\d+$/.test(value ?? '') ? Number(value) : value);
+
+function region(value) {
+  if (value === undefined) {
+    return undefined;
+  }
+  const numbers = value.split(',').map(Number);
+  if (numbers.length !== 4 || !numbers.every(Number.isInteger)) {
+    throw new UsageError(`--region ${value} is not four whole numbers L,T,W,H`);
+  }
+  const [left, top, width, height] = numbers;
+  return { left, top, width, height };
+}
+
+const targetOf = (values) => ({
+  monitor: numberOrText(values.monitor),
+  window: numberOrText(values.window),
+  region: region(values.region),
+});
+
+function recordingOf(values) {
+  const numbers = Object.fromEntries(
+    ['fps', 'bitrate', 'seconds', 'bytes', 'free-bytes', 'segment-seconds', 'segment-bytes'].map((name) => [name, number(values[name], name)]),
+  );
+  const otherwise = values.audio ? 'default' : undefined;
+  return {
+    ...targetOf(values),
+    picture: !values['no-picture'],
+    file: values.file,
+    directory: values.file === undefined ? (values.out ?? '.') : values.out,
+    overwrite: values.overwrite,
+    microphone: values.microphone ?? otherwise,
+    speaker: values.speaker ?? otherwise,
+    frameRate: numbers.fps,
+    encoder: values.encoder,
+    bitrate: numbers.bitrate,
+    stopAfter: { seconds: numbers.seconds, bytes: numbers.bytes, freeBytes: numbers['free-bytes'] },
+    segments: { seconds: numbers['segment-seconds'], bytes: numbers['segment-bytes'] },
+  };
+}
+
+/**
+ * @param {string[]} words behind the program's name
+ * @returns {{command: string, json: boolean, verbose: boolean, options: object, file?: string}} `command` is `help` when that was
+ *   asked for
+ * @throws {UsageError}
+ */
+function read([command, ...words]) {
+  if (command === undefined || command === '--help' || command === 'help') {
+    return { command: 'help' };
+  }
+  if (!Object.hasOwn(OPTIONS, command)) {
+    throw new UsageError(`${command} is no command; there are list, record and screenshot`);
+  }
+  const { values, positionals } = parsed(command, words);
+  const [file, ...more] = positionals;
+  if (values.help) {
+    return { command: 'help' };
+  }
+  if (more.length > 0 || (command === 'screenshot') !== (file !== undefined)) {
+    throw new UsageError(command === 'screenshot' ? 'screenshot takes the name of one file' : `${command} takes no ${file}`);
+  }
+  const options = { list: () => ({}), screenshot: targetOf, record: recordingOf }[command](values);
+  return { command, file, options, json: values.json, verbose: values.verbose ?? false };
+}
+
+function parsed(command, words) {
+  try {
+    return parseArgs({ args: words, options: OPTIONS[command], allowPositionals: true });
+  } catch ({ message }) {
+    throw new UsageError(message);
+  }
+}
+
+module.exports = { read, USAGE, UsageError };
