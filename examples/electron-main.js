@@ -1,33 +1,17 @@
 // The main process of an Electron application with a menu that starts and stops a recording:
 // npm install electron brisolte, then npx electron electron-main.js
 //
-// Load brisolte in the main process only. How to package it: docs/electron.md.
+// How to package it: docs/electron.md.
 
 'use strict';
 
 const { app, BrowserWindow, dialog, Menu, shell } = require('electron');
-const { Brisolte } = require('brisolte');
+const { Recorder } = require('brisolte/recorder');
 
 let recorder;
 
-function start() {
-  recorder.setMonitor(0);
-  recorder.setOutputDir(app.getPath('videos'));
-  if (!recorder.startRecord()) {
-    dialog.showErrorBox('Recording', 'The recording did not start.');
-  }
-  showMenu();
-}
-
-function stop() {
-  if (recorder.stopRecord()) {
-    shell.showItemInFolder(recorder.getSaveFilePath());
-  }
-  showMenu();
-}
-
 function showMenu() {
-  const running = recorder.isCapturing();
+  const running = recorder.recording;
   const recording = [
     { label: 'Start', accelerator: 'CmdOrCtrl+R', enabled: !running, click: start },
     { label: 'Stop', accelerator: 'CmdOrCtrl+S', enabled: running, click: stop },
@@ -36,12 +20,23 @@ function showMenu() {
   Menu.setApplicationMenu(Menu.buildFromTemplate([{ label: 'Recording', submenu: recording }]));
 }
 
+// What went wrong is shown by the events.
+const start = () => recorder.start().then(showMenu, showError);
+const stop = () => recorder.stop().catch(() => {});
+
+const showError = ({ message }) => dialog.showErrorBox('Recording', message);
+
 app.whenReady().then(() => {
-  recorder = new Brisolte();
+  recorder = new Recorder({ monitor: 0, directory: app.getPath('videos') });
+  recorder.on('error', showError);
+  // However it ended: by the menu, on a full disk, because the process that records died.
+  recorder.on('stop', ({ file }) => {
+    shell.showItemInFolder(file);
+    showMenu();
+  });
   showMenu();
   new BrowserWindow({ title: 'Recorder', width: 400, height: 200 });
 });
 
-// The file is complete only after stopRecord.
-app.on('before-quit', () => recorder?.stopRecord());
+// A recording that runs when the application ends is completed by the process that records.
 app.on('window-all-closed', () => app.quit());

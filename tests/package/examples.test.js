@@ -12,6 +12,7 @@ const { packageFolder } = require('../js/support/package');
 const { runNode } = require('../js/support/scenario');
 const { scratchFile, scratchFolder } = require('../js/support/scratch');
 const { playTone } = require('../js/support/sound');
+const { waitFor } = require('../js/support/wait');
 
 const TITLE = 'Window of the examples';
 const example = (name) => path.join(packageFolder, 'examples', name);
@@ -145,34 +146,40 @@ test('electron-main.js records from its menu and shows where the file is', async
   fs.copyFileSync(path.join(__dirname, 'support', 'electron.js'), path.join(modules, 'electron', 'index.js'));
   fs.cpSync(packageFolder, path.join(modules, 'brisolte'), { recursive: true });
   fs.copyFileSync(example('electron-main.js'), path.join(cwd, 'main.js'));
-  const log = scratchFile('log');
   fs.writeFileSync(
     path.join(cwd, 'user.js'),
-    `const { app, test } = require('electron');
-    const { LiveLog } = require(${JSON.stringify(path.join(__dirname, '..', 'js', 'support', 'log'))});
-    const log = new LiveLog(${JSON.stringify(log)});
+    `const fs = require('node:fs');
+    const { app, test } = require('electron');
+    const { waitFor } = require(${JSON.stringify(path.join(__dirname, '..', 'js', 'support', 'wait'))});
+    const size = (name) => fs.statSync(name, { throwIfNoEntry: false })?.size ?? 0;
     async function record() {
-      const mark = log.mark();
+      const before = fs.readdirSync('.');
       test.choose('Start');
-      await log.line('First Video frame arrived at: ', mark);
-      await new Promise((resolve) => setTimeout(resolve, 1100)); // the next recording has another name
+      await waitFor('pictures', () => fs.readdirSync('.').some((name) => !before.includes(name) && size(name) > 2000));
     }
     async function use() {
       await app.whenReady();
       await record();
       test.choose('Stop');
+      await waitFor('the file to be shown', () => test.asked.length > 0);
       await record();
       console.log(JSON.stringify(test.asked));
       app.quit();
+      process.exit();
     }
     require('./main.js');
     use();`,
   );
-  const { output, recordings } = await run(['user.js'], { cwd, log });
-  const asked = JSON.parse(output.split(/\r?\n/).find((line) => line.startsWith('[[')));
-  assert.deepEqual(asked, [['showItemInFolder', recordings[0]]]);
-  assert.equal(recordings.length, 2);
-  recordings.forEach((file) => assert.equal(media.describe(file).video.codec_name, 'h264'));
+  const { output } = await run(['user.js'], { cwd });
+  const [[what, first]] = JSON.parse(output.split(/\r?\n/).find((line) => line.startsWith('[[')));
+  assert.equal(what, 'showItemInFolder');
+  // The process that records completes the second one after the application has ended.
+  const whole = await waitFor('both recordings', () => {
+    const files = fs.readdirSync(cwd).filter((name) => name.startsWith('Qorvex-'));
+    return files.length === 2 && files.every((name) => fs.readFileSync(path.join(cwd, name)).includes('moov')) && files;
+  });
+  assert.ok(whole.includes(path.basename(first)));
+  whole.forEach((name) => assert.equal(media.describe(path.join(cwd, name)).video.codec_name, 'h264'));
 });
 
 test('the first recordings of the README work as they stand there', async () => {
