@@ -1,5 +1,6 @@
-// Measures the recorder: npm run bench [-- PART ...], with the parts encode, copies, packets, sounds, waits, sizes, growth, recordings.
+// Measures the recorder: npm run bench [-- PART ...], with the parts encode, copies, packets, sounds, waits, sizes, growth, recordings, pauses.
 
+import { pauses } from './bench/pauses.mjs';
 import { copies, encoding, growth, packets, sizes, sounds } from './bench/portable.mjs';
 import { recordings } from './bench/recordings.mjs';
 import { waits } from './bench/waits.mjs';
@@ -16,7 +17,10 @@ const PARTS = {
   sizes: [sizes, 'A frame by its size, libx264'],
   growth: [growth, 'A recording by its length, 30 frames of 160x90 a second'],
   recordings: [recordings, 'Whole recordings under Wine, 1280x720, 10 s each'],
+  pauses: [pauses, "The longest pauses of an application's event loop in each call of Recorder, under Wine"],
 };
+
+const UNDER_WINE = ['recordings', 'pauses'];
 
 await main(async () => {
   const wanted = process.argv.slice(2);
@@ -25,8 +29,10 @@ await main(async () => {
     throw new WorkshopError(`${unknown} is none of ${Object.keys(PARTS).join(', ')}`);
   }
   const names = Object.keys(PARTS).filter((name) => wanted.length === 0 || wanted.includes(name));
-  await step('Build: the measurements', () => buildTree('bench', ['bench']));
-  if (names.includes('recordings')) {
+  if (names.some((name) => !UNDER_WINE.includes(name))) {
+    await step('Build: the measurements', () => buildTree('bench', ['bench']));
+  }
+  if (names.some((name) => UNDER_WINE.includes(name))) {
     await step('Build: the module', () => buildTree('windows', ['brisolte', 'pattern', 'bare', 'standins']));
   }
   if (names.includes('waits')) {
