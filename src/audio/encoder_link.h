@@ -1,10 +1,10 @@
 #pragma once
 
 #include <cstdint>
-#include <mutex>
 #include <string>
 #include <vector>
 
+#include "common/gate.h"
 #include "encoder/encoder.h"
 
 namespace brisolte {
@@ -12,23 +12,18 @@ namespace brisolte {
 /// The way of captured sound to the encoder, which one call closes for good. Any thread may use it.
 class EncoderLink {
  public:
-  explicit EncoderLink(Encoder& encoder) : encoder_(&encoder) {}
+  explicit EncoderLink(Encoder& encoder) : gate_(encoder) {}
 
   /// Hands samples over; true when the encoder took them. False once detached.
   bool Deliver(const std::vector<std::uint8_t>& samples, const std::string& streamName) {
-    const std::scoped_lock lock(mutex_);
-    return encoder_ != nullptr && encoder_->ProcessAudioFrame(samples, streamName);
+    return gate_.Through([&](Encoder& encoder) { return encoder.ProcessAudioFrame(samples, streamName); });
   }
 
   /// When it returns, no delivery is under way or will reach the encoder.
-  void Detach() {
-    const std::scoped_lock lock(mutex_);
-    encoder_ = nullptr;
-  }
+  void Detach() { gate_.Close(); }
 
  private:
-  std::mutex mutex_;
-  Encoder* encoder_;
+  Gate<Encoder> gate_;
 };
 
 }  // namespace brisolte
