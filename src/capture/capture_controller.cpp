@@ -22,9 +22,8 @@ bool NamesDirectory(const std::string& text) {
 
 }  // namespace
 
-CaptureController::CaptureController(std::unique_ptr<RecordingParts> parts)
-    : parts_(std::move(parts)), device_(parts_->CreateGraphicsDevice()) {
-  if (device_ == nullptr) {
+CaptureController::CaptureController(std::unique_ptr<RecordingParts> parts) : parts_(std::move(parts)) {
+  if (!parts_->CreateGraphicsDevice()) {
     throw std::runtime_error("Failed to initialize Direct3D11 device");
   }
 }
@@ -34,7 +33,7 @@ CaptureController::~CaptureController() {
     const std::lock_guard guard(lock_);
     // The encoders go before the captures that may be feeding them right now.
     DetachCaptures();
-    device_.reset();
+    parts_->ReleaseGraphicsDevice();
   }
   encoders_.Clear();
   audioCapture_.reset();
@@ -194,7 +193,7 @@ std::vector<AudioDeviceInfo> CaptureController::getSpeakers() {
 
 bool CaptureController::captureScreenshot(const std::string& filePath) {
   const std::lock_guard guard(lock_);
-  return parts_->CaptureScreenshot(settings_, *device_, filePath);
+  return parts_->CaptureScreenshot(settings_, filePath);
 }
 
 }  // namespace brisolte

@@ -92,7 +92,6 @@ class CaptureController {
   std::unique_ptr<CaptureSource> videoCapture_;
   std::unique_ptr<CaptureSource> audioCapture_;
   EncoderSlots encoders_;
-  std::unique_ptr<GraphicsDevice> device_;
 };
 
 }  // namespace brisolte

@@ -12,15 +12,6 @@
 
 namespace brisolte {
 
-/// The graphics device of one controller, kept for what the platform's parts do with it.
-class GraphicsDevice {
- public:
-  GraphicsDevice() = default;
-  GraphicsDevice(const GraphicsDevice&) = delete;
-  GraphicsDevice& operator=(const GraphicsDevice&) = delete;
-  virtual ~GraphicsDevice() = default;
-};
-
 /// Everything of the platform that a controller needs. Called on the controller's thread; what is created
 /// belongs to the caller. Null means that nothing could be created; the reason is logged. Exceptions reach
 /// the controller's caller.
@@ -31,7 +22,9 @@ class RecordingParts {
   RecordingParts& operator=(const RecordingParts&) = delete;
   virtual ~RecordingParts() = default;
 
-  virtual std::unique_ptr<GraphicsDevice> CreateGraphicsDevice() = 0;
+  /// Makes the graphics device of the controller and keeps it; false when there is none.
+  virtual bool CreateGraphicsDevice() = 0;
+  virtual void ReleaseGraphicsDevice() = 0;
 
   virtual std::unique_ptr<Encoder> CreateFFmpegEncoder(const CaptureSettings& settings) = 0;
   virtual std::unique_ptr<Encoder> CreateMFEncoder(const CaptureSettings& settings) = 0;
@@ -48,8 +41,7 @@ class RecordingParts {
   virtual std::vector<AudioDeviceInfo> ListSpeakers() = 0;
 
   /// Writes a PNG of the target that `settings` names to `filePath` (UTF-8).
-  virtual bool CaptureScreenshot(const CaptureSettings& settings, GraphicsDevice& device,
-                                 const std::string& filePath) = 0;
+  virtual bool CaptureScreenshot(const CaptureSettings& settings, const std::string& filePath) = 0;
 };
 
 }  // namespace brisolte

@@ -10,7 +10,7 @@
 #include "common/hresult_failure.h"
 #include "common/logger.h"
 #include "desktop/handles.h"
-#include "video/capture_service.h"
+#include "video/confined_service.h"
 
 namespace brisolte {
 namespace {
@@ -22,53 +22,62 @@ constexpr DWORD kFrameWaitMs = 200;
 
 class ServiceItems final : public ScreenshotItems {
  public:
-  explicit ServiceItems(CaptureService& service) : service_(service) {}
+  explicit ServiceItems(ConfinedService& service) : service_(service) {}
 
   std::int32_t CreateItemForWindow(std::int64_t window) override {
-    const HRESULT found = service_.ObtainItemInterop();
-    return FAILED(found) ? found : service_.CreateItemForWindow(WindowOf(window));
+    return service_.Ask("CreateForWindow", [window](CaptureService& service) {
+      const HRESULT found = service.ObtainItemInterop();
+      return FAILED(found) ? found : service.CreateItemForWindow(WindowOf(window));
+    });
   }
   std::int32_t CreateItemForMonitor(std::int64_t monitor) override {
-    const HRESULT found = service_.ObtainItemInterop();
-    return FAILED(found) ? found : service_.CreateItemForMonitor(MonitorOf(monitor));
+    return service_.Ask("CreateForMonitor", [monitor](CaptureService& service) {
+      const HRESULT found = service.ObtainItemInterop();
+      return FAILED(found) ? found : service.CreateItemForMonitor(MonitorOf(monitor));
+    });
   }
 
  private:
-  CaptureService& service_;
+  ConfinedService& service_;
 };
 
-/// The device for the capture service; null when it cannot be had, with an ERROR line.
-ComPtr<abi::IDirect3DDevice> WrapDevice(ID3D11Device& device) {
+/// Hands the device to the capture service. False when it cannot, with an ERROR line.
+bool WrapDevice(ConfinedService& service, ID3D11Device& device) {
   const ComPtr<IDXGIDevice> dxgi = DxgiDeviceOf(device);
   if (dxgi == nullptr) {
     Logger::Error("Failed to get DXGI device");
-    return nullptr;
+    return false;
   }
-  ComPtr<abi::IDirect3DDevice> wrapped;
-  CheckResult(WrapDxgiDevice(*dxgi.Get(), wrapped), "Failed to create WinRT Direct3D device: ");
-  return wrapped;
+  return CheckResult(service.Ask("CreateDirect3D11DeviceFromDXGIDevice",
+                                 [dxgi](CaptureService& calls) { return calls.WrapDevice(*dxgi.Get()); }),
+                     "Failed to create WinRT Direct3D device: ");
 }
 
-void StartCapture(CaptureService& service, abi::IDirect3DDevice* device, PixelSize size) {
-  ThrowIfFailed(service.CreateFramePool(device, size, kPoolBuffers));
+void StartCapture(ConfinedService& service, PixelSize size) {
+  ThrowIfFailed(service.Ask("CreateFreeThreaded", [size](CaptureService& calls) {
+    return calls.CreateFramePool(size, kPoolBuffers);
+  }));
   Logger::Info("Successfully created Direct3D11CaptureFramePool");
-  ThrowIfFailed(service.CreateSession());
-  ThrowIfFailed(service.HasSession() ? S_OK : E_POINTER);
+  ThrowIfFailed(service.Ask("CreateCaptureSession", [](CaptureService& calls) {
+    const HRESULT created = calls.CreateSession();
+    return SUCCEEDED(created) && !calls.HasSession() ? E_POINTER : created;
+  }));
   Logger::Info("Successfully created capture session");
-  service.StartCapture();
+  service.Demand("StartCapture", [](CaptureService& calls) {
+    calls.StartCapture();
+    return true;
+  });
   Logger::Info("Started capture");
 }
 
-/// The frame and its surface are given back before it returns.
-bool SaveNextFrame(CaptureService& service, const Direct3D& direct3d, const std::string& filePath,
+/// The service keeps the frame until it is closed.
+bool SaveNextFrame(ConfinedService& service, const Direct3D& direct3d, const std::string& filePath,
                    const std::optional<Rectangle>& crop) {
-  const ComPtr<abi::IDirect3D11CaptureFrame> frame = service.TryGetNextFrame();
-  if (frame == nullptr) {
+  if (!service.Demand("TryGetNextFrame", &CaptureService::TakeFrame)) {
     Logger::Error("Failed to get frame");
     return false;
   }
-  ComPtr<abi::IDirect3DSurface> surface;
-  ThrowIfFailed(frame->get_Surface(surface.GetAddressOf()));
+  const auto surface = service.Demand("Direct3D11CaptureFrame.Surface", &CaptureService::FrameSurface);
   if (surface == nullptr) {
     Logger::Error("Failed to get frame surface");
     return false;
@@ -80,25 +89,32 @@ bool SaveNextFrame(CaptureService& service, const Direct3D& direct3d, const std:
   return true;
 }
 
-bool CaptureItem(CaptureService& service, const Direct3D& direct3d, const std::string& filePath,
+/// Gives everything back in order and tells of a failure. A service that does not come back keeps it, which
+/// takes nothing from the picture.
+void CloseCapture(ConfinedService& service) {
+  if (const auto closed = service.Try("Close", &CaptureService::Close)) {
+    ThrowIfFailed(*closed);
+  }
+}
+
+bool CaptureItem(ConfinedService& service, const Direct3D& direct3d, const std::string& filePath,
                  const std::optional<Rectangle>& crop) {
   Logger::Info("Processing WGC capture item...");
-  if (!service.HasItem()) {
+  if (!service.Try("HasItem", &CaptureService::HasItem).value_or(false)) {
     Logger::Error("Capture item is null");
     return false;
   }
-  const PixelSize size = service.ItemSize();
+  const PixelSize size = service.Demand("GraphicsCaptureItem.Size", &CaptureService::ItemSize);
   Logger::Info("Capture item size: " + std::to_string(size.width) + "x" + std::to_string(size.height));
-  const ComPtr<abi::IDirect3DDevice> device = WrapDevice(*direct3d.device.Get());
-  if (device == nullptr) {
+  if (!WrapDevice(service, *direct3d.device.Get())) {
     return false;
   }
-  StartCapture(service, device.Get(), size);
+  StartCapture(service, size);
   Sleep(kFrameWaitMs);
   if (!SaveNextFrame(service, direct3d, filePath, crop)) {
     return false;
   }
-  ThrowIfFailed(service.Close());
+  CloseCapture(service);
   Logger::Info("WGC capture completed");
   return true;
 }
@@ -107,7 +123,7 @@ bool CaptureItem(CaptureService& service, const Direct3D& direct3d, const std::s
 
 bool TakeScreenshot(const CaptureSettings& settings, Desktop& desktop, const Direct3D& direct3d,
                     const std::string& filePath) {
-  CaptureService service;
+  ConfinedService service;
   ServiceItems items(service);
   const auto target = CreateScreenshotItem(desktop, items, settings);
   return target && CaptureItem(service, direct3d, filePath, target->crop);

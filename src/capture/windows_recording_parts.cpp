@@ -5,17 +5,24 @@
 #include "audio/audio_capture.h"
 #include "audio/audio_devices.h"
 #include "capture/screenshot.h"
-#include "capture/windows_graphics_device.h"
 #include "encoder/ffmpeg/ffmpeg_encoder.h"
 #include "encoder/mf/mf_encoder.h"
 #include "video/create_video_capture.h"
+#include "video/graphics_device.h"
 
 namespace brisolte {
 namespace {
 
 class WindowsRecordingParts final : public RecordingParts {
  public:
-  std::unique_ptr<GraphicsDevice> CreateGraphicsDevice() override { return WindowsGraphicsDevice::Create(); }
+  bool CreateGraphicsDevice() override {
+    D3D_FEATURE_LEVEL featureLevel{};
+    return SUCCEEDED(brisolte::CreateGraphicsDevice(DriverType::kHardware, direct3d_, featureLevel));
+  }
+  void ReleaseGraphicsDevice() override {
+    direct3d_.context = nullptr;
+    direct3d_.device = nullptr;
+  }
 
   std::unique_ptr<Encoder> CreateFFmpegEncoder(const CaptureSettings& settings) override {
     return std::make_unique<FFmpegEncoder>(settings);
@@ -46,14 +53,12 @@ class WindowsRecordingParts final : public RecordingParts {
     return EnumerateAudioDevices(AudioDataFlow::kRender);
   }
 
-  bool CaptureScreenshot(const CaptureSettings& settings, GraphicsDevice& device,
-                         const std::string& filePath) override {
-    // The device is what this object itself made for the controller.
-    return TakeScreenshot(settings, *desktop_, static_cast<WindowsGraphicsDevice&>(device).direct3d(),
-                          filePath);
+  bool CaptureScreenshot(const CaptureSettings& settings, const std::string& filePath) override {
+    return TakeScreenshot(settings, *desktop_, direct3d_, filePath);
   }
 
  private:
+  Direct3D direct3d_;
   const std::unique_ptr<Desktop> desktop_ = CreateWindowsDesktop();
 };
 

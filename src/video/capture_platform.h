@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <functional>
 #include <memory>
@@ -37,17 +38,39 @@ class CapturedFrame {
   virtual void Close() = 0;
 };
 
+/// Where arrived frames are taken from. Only inside the handler that it is given to, and so are the frames.
+class FrameSource {
+ public:
+  FrameSource() = default;
+  FrameSource(const FrameSource&) = delete;
+  FrameSource& operator=(const FrameSource&) = delete;
+  virtual ~FrameSource() = default;
+
+  /// Null when there is none. Raises HResultError.
+  virtual std::unique_ptr<CapturedFrame> TryGetNextFrame() = 0;
+};
+
+/// How long the service is waited for: as long as the system lets a window not answer before it calls it
+/// hung.
+inline constexpr std::chrono::seconds kServicePatience{5};
+
+/// The ERROR line for a call of the service that did not come back in that time.
+inline std::string LeftBehindText(const std::string& call) {
+  return "Capture service does not answer, left behind: " + call;
+}
+
 /// What the video capture needs of the system, step by step: one object serves one capture and holds what the
-/// steps make. It gives everything back when destroyed, after any step; frames are destroyed before it.
+/// steps make. It gives everything back when destroyed, after any step. All operations are called on the
+/// controller's thread.
 ///
-/// Results are HRESULTs where the caller tells failures apart by them. "Raises" means HResultError. All
-/// operations are called on the controller's thread, except `TryGetNextFrame` and the frames', which are
-/// called inside the handler.
+/// Results are HRESULTs where the caller tells failures apart by them. "Raises" means HResultError. An
+/// operation that the service does not come back from has failed, with an ERROR line that names it, and so
+/// have all that follow.
 class CapturePlatform {
  public:
   /// Called for every frame that arrives, on any thread, perhaps on several at once. Does not throw; returns
   /// an HRESULT.
-  using FrameArrivedHandler = std::function<std::int32_t()>;
+  using FrameArrivedHandler = std::function<std::int32_t(FrameSource&)>;
 
   CapturePlatform() = default;
   CapturePlatform(const CapturePlatform&) = delete;
@@ -67,22 +90,21 @@ class CapturePlatform {
   virtual bool ObtainItemInterop() = 0;
   /// What tells the wrapped device from others, for the log.
   virtual std::string DeviceIdentifier() = 0;
-  virtual bool HasWrappedDevice() const = 0;
-  virtual void ReleaseWrappedDevice() = 0;
+  virtual bool HasWrappedDevice() = 0;
 
   virtual std::int32_t CreateItemForMonitor(std::int64_t monitor) = 0;
   virtual std::int32_t CreateItemForWindow(std::int64_t window) = 0;
-  virtual bool HasItem() const = 0;
+  virtual bool HasItem() = 0;
   /// Raises.
   virtual PixelSize ItemSize() = 0;
-  virtual void ReleaseItem() = 0;
 
   /// False when no pool results. Raises when the service has no pools to give.
   virtual bool CreateFramePool(PixelSize size, std::int32_t buffers) = 0;
-  /// Raises. The handler is kept until this object is destroyed, or longer by a call that is under way.
+  /// Raises. The handler is kept until this object is destroyed, or longer by a call that is under way, and
+  /// with it what frames are converted by.
   virtual void SubscribeFrameArrived(FrameArrivedHandler handler) = 0;
   virtual std::int32_t CreateSession() = 0;
-  virtual bool HasSession() const = 0;
+  virtual bool HasSession() = 0;
 
   virtual std::int32_t CreateVideoProcessorEnumerator(const CaptureGeometry& geometry,
                                                       std::int32_t frameRate) = 0;
@@ -92,10 +114,11 @@ class CapturePlatform {
 
   /// Raises.
   virtual void StartCapture() = 0;
-  /// Ends delivery and releases the session. Raises.
+  /// Ends delivery and releases the session. Raises, but not when the service does not come back: then there
+  /// is an ERROR line, and delivery ends when it does.
   virtual void CloseSession() = 0;
-  /// Null when there is none. Raises.
-  virtual std::unique_ptr<CapturedFrame> TryGetNextFrame() = 0;
+  /// Releases the item and the wrapped device.
+  virtual void ReleaseTarget() = 0;
 };
 
 }  // namespace brisolte

@@ -1,10 +1,13 @@
 #include "video/capture_service.h"
 
+#include <roapi.h>
+#include <winstring.h>
+
+#include <cwchar>
 #include <utility>
 
 #include "common/given_object.h"
 #include "common/hresult_error.h"
-#include "video/frame_arrived_handler.h"
 #include "video/query_interface.h"
 
 namespace brisolte {
@@ -14,6 +17,19 @@ using Microsoft::WRL::ComPtr;
 namespace {
 
 constexpr auto kClosed = static_cast<HRESULT>(0x80000013);  // RO_E_CLOSED, which not every SDK names
+
+template <typename Interface>
+HRESULT GetFactory(const wchar_t* className, ComPtr<Interface>& factory) {
+  HSTRING_HEADER header{};
+  HSTRING name = nullptr;  // refers to the characters and the header, so there is nothing to free
+  const auto length = static_cast<UINT32>(std::wcslen(className));
+  const HRESULT made = WindowsCreateStringReference(className, length, &header, &name);
+  return FAILED(made)
+             ? made
+             : Given(RoGetActivationFactory(name, Interface::kIid,
+                                            reinterpret_cast<void**>(factory.ReleaseAndGetAddressOf())),
+                     factory);
+}
 
 }  // namespace
 
@@ -28,6 +44,7 @@ CaptureService::~CaptureService() {
 }
 
 HRESULT CaptureService::Close() {
+  frame_ = nullptr;
   // Handler, session, pool: each ends what the next one could still deliver through it.
   if (std::exchange(subscribed_, false)) {
     pool_->remove_FrameArrived(subscription_);
@@ -40,7 +57,7 @@ HRESULT CaptureService::Close() {
 }
 
 HRESULT CaptureService::ObtainItemInterop() {
-  return activation_.GetFactory(abi::kGraphicsCaptureItemClass, interop_);
+  return GetFactory(abi::kGraphicsCaptureItemClass, interop_);
 }
 
 HRESULT CaptureService::CreateItemForMonitor(HMONITOR monitor) {
@@ -59,15 +76,16 @@ PixelSize CaptureService::ItemSize() const {
   return {size.Width, size.Height};
 }
 
-HRESULT CaptureService::CreateFramePool(abi::IDirect3DDevice* device, PixelSize size, std::int32_t buffers) {
+HRESULT CaptureService::CreateFramePool(PixelSize size, std::int32_t buffers) {
   ComPtr<abi::IDirect3D11CaptureFramePoolStatics2> factory;
-  ThrowIfFailed(activation_.GetFactory(abi::kFramePoolClass, factory));
-  return Given(factory->CreateFreeThreaded(device, abi::DirectXPixelFormat::B8G8R8A8UIntNormalized, buffers,
-                                           {size.width, size.height}, pool_.ReleaseAndGetAddressOf()),
-               pool_);
+  ThrowIfFailed(GetFactory(abi::kFramePoolClass, factory));
+  return Given(
+      factory->CreateFreeThreaded(wrapped_.Get(), abi::DirectXPixelFormat::B8G8R8A8UIntNormalized, buffers,
+                                  {size.width, size.height}, pool_.ReleaseAndGetAddressOf()),
+      pool_);
 }
 
-void CaptureService::Subscribe(CapturePlatform::FrameArrivedHandler handler) {
+void CaptureService::Subscribe(PoolHandler handler) {
   const auto object = MakeFrameArrivedHandler(std::move(handler));
   ThrowIfFailed(pool_->add_FrameArrived(object.Get(), &subscription_));
   subscribed_ = true;
@@ -91,10 +109,20 @@ void CaptureService::CloseSession() {
   }
 }
 
-ComPtr<abi::IDirect3D11CaptureFrame> CaptureService::TryGetNextFrame() {
-  ComPtr<abi::IDirect3D11CaptureFrame> frame;
-  ThrowIfFailed(pool_->TryGetNextFrame(frame.GetAddressOf()));
-  return frame;
+void CaptureService::ReleaseTarget() {
+  item_ = nullptr;
+  wrapped_ = nullptr;
+}
+
+bool CaptureService::TakeFrame() {
+  ThrowIfFailed(pool_->TryGetNextFrame(frame_.ReleaseAndGetAddressOf()));
+  return frame_ != nullptr;
+}
+
+ComPtr<abi::IDirect3DSurface> CaptureService::FrameSurface() const {
+  ComPtr<abi::IDirect3DSurface> surface;
+  ThrowIfFailed(frame_->get_Surface(surface.GetAddressOf()));
+  return surface;
 }
 
 }  // namespace brisolte

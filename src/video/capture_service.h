@@ -4,14 +4,17 @@
 
 #include <cstdint>
 
-#include "video/capture_platform.h"
+#include "video/frame_arrived_handler.h"
 #include "video/graphics_capture_abi.h"
-#include "video/winrt_activation.h"
+#include "video/graphics_device.h"
 
 namespace brisolte {
 
-/// The objects that one capture has from the capture service: item, frame pool with its handler, and session.
-/// Gives them back in the order that the service wants.
+/// The objects that one capture has from the capture service: the wrapped device, item, frame pool with its
+/// handler, session, and a frame if one was taken to keep. Gives them back in the order that the service
+/// wants.
+///
+/// All operations are called on the capture thread.
 class CaptureService {
  public:
   CaptureService() = default;
@@ -19,18 +22,21 @@ class CaptureService {
   CaptureService& operator=(const CaptureService&) = delete;
   ~CaptureService();
 
+  /// Takes the device to capture with.
+  HRESULT WrapDevice(IDXGIDevice& device) { return WrapDxgiDevice(device, wrapped_); }
+  bool HasWrappedDevice() const { return wrapped_ != nullptr; }
+
   HRESULT ObtainItemInterop();
   HRESULT CreateItemForMonitor(HMONITOR monitor);
   HRESULT CreateItemForWindow(HWND window);
   bool HasItem() const { return item_ != nullptr; }
   /// Raises HResultError.
   PixelSize ItemSize() const;
-  void ReleaseItem() { item_ = nullptr; }
 
   /// There is a pool when it succeeds. Raises HResultError when the service has no pools to give.
-  HRESULT CreateFramePool(abi::IDirect3DDevice* device, PixelSize size, std::int32_t buffers);
+  HRESULT CreateFramePool(PixelSize size, std::int32_t buffers);
   /// Raises HResultError.
-  void Subscribe(CapturePlatform::FrameArrivedHandler handler);
+  void Subscribe(PoolHandler handler);
   HRESULT CreateSession();
   bool HasSession() const { return session_ != nullptr; }
 
@@ -38,20 +44,26 @@ class CaptureService {
   void StartCapture();
   /// Ends delivery and releases the session; nothing when there is none. Raises HResultError.
   void CloseSession();
+  /// Releases the item and the wrapped device, which only the making of a session needs.
+  void ReleaseTarget();
   /// Closes and releases the session and the pool, as far as there are any. Both go whatever fails; the first
   /// failure is given.
   HRESULT Close();
-  /// Null when there is none. Raises HResultError.
-  Microsoft::WRL::ComPtr<abi::IDirect3D11CaptureFrame> TryGetNextFrame();
+
+  /// Takes the next frame and keeps it until `Close`; false when there is none. Raises HResultError.
+  bool TakeFrame();
+  /// The kept frame's surface; null when it has none. Raises HResultError.
+  Microsoft::WRL::ComPtr<abi::IDirect3DSurface> FrameSurface() const;
 
  private:
-  WinRtActivation activation_;  // first, so that what came from it goes before it
+  Microsoft::WRL::ComPtr<abi::IDirect3DDevice> wrapped_;
   Microsoft::WRL::ComPtr<abi::IGraphicsCaptureItemInterop> interop_;
   Microsoft::WRL::ComPtr<abi::IGraphicsCaptureItem> item_;
   Microsoft::WRL::ComPtr<abi::IDirect3D11CaptureFramePool> pool_;
   bool subscribed_ = false;
   abi::EventRegistrationToken subscription_{};
   Microsoft::WRL::ComPtr<abi::IGraphicsCaptureSession> session_;
+  Microsoft::WRL::ComPtr<abi::IDirect3D11CaptureFrame> frame_;
 };
 
 /// Closes an object of the capture service.

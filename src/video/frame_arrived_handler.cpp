@@ -9,7 +9,7 @@ namespace {
 
 class FrameArrivedHandler final : public RefCounted<abi::IFrameArrivedHandler> {
  public:
-  explicit FrameArrivedHandler(CapturePlatform::FrameArrivedHandler handler) : handler_(std::move(handler)) {}
+  explicit FrameArrivedHandler(PoolHandler handler) : handler_(std::move(handler)) {}
 
   HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
     // IAgileObject has no methods beyond IUnknown's, so the same pointer serves for it.
@@ -18,23 +18,25 @@ class FrameArrivedHandler final : public RefCounted<abi::IFrameArrivedHandler> {
         object);
   }
 
-  HRESULT STDMETHODCALLTYPE Invoke(abi::IDirect3D11CaptureFramePool* /*sender*/,
+  HRESULT STDMETHODCALLTYPE Invoke(abi::IDirect3D11CaptureFramePool* sender,
                                    IInspectable* /*args*/) override {
+    if (sender == nullptr) {
+      return E_POINTER;
+    }
     try {
-      return handler_();
+      return handler_(*sender);
     } catch (...) {
       return E_FAIL;
     }
   }
 
  private:
-  const CapturePlatform::FrameArrivedHandler handler_;
+  const PoolHandler handler_;
 };
 
 }  // namespace
 
-Microsoft::WRL::ComPtr<abi::IFrameArrivedHandler> MakeFrameArrivedHandler(
-    CapturePlatform::FrameArrivedHandler handler) {
+Microsoft::WRL::ComPtr<abi::IFrameArrivedHandler> MakeFrameArrivedHandler(PoolHandler handler) {
   return MakeRefCounted<FrameArrivedHandler, abi::IFrameArrivedHandler>(std::move(handler));
 }
 

@@ -10,12 +10,6 @@ constexpr double kShareOfInterval = 0.8;
 
 FramePacer::FramePacer(std::int32_t frameRate) : intervalMs_(frameRate > 0 ? 1000 / frameRate : 0) {}
 
-void FramePacer::Reset() {
-  firstFrameTimeMs_ = 0;
-  nextDueTimeMs_ = 0;
-  lastFrameTimeMs_ = 0;
-}
-
 Arrival FramePacer::Arrive(std::int64_t nowMs) {
   Arrival arrival;
   if (firstFrameTimeMs_ == 0) {

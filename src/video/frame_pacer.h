@@ -24,9 +24,6 @@ class FramePacer {
   /// `frameRate` is in frames per second; without one greater than 0 nothing is thinned out.
   explicit FramePacer(std::int32_t frameRate);
 
-  /// Forgets all frames.
-  void Reset();
-
   /// Takes the capture time of a frame, in milliseconds of any clock that does not reach the ends of its
   /// range. The time 0 counts as no frame yet, so the frame after one of that time is the first again.
   Arrival Arrive(std::int64_t nowMs);

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <atomic>
 #include <cstdint>
 #include <memory>
 
@@ -10,13 +9,12 @@
 #include "encoder/encoder.h"
 #include "video/capture_geometry.h"
 #include "video/capture_platform.h"
-#include "video/frame_gate.h"
-#include "video/frame_pacer.h"
+#include "video/frame_delivery.h"
 
 namespace brisolte {
 
 /// Turns the capture target of the settings into frames paced to the frame rate and hands them to the
-/// encoder, on the threads of the capture service, one frame at a time.
+/// encoder, on the threads of the capture service: `FrameDelivery` says who may call when.
 ///
 /// One object serves one recording: it cannot start again once stopped.
 class VideoCapture final : public CaptureSource {
@@ -34,56 +32,30 @@ class VideoCapture final : public CaptureSource {
 
   /// False when it already runs. Raises HResultError.
   bool Start() override;
-  /// Raises HResultError when the service does not end the session; it is let go of all the same.
+  /// Raises HResultError when the service refuses to end the session; it is let go of all the same.
   void Stop() override;
   void DetachEncoder() override;
 
  private:
-  using Gate = FrameGate<VideoCapture>;
-
-  /// Closes the gate also when construction ends in an exception, before anything behind it goes.
-  class GateKeeper {
-   public:
-    explicit GateKeeper(VideoCapture& capture) : gate_(std::make_shared<Gate>(capture)) {}
-    GateKeeper(const GateKeeper&) = delete;
-    GateKeeper& operator=(const GateKeeper&) = delete;
-    ~GateKeeper() { gate_->Close(); }
-
-    const std::shared_ptr<Gate>& gate() const { return gate_; }
-
-   private:
-    std::shared_ptr<Gate> gate_;
-  };
-
-  bool InitializeCaptureConfig();
+  bool RunConstructionSteps(Encoder& encoder);
+  bool InitializeCaptureConfig() const;
   bool InitializeD3D11();
   bool CreateAnyDevice();
   bool InitializeWGCDevice();
   bool CreateCaptureItem();
   bool CreateFramePool();
   bool CreateSession();
-  bool CreateConversion();
-  bool ConfigureVideoStream();
-  bool RunConstructionSteps();
-
-  std::int32_t HandleFrameArrived();
-  void OnFrameArrived();
-  void Deliver(CapturedFrame& captured, const FrameTiming& timing, std::int64_t capturedMs);
+  bool CreateVideoProcessor();
+  bool ConfigureVideoStream(Encoder& encoder);
+  void EndDelivery();
 
   bool initialized_ = false;
+  bool running_ = false;
   const CaptureSettings settings_;
   Desktop& desktop_;
   const std::unique_ptr<CapturePlatform> platform_;
   CaptureGeometry geometry_;
-  std::atomic<bool> running_{false};
-  std::atomic<std::uint64_t> triggerCount_{0};
-
-  // What the handler works with; touched inside the gate only.
-  Encoder* encoder_;
-  FramePacer pacer_;
-  std::uint32_t framesProcessed_ = 0;
-
-  const GateKeeper keeper_;
+  const std::shared_ptr<FrameDelivery> delivery_;
 };
 
 }  // namespace brisolte

@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <array>
+#include <cstdint>
 #include <exception>
 #include <string>
 
@@ -19,30 +20,20 @@ std::string SizeText(PixelSize size) {
 
 }  // namespace
 
-bool VideoCapture::RunConstructionSteps() {
-  struct Step {
-    bool (VideoCapture::*run)();
-    const char* failure;
-  };
-  constexpr std::array kSteps{
-      Step{&VideoCapture::InitializeCaptureConfig, "VideoCapture: InitializeCaptureConfig failed"},
-      Step{&VideoCapture::InitializeD3D11, "VideoCapture: InitializeD3D11 failed"},
-      Step{&VideoCapture::InitializeWGCDevice, "VideoCapture: InitializeWGCDevice failed"},
-      Step{&VideoCapture::CreateCaptureItem, "VideoCapture: CreateCaptureItem failed"},
-      Step{&VideoCapture::CreateFramePool, "VideoCapture: CreateFramePool failed"},
-      Step{&VideoCapture::ConfigureVideoStream, "VideoCapture: ConfigureVideoStream failed"},
-  };
-  return std::ranges::all_of(kSteps, [this](const Step& step) {
-    const bool done = (this->*step.run)();
+bool VideoCapture::RunConstructionSteps(Encoder& encoder) {
+  const auto step = [](bool done, const char* name) {
     if (!done) {
-      Logger::Error(step.failure);
+      Logger::Error(std::string("VideoCapture: ") + name + " failed");
     }
     return done;
-  });
+  };
+  return step(InitializeCaptureConfig(), "InitializeCaptureConfig") &&
+         step(InitializeD3D11(), "InitializeD3D11") && step(InitializeWGCDevice(), "InitializeWGCDevice") &&
+         step(CreateCaptureItem(), "CreateCaptureItem") && step(CreateFramePool(), "CreateFramePool") &&
+         step(ConfigureVideoStream(encoder), "ConfigureVideoStream");
 }
 
-// NOLINTNEXTLINE(readability-make-member-function-const): it stands in a table with steps that are not.
-bool VideoCapture::InitializeCaptureConfig() {
+bool VideoCapture::InitializeCaptureConfig() const {
   if (settings_.frameRate <= 0) {
     Logger::Error("Invalid frame rate");
     return false;
@@ -130,12 +121,9 @@ bool VideoCapture::CreateFramePool() {
     Logger::Error("Failed to create frame pool object");
     return false;
   }
-  platform_->SubscribeFrameArrived([gate = keeper_.gate()] {
-    std::int32_t result = 0;
-    gate->Through([&](VideoCapture& self) { result = self.HandleFrameArrived(); });
-    return result;
-  });
-  if (!CreateSession() || !CreateConversion()) {
+  platform_->SubscribeFrameArrived(
+      [delivery = delivery_](FrameSource& source) { return delivery->OnFrameArrived(source); });
+  if (!CreateSession() || !CreateVideoProcessor()) {
     return false;
   }
   Logger::Info("Frame pool and capture session initialized successfully");
@@ -154,19 +142,19 @@ bool VideoCapture::CreateSession() {
   return true;
 }
 
-bool VideoCapture::CreateConversion() {
+bool VideoCapture::CreateVideoProcessor() {
   return CheckResult(platform_->CreateVideoProcessorEnumerator(geometry_, settings_.frameRate),
                      "Failed to create video processor enumerator: ") &&
          CheckResult(platform_->CreateVideoProcessor(), "Failed to create video processor: ");
 }
 
-bool VideoCapture::ConfigureVideoStream() {
+bool VideoCapture::ConfigureVideoStream(Encoder& encoder) {
   const auto width = static_cast<std::uint32_t>(geometry_.frame.width);
   const auto height = static_cast<std::uint32_t>(geometry_.frame.height);
-  if (!encoder_->InitializeVideoEncoder(width, height, platform_->Device())) {
+  if (!encoder.InitializeVideoEncoder(width, height, platform_->Device())) {
     return false;
   }
-  platform_->SetOutputFormat(ConvertFFmpegPixelFormatToDXGI(encoder_->GetPixelFormat() ? 1 : 0));
+  platform_->SetOutputFormat(ConvertFFmpegPixelFormatToDXGI(encoder.GetPixelFormat() ? 1 : 0));
   return true;
 }
 

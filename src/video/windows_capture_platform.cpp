@@ -2,14 +2,14 @@
 
 #include <windows.h>
 
-#include <optional>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <utility>
 
 #include "common/hresult_error.h"
 #include "desktop/handles.h"
-#include "video/capture_service.h"
+#include "video/confined_service.h"
 #include "video/frame_converter.h"
 #include "video/graphics_device.h"
 
@@ -41,6 +41,22 @@ class WindowsCapturedFrame final : public CapturedFrame {
   MappedTexture mapping_;
 };
 
+class WindowsFrameSource final : public FrameSource {
+ public:
+  WindowsFrameSource(abi::IDirect3D11CaptureFramePool& pool, FrameConverter& converter)
+      : pool_(pool), converter_(converter) {}
+
+  std::unique_ptr<CapturedFrame> TryGetNextFrame() override {
+    ComPtr<abi::IDirect3D11CaptureFrame> frame;
+    ThrowIfFailed(pool_.TryGetNextFrame(frame.GetAddressOf()));
+    return frame == nullptr ? nullptr : std::make_unique<WindowsCapturedFrame>(std::move(frame), converter_);
+  }
+
+ private:
+  abi::IDirect3D11CaptureFramePool& pool_;
+  FrameConverter& converter_;
+};
+
 class WindowsCapturePlatform final : public CapturePlatform {
  public:
   std::int32_t CreateDevice(DriverType type, std::int32_t& featureLevel) override {
@@ -49,8 +65,12 @@ class WindowsCapturePlatform final : public CapturePlatform {
     featureLevel = level;
     return result;
   }
-  std::int32_t QueryVideoDevice() override { return graphics_.device.As(&graphics_.videoDevice); }
-  std::int32_t QueryVideoContext() override { return graphics_.context.As(&graphics_.videoContext); }
+  std::int32_t QueryVideoDevice() override {
+    return graphics_.device.As(&graphics_.videoDevice);
+  }
+  std::int32_t QueryVideoContext() override {
+    return graphics_.context.As(&graphics_.videoContext);
+  }
   ID3D11Device* Device() override { return graphics_.device.Get(); }
 
   bool WrapDevice() override {
@@ -58,34 +78,59 @@ class WindowsCapturePlatform final : public CapturePlatform {
     if (dxgi == nullptr) {
       throw std::runtime_error("Failed to get DXGI device");
     }
-    return SUCCEEDED(WrapDxgiDevice(*dxgi.Get(), wrapped_));
+    return SUCCEEDED(service_.Ask("CreateDirect3D11DeviceFromDXGIDevice", [dxgi](CaptureService& service) {
+      return service.WrapDevice(*dxgi.Get());
+    }));
   }
-  bool ObtainItemInterop() override { return SUCCEEDED(service_.ObtainItemInterop()); }
+  bool ObtainItemInterop() override {
+    return SUCCEEDED(service_.Ask("RoGetActivationFactory", &CaptureService::ObtainItemInterop));
+  }
   std::string DeviceIdentifier() override { return AdapterIdentifier(*graphics_.device.Get()); }
-  bool HasWrappedDevice() const override { return wrapped_ != nullptr; }
-  void ReleaseWrappedDevice() override { wrapped_ = nullptr; }
+  bool HasWrappedDevice() override {
+    return service_.Try("HasWrappedDevice", &CaptureService::HasWrappedDevice).value_or(false);
+  }
 
   std::int32_t CreateItemForMonitor(std::int64_t monitor) override {
-    return service_.CreateItemForMonitor(MonitorOf(monitor));
+    return service_.Ask("CreateForMonitor", [monitor](CaptureService& service) {
+      return service.CreateItemForMonitor(MonitorOf(monitor));
+    });
   }
   std::int32_t CreateItemForWindow(std::int64_t window) override {
-    return service_.CreateItemForWindow(WindowOf(window));
+    return service_.Ask("CreateForWindow", [window](CaptureService& service) {
+      return service.CreateItemForWindow(WindowOf(window));
+    });
   }
-  bool HasItem() const override { return service_.HasItem(); }
-  PixelSize ItemSize() override { return service_.ItemSize(); }
-  void ReleaseItem() override { service_.ReleaseItem(); }
+  bool HasItem() override { return service_.Try("HasItem", &CaptureService::HasItem).value_or(false); }
+  PixelSize ItemSize() override {
+    return service_.Demand("GraphicsCaptureItem.Size", &CaptureService::ItemSize);
+  }
 
   bool CreateFramePool(PixelSize size, std::int32_t buffers) override {
-    return SUCCEEDED(service_.CreateFramePool(wrapped_.Get(), size, buffers));
+    return SUCCEEDED(service_.Ask("CreateFreeThreaded", [size, buffers](CaptureService& service) {
+      return service.CreateFramePool(size, buffers);
+    }));
   }
-  void SubscribeFrameArrived(FrameArrivedHandler handler) override { service_.Subscribe(std::move(handler)); }
-  std::int32_t CreateSession() override { return service_.CreateSession(); }
-  bool HasSession() const override { return service_.HasSession(); }
+  void SubscribeFrameArrived(FrameArrivedHandler handler) override {
+    converter_ = std::make_shared<FrameConverter>(graphics_);
+    const PoolHandler take = [handler = std::move(handler), converter = converter_](auto& pool) {
+      WindowsFrameSource source(pool, *converter);
+      return handler(source);
+    };
+    service_.Demand("FrameArrived", [take](CaptureService& service) {
+      service.Subscribe(take);
+      return true;
+    });
+  }
+  std::int32_t CreateSession() override {
+    return service_.Ask("CreateCaptureSession", &CaptureService::CreateSession);
+  }
+  bool HasSession() override {
+    return service_.Try("HasSession", &CaptureService::HasSession).value_or(false);
+  }
 
   std::int32_t CreateVideoProcessorEnumerator(const CaptureGeometry& geometry,
                                               std::int32_t frameRate) override {
-    converter_.emplace(graphics_);
-    return converter_->CreateVideoProcessorEnumerator(geometry, frameRate);
+    return converter_ ? converter_->CreateVideoProcessorEnumerator(geometry, frameRate) : E_UNEXPECTED;
   }
   std::int32_t CreateVideoProcessor() override {
     return converter_ ? converter_->CreateVideoProcessor() : E_UNEXPECTED;
@@ -96,20 +141,29 @@ class WindowsCapturePlatform final : public CapturePlatform {
     }
   }
 
-  void StartCapture() override { service_.StartCapture(); }
-  void CloseSession() override { service_.CloseSession(); }
-  std::unique_ptr<CapturedFrame> TryGetNextFrame() override {
-    auto frame = service_.TryGetNextFrame();
-    return frame == nullptr || !converter_
-               ? nullptr
-               : std::make_unique<WindowsCapturedFrame>(std::move(frame), *converter_);
+  void StartCapture() override {
+    service_.Demand("StartCapture", [](CaptureService& service) {
+      service.StartCapture();
+      return true;
+    });
+  }
+  void CloseSession() override {
+    service_.Try("GraphicsCaptureSession.Close", [](CaptureService& service) {
+      service.CloseSession();
+      return true;
+    });
+  }
+  void ReleaseTarget() override {
+    service_.Try("ReleaseTarget", [](CaptureService& service) {
+      service.ReleaseTarget();
+      return true;
+    });
   }
 
  private:
   Direct3D graphics_;
-  ComPtr<abi::IDirect3DDevice> wrapped_;
-  std::optional<FrameConverter> converter_;
-  CaptureService service_;  // last, so that it goes before what it captures with
+  std::shared_ptr<FrameConverter> converter_;  // the handler's too, which may be inside when this goes
+  ConfinedService service_;                    // last, so that it goes before what it captures with
 };
 
 }  // namespace

@@ -2,9 +2,6 @@
 
 #include <windows.h>
 
-#include <fstream>
-#include <string>
-
 #include "support/exported_function.h"
 
 namespace brisolte::testing {
@@ -20,16 +17,12 @@ inline bool ServiceBecomesEmpty() {
   return count() == 0;
 }
 
-/// What calls of the stand-ins answer while it lives; they read it from this file.
-class Fault {
- public:
-  explicit Fault(const std::string& rule) { std::ofstream(kFile) << rule << "\n"; }
-  Fault(const Fault&) = delete;
-  Fault& operator=(const Fault&) = delete;
-  ~Fault() { DeleteFileA(kFile); }
-
- private:
-  static constexpr const char* kFile = R"(C:\standin-faults.txt)";
-};
+/// How often this process let go of COM after it had used the capture service, which on a real system unloads
+/// the service's library under the service's threads.
+inline long ComLetGoCount() {
+  using Count = long(WINAPI*)();
+  const HMODULE standin = GetModuleHandleW(L"capture_service.dll");
+  return standin == nullptr ? 0 : ExportedFunction<Count>(standin, "StandinComLetGoCount")();
+}
 
 }  // namespace brisolte::testing

@@ -35,6 +35,9 @@ HRESULT CaptureItem::get_Size(abi::SizeInt32* size) {
   if (size == nullptr) {
     return E_POINTER;
   }
+  if (const HRESULT admitted = home_.Admit(); FAILED(admitted)) {
+    return admitted;
+  }
   if (const auto fault = TakeFault("get_Size")) {
     return *fault;
   }
@@ -48,6 +51,9 @@ HRESULT CaptureItem::get_Size(abi::SizeInt32* size) {
 }
 
 HRESULT CaptureItem::add_Closed(abi::IClosedHandler* handler, abi::EventRegistrationToken* token) {
+  if (const HRESULT admitted = home_.Admit(); FAILED(admitted)) {
+    return admitted;
+  }
   const HRESULT added = closed_.Add(handler, token);
   const std::lock_guard lock(mutex_);
   if (SUCCEEDED(added) && !watched_) {
@@ -57,6 +63,9 @@ HRESULT CaptureItem::add_Closed(abi::IClosedHandler* handler, abi::EventRegistra
 }
 
 HRESULT CaptureItem::remove_Closed(abi::EventRegistrationToken token) {
+  if (const HRESULT admitted = home_.Admit(); FAILED(admitted)) {
+    return admitted;
+  }
   return closed_.Remove(token);
 }
 

@@ -7,6 +7,7 @@
 #include "capture/closed_handler.h"
 #include "capture/event_source.h"
 #include "capture/weak_anchor.h"
+#include "shared/apartment.h"
 
 namespace brisolte::standins {
 
@@ -39,6 +40,7 @@ class CaptureItem final : public InspectableObject<abi::IGraphicsCaptureItem, IO
   ~CaptureItem() override;
   static void Watch(const std::shared_ptr<Anchor>& anchor);
 
+  const HomeApartment home_;
   const CaptureTarget target_;
   EventSource<abi::IClosedHandler> closed_;
   std::shared_ptr<Anchor> anchor_;

@@ -1,6 +1,7 @@
 #include "capture/capture_session.h"
 
 #include "capture/capture_loop.h"
+#include "shared/apartment.h"
 #include "shared/faults.h"
 
 namespace brisolte::standins {
@@ -17,6 +18,9 @@ class CaptureSession final : public InspectableObject<abi::IGraphicsCaptureSessi
   CaptureSession& operator=(const CaptureSession&) = delete;
 
   HRESULT STDMETHODCALLTYPE StartCapture() override {
+    if (const HRESULT admitted = home_.Admit(); FAILED(admitted)) {
+      return admitted;
+    }
     if (const auto fault = TakeFault("StartCapture")) {
       return *fault;
     }
@@ -32,6 +36,9 @@ class CaptureSession final : public InspectableObject<abi::IGraphicsCaptureSessi
   }
 
   HRESULT STDMETHODCALLTYPE Close() override {
+    if (const HRESULT admitted = home_.Admit(); FAILED(admitted)) {
+      return admitted;
+    }
     if (const auto fault = TakeFault("CloseSession", "Close")) {
       return *fault;
     }
@@ -51,6 +58,7 @@ class CaptureSession final : public InspectableObject<abi::IGraphicsCaptureSessi
     }
   }
 
+  const HomeApartment home_;
   std::mutex mutex_;
   std::shared_ptr<CaptureLoop> loop_;
   bool started_ = false;

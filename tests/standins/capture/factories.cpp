@@ -4,7 +4,9 @@
 #include <string_view>
 
 #include "capture/capture_item.h"
+#include "capture/com_watch.h"
 #include "capture/frame_pool.h"
+#include "shared/apartment.h"
 #include "shared/faults.h"
 
 namespace brisolte::standins {
@@ -18,6 +20,8 @@ class ItemFactory final : public InspectableObject<IActivationFactory, abi::IGra
   HRESULT STDMETHODCALLTYPE ActivateInstance(IInspectable** /*instance*/) override { return E_NOTIMPL; }
 
   HRESULT STDMETHODCALLTYPE CreateForWindow(HWND window, REFIID iid, void** item) override {
+    // Asks the window itself when it is one of this process.
+    GetWindowTextLengthW(window);
     return Create("CreateForWindow", CaptureTarget(window), iid, item);
   }
 
@@ -31,16 +35,21 @@ class ItemFactory final : public InspectableObject<IActivationFactory, abi::IGra
   }
 
  private:
-  static HRESULT Create(std::string_view call, const CaptureTarget& target, REFIID iid, void** item) {
+  HRESULT Create(std::string_view call, const CaptureTarget& target, REFIID iid, void** item) const {
     if (item == nullptr) {
       return E_POINTER;
     }
     *item = nullptr;
+    if (const HRESULT admitted = home_.Admit(); FAILED(admitted)) {
+      return admitted;
+    }
     if (const auto fault = TakeFault(call)) {
       return *fault;
     }
     return target.Valid() ? Make<CaptureItem>(target)->QueryInterface(iid, item) : E_INVALIDARG;
   }
+
+  const HomeApartment home_;
 };
 
 class PoolFactory final
@@ -70,6 +79,9 @@ class PoolFactory final
       return E_POINTER;
     }
     *pool = nullptr;
+    if (const HRESULT admitted = home_.Admit(); FAILED(admitted)) {
+      return admitted;
+    }
     if (const auto fault = TakeFault("CreateFreeThreaded")) {
       return *fault;
     }
@@ -84,6 +96,9 @@ class PoolFactory final
                          iid == abi::IDirect3D11CaptureFramePoolStatics2::kIid;
     return statics ? TakeFault("GetFramePoolStatics") : std::nullopt;
   }
+
+ private:
+  const HomeApartment home_;
 };
 
 }  // namespace
@@ -98,6 +113,10 @@ HRESULT STDMETHODCALLTYPE DllGetActivationFactory(HSTRING className, IActivation
     return E_POINTER;
   }
   *factory = nullptr;
+  if (!standins::Apartment().exists()) {
+    return CO_E_NOTINITIALIZED;
+  }
+  standins::WatchCom();
   const std::wstring_view name = WindowsGetStringRawBuffer(className, nullptr);
   if (name == abi::kGraphicsCaptureItemClass) {
     return standins::Give<IActivationFactory>(standins::Make<standins::ItemFactory>(), factory);
@@ -115,5 +134,10 @@ HRESULT STDMETHODCALLTYPE DllCanUnloadNow() {
 /// Objects of the service that are alive: what tests look at to see that all were released.
 long StandinObjectCount() {
   return brisolte::standins::liveObjects;
+}
+
+/// How often the process let go of COM after it had used the service.
+long StandinComLetGoCount() {
+  return brisolte::standins::ComLetGoCount();
 }
 }

@@ -30,6 +30,9 @@ HRESULT FramePool::Fill(abi::IDirect3DDevice* device, abi::DirectXPixelFormat fo
 
 HRESULT FramePool::Recreate(abi::IDirect3DDevice* device, abi::DirectXPixelFormat format, INT32 buffers,
                             abi::SizeInt32 size) {
+  if (const HRESULT admitted = home_.Admit(); FAILED(admitted)) {
+    return admitted;
+  }
   if (const auto fault = TakeFault("Recreate")) {
     return *fault;
   }
@@ -52,6 +55,9 @@ HRESULT FramePool::TryGetNextFrame(abi::IDirect3D11CaptureFrame** frame) {
 }
 
 HRESULT FramePool::add_FrameArrived(abi::IFrameArrivedHandler* handler, abi::EventRegistrationToken* token) {
+  if (const HRESULT admitted = home_.Admit(); FAILED(admitted)) {
+    return admitted;
+  }
   if (const auto fault = TakeFault("add_FrameArrived")) {
     return *fault;
   }
@@ -59,6 +65,9 @@ HRESULT FramePool::add_FrameArrived(abi::IFrameArrivedHandler* handler, abi::Eve
 }
 
 HRESULT FramePool::remove_FrameArrived(abi::EventRegistrationToken token) {
+  if (const HRESULT admitted = home_.Admit(); FAILED(admitted)) {
+    return admitted;
+  }
   return frameArrived_.Remove(token);
 }
 
@@ -68,6 +77,9 @@ HRESULT FramePool::CreateCaptureSession(abi::IGraphicsCaptureItem* item,
     return E_POINTER;
   }
   *session = nullptr;
+  if (const HRESULT admitted = home_.Admit(); FAILED(admitted)) {
+    return admitted;
+  }
   if (const auto fault = TakeFault("CreateCaptureSession")) {
     return *fault;
   }
@@ -91,6 +103,9 @@ HRESULT FramePool::get_DispatcherQueue(IUnknown** queue) {
 }
 
 HRESULT FramePool::Close() {
+  if (const HRESULT admitted = home_.Admit(); FAILED(admitted)) {
+    return admitted;
+  }
   if (const auto fault = TakeFault("ClosePool", "Close")) {
     return *fault;
   }

@@ -3,6 +3,7 @@
 #include "capture/event_source.h"
 #include "capture/frame_buffers.h"
 #include "capture/weak_anchor.h"
+#include "shared/apartment.h"
 
 namespace brisolte::standins {
 
@@ -34,6 +35,7 @@ class FramePool final : public InspectableObject<abi::IDirect3D11CaptureFramePoo
  private:
   ~FramePool() override;
 
+  const HomeApartment home_;
   std::shared_ptr<FrameBuffers> buffers_;
   std::shared_ptr<Anchor> anchor_;
   EventSource<abi::IFrameArrivedHandler> frameArrived_;

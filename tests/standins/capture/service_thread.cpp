@@ -1,6 +1,5 @@
 #include "capture/service_thread.h"
 
-#include <objbase.h>
 #include <windows.h>
 
 #include <system_error>
@@ -22,12 +21,8 @@ bool KeepLoaded() {
 bool StartServiceThread(std::function<void()> work) {
   try {
     return KeepLoaded() && (std::thread([work = std::move(work)]() mutable {
-                              const HRESULT apartment = CoInitializeEx(nullptr, COINIT_MULTITHREADED);
                               work();
                               work = nullptr;
-                              if (SUCCEEDED(apartment)) {
-                                CoUninitialize();
-                              }
                             }).detach(),
                             true);
   } catch (const std::system_error&) {

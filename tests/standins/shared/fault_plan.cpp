@@ -34,11 +34,12 @@ void FaultPlan::AddLine(std::string_view line) {
   if (words.size() < 2 || words.size() % 2 != 0 || words[0].starts_with('#')) {
     return;
   }
-  const auto result = Number(words[1]);
+  const bool hangs = words[1] == "hang";
+  const auto result = hangs ? std::optional<std::uint64_t>(0) : Number(words[1]);
   if (!result) {
     return;
   }
-  Rule rule{.result = static_cast<std::int32_t>(*result)};
+  Rule rule{.fault = {hangs, static_cast<std::int32_t>(*result)}};
   for (std::size_t i = 2; i < words.size(); i += 2) {
     const auto number = Number(words[i + 1]);
     if (!number || (words[i] != "skip" && words[i] != "times")) {
@@ -49,7 +50,7 @@ void FaultPlan::AddLine(std::string_view line) {
   rules_[words[0]].push_back(rule);
 }
 
-std::optional<std::int32_t> FaultPlan::Take(std::string_view call) {
+std::optional<Fault> FaultPlan::Take(std::string_view call) {
   const auto found = rules_.find(call);
   if (found == rules_.end()) {
     return std::nullopt;
@@ -59,7 +60,7 @@ std::optional<std::int32_t> FaultPlan::Take(std::string_view call) {
       --rule.skip;
     } else if (rule.times > 0) {
       --rule.times;
-      return rule.result;
+      return rule.fault;
     }
   }
   return std::nullopt;

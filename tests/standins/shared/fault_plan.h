@@ -9,7 +9,16 @@
 
 namespace brisolte::standins {
 
-/// Which calls are to answer with which result: lines of `CALL RESULT [skip N] [times M]`.
+/// What a call does instead of what it is for.
+struct Fault {
+  bool hangs = false;       ///< it does not come back
+  std::int32_t result = 0;  ///< what it answers otherwise
+
+  friend bool operator==(const Fault&, const Fault&) = default;
+};
+
+/// Which calls are to answer with which result: lines of `CALL RESULT [skip N] [times M]`, where RESULT is a
+/// number or `hang`.
 ///
 /// A rule lets its first N calls pass and answers the next M, or all that follow when M is not given. Lines
 /// that do not read so are ignored, as are empty ones and those that start with `#`.
@@ -18,12 +27,12 @@ class FaultPlan {
   FaultPlan() = default;
   explicit FaultPlan(std::string_view text);
 
-  /// Counts one call of this name and gives the result that it is to have instead of its own.
-  std::optional<std::int32_t> Take(std::string_view call);
+  /// Counts one call of this name and gives what it is to do instead of its own work.
+  std::optional<Fault> Take(std::string_view call);
 
  private:
   struct Rule {
-    std::int32_t result = 0;
+    Fault fault;
     std::uint64_t skip = 0;
     std::uint64_t times = UINT64_MAX;
   };

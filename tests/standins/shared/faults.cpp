@@ -12,12 +12,28 @@ namespace {
 
 constexpr const wchar_t* kFaultsFile = L"C:\\standin-faults.txt";
 
+constexpr DWORD kLookEveryMs = 10;
+
 thread_local int faultsOff = 0;
 
 class FaultsFile {
  public:
   std::optional<HRESULT> Take(std::string_view call, std::string_view group) {
     const Stamp stamp = StampNow();
+    const auto fault = Find(stamp, call, group);
+    if (fault && fault->hangs) {
+      while (StampNow() == stamp) {
+        Sleep(kLookEveryMs);
+      }
+      return std::nullopt;
+    }
+    return fault ? std::optional<HRESULT>(fault->result) : std::nullopt;
+  }
+
+ private:
+  using Stamp = std::tuple<DWORD, DWORD, DWORD>;
+
+  std::optional<Fault> Find(const Stamp& stamp, std::string_view call, std::string_view group) {
     const std::lock_guard lock(mutex_);
     if (stamp != stamp_) {
       stamp_ = stamp;
@@ -25,12 +41,8 @@ class FaultsFile {
     }
     const auto own = plan_.Take(call);
     const auto shared = group.empty() ? std::nullopt : plan_.Take(group);
-    const auto result = own ? own : shared;
-    return result ? std::optional<HRESULT>(*result) : std::nullopt;
+    return own ? own : shared;
   }
-
- private:
-  using Stamp = std::tuple<DWORD, DWORD, DWORD>;
 
   static Stamp StampNow() {
     WIN32_FILE_ATTRIBUTE_DATA file{};

@@ -11,7 +11,8 @@ namespace brisolte::standins {
 /// none.
 ///
 /// The file is looked at on every call and read again when it has changed, which starts its counts anew.
-/// `group` is a second name that stands for several calls. Any thread.
+/// A call that is to hang stays in here until the file changes, and then does what it is for. `group` is a
+/// second name that stands for several calls. Any thread.
 std::optional<HRESULT> TakeFault(std::string_view call, std::string_view group = {});
 
 /// Between `false` and `true` TakeFault gives nothing on this thread: a stand-in's own work is no call of the

@@ -6,7 +6,7 @@ namespace brisolte::standins {
 
 namespace {
 
-constexpr auto kDenied = static_cast<std::int32_t>(0x80070005);
+constexpr Fault kDenied{.result = static_cast<std::int32_t>(0x80070005)};
 
 TEST(FaultPlan, AnswersNothingWithoutARule) {
   FaultPlan plan("Map 0x80070005\n");
@@ -19,15 +19,22 @@ TEST(FaultPlan, AnswersEveryCallUnlessToldOtherwise) {
   FaultPlan plan("Map 0x80070005\r\nClose 1");
   EXPECT_EQ(plan.Take("Map"), kDenied);
   EXPECT_EQ(plan.Take("Map"), kDenied);
-  EXPECT_EQ(plan.Take("Close"), 1);
+  EXPECT_EQ(plan.Take("Close"), (Fault{.result = 1}));
 }
 
 TEST(FaultPlan, SkipsAndCounts) {
   FaultPlan plan("Map 0x80070005 skip 2 times 1\nMap 7 times 1");
-  EXPECT_EQ(plan.Take("Map"), 7);
+  EXPECT_EQ(plan.Take("Map"), (Fault{.result = 7}));
   EXPECT_EQ(plan.Take("Map"), std::nullopt);
   EXPECT_EQ(plan.Take("Map"), kDenied);
   EXPECT_EQ(plan.Take("Map"), std::nullopt);
+}
+
+TEST(FaultPlan, LetsACallHang) {
+  FaultPlan plan("Close hang skip 1 times 1");
+  EXPECT_EQ(plan.Take("Close"), std::nullopt);
+  EXPECT_EQ(plan.Take("Close"), (Fault{.hangs = true}));
+  EXPECT_EQ(plan.Take("Close"), std::nullopt);
 }
 
 TEST(FaultPlan, LeavesOutWhatDoesNotReadAsARule) {

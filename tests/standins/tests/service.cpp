@@ -73,6 +73,11 @@ long LiveObjects(const wchar_t* dll) {
   return ExportedFunction<Count>(GetModuleHandleW(dll), "StandinObjectCount")();
 }
 
+long ComLetGoCount() {
+  using Count = long (*)();
+  return ExportedFunction<Count>(GetModuleHandleW(L"capture_service.dll"), "StandinComLetGoCount")();
+}
+
 Device MakeDevice() {
   Device made;
   Check(D3D11CreateDevice(nullptr, D3D_DRIVER_TYPE_HARDWARE, nullptr, D3D11_CREATE_DEVICE_BGRA_SUPPORT,

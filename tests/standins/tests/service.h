@@ -34,6 +34,9 @@ class Faults {
 /// Live objects of `capture_service.dll` or `d3d11.dll`.
 long LiveObjects(const wchar_t* dll);
 
+/// How often the process let go of COM after it had used the service.
+long ComLetGoCount();
+
 struct Device {
   ComPtr<ID3D11Device> device;
   ComPtr<ID3D11DeviceContext> context;

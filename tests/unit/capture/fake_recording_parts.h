@@ -116,24 +116,17 @@ class FakeCapture : public CaptureSource {
   const Behaviour behaviour_;
 };
 
-class FakeDevice : public GraphicsDevice {
- public:
-  explicit FakeDevice(Stage& stage) : stage_(stage) { stage_.events.emplace_back("create device"); }
-  FakeDevice(const FakeDevice&) = delete;
-  FakeDevice& operator=(const FakeDevice&) = delete;
-  ~FakeDevice() override { stage_.events.emplace_back("destroy device"); }
-
- private:
-  Stage& stage_;
-};
-
 class FakeRecordingParts : public RecordingParts {
  public:
   explicit FakeRecordingParts(Stage& stage) : stage_(stage) {}
 
-  std::unique_ptr<GraphicsDevice> CreateGraphicsDevice() override {
-    return stage_.hasDevice ? std::make_unique<FakeDevice>(stage_) : nullptr;
+  bool CreateGraphicsDevice() override {
+    if (stage_.hasDevice) {
+      stage_.events.emplace_back("create device");
+    }
+    return stage_.hasDevice;
   }
+  void ReleaseGraphicsDevice() override { stage_.events.emplace_back("destroy device"); }
   std::unique_ptr<Encoder> CreateFFmpegEncoder(const CaptureSettings& settings) override {
     return CreateEncoder(settings, "ffmpeg");
   }
@@ -154,8 +147,7 @@ class FakeRecordingParts : public RecordingParts {
   Desktop& desktop() override { return stage_.desktop; }
   std::vector<AudioDeviceInfo> ListMicrophones() override { return {{.id = "m", .name = "Microphone"}}; }
   std::vector<AudioDeviceInfo> ListSpeakers() override { return {{.id = "s", .name = "Speaker"}}; }
-  bool CaptureScreenshot(const CaptureSettings& settings, GraphicsDevice& /*device*/,
-                         const std::string& filePath) override {
+  bool CaptureScreenshot(const CaptureSettings& settings, const std::string& filePath) override {
     stage_.settings.push_back(settings);
     stage_.events.push_back("screenshot " + filePath);
     return true;

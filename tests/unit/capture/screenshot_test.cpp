@@ -7,7 +7,6 @@
 #include <string>
 #include <vector>
 
-#include "capture/windows_graphics_device.h"
 #include "common/com_apartment.h"
 #include "common/hresult_error.h"
 #include "support/apartment_state.h"
@@ -15,6 +14,7 @@
 #include "support/captured_log.h"
 #include "support/decoded_png.h"
 #include "support/painted_window.h"
+#include "support/standin_fault.h"
 #include "support/temporary_directory.h"
 
 namespace brisolte {
@@ -23,9 +23,9 @@ namespace {
 using testing::CapturedLog;
 using testing::DecodedPng;
 using testing::DecodePng;
-using testing::Fault;
 using testing::PaintedWindow;
 using testing::ServiceBecomesEmpty;
+using testing::StandinFault;
 using testing::TemporaryDirectory;
 
 /// Screenshots of a real window through the capture service.
@@ -34,15 +34,19 @@ class Screenshot : public ::testing::Test {
   Screenshot() {
     settings_.mode = CaptureMode::kWindow;
     settings_.windowHandle = window_.number();
+    D3D_FEATURE_LEVEL level{};
+    EXPECT_EQ(CreateGraphicsDevice(DriverType::kHardware, direct3d_, level), S_OK);
   }
+  void TearDown() override { EXPECT_EQ(testing::ComLetGoCount(), 0); }
 
-  bool TakeOnce() const { return TakeScreenshot(settings_, *desktop_, device_->direct3d(), path_); }
+  bool TakeOnce() const { return TakeScreenshot(settings_, *desktop_, direct3d_, path_); }
 
   /// Takes one that shows something: a busy machine may not have a frame within the service's time.
-  bool Take() const {
+  bool Take() {
     for (int i = 0; i < 100; ++i) {
       const CapturedLog log;
       const bool taken = TakeOnce();
+      said_ = log.text();
       if (taken || !log.has("[ERROR] Failed to get frame")) {
         return taken;
       }
@@ -51,7 +55,8 @@ class Screenshot : public ::testing::Test {
   }
 
   const PaintedWindow window_{{100, 80, 301, 203}};
-  const std::unique_ptr<WindowsGraphicsDevice> device_ = WindowsGraphicsDevice::Create();
+  std::string said_;  // by the log of the last screenshot
+  Direct3D direct3d_;
   const std::unique_ptr<Desktop> desktop_ = CreateWindowsDesktop();
   const TemporaryDirectory directory_;
   const std::string path_ = directory_ / "picture.png";
@@ -108,7 +113,7 @@ TEST_F(Screenshot, LeavesNothingBehindWhateverFails) {
                                           "Close"};
   for (const std::string& call : calls) {
     {
-      const Fault fault(call + " 0x80004005");
+      const StandinFault fault(call + " 0x80004005");
       const CapturedLog log;
       try {
         TakeOnce();
@@ -120,6 +125,29 @@ TEST_F(Screenshot, LeavesNothingBehindWhateverFails) {
   }
   ASSERT_TRUE(Take());
   ExpectQuarters(DecodePng(path_));
+}
+
+TEST_F(Screenshot, IsThereThoughTheServiceDoesNotEndItsCapture) {
+  {
+    const StandinFault fault("CloseSession hang");
+    EXPECT_TRUE(Take());
+    EXPECT_THAT(said_, ::testing::HasSubstr("[ERROR] Capture service does not answer, left behind: Close"));
+    ExpectQuarters(DecodePng(path_));
+  }
+  EXPECT_TRUE(ServiceBecomesEmpty()) << "when it answers after all";
+}
+
+TEST_F(Screenshot, FailsWithATextWhenTheServiceDoesNotAnswer) {
+  {
+    const StandinFault fault("CreateForWindow hang");
+    const CapturedLog log;
+    EXPECT_FALSE(TakeOnce());
+    EXPECT_TRUE(log.has("[ERROR] Capture service does not answer, left behind: CreateForWindow"));
+    EXPECT_THAT(log.text(),
+                ::testing::HasSubstr("[ERROR] Failed to create capture item: HRESULT: 0x800705b4"));
+  }
+  EXPECT_TRUE(ServiceBecomesEmpty()) << "when it answers after all";
+  EXPECT_TRUE(Take());
 }
 
 }  // namespace

@@ -89,10 +89,13 @@ struct FakeSystem {
       const std::lock_guard lock(framesMutex);
       frames.push_back(ticks);
     }
-    return handler();
+    return CallHandler();
   }
 
   std::int32_t ArriveAtMs(std::int64_t ms) { return Arrive(ms * 10'000); }
+
+  /// The handler's answer, whether there is a frame or none.
+  std::int32_t CallHandler();
 };
 
 class FakeFrame : public CapturedFrame {
@@ -136,6 +139,30 @@ class FakeFrame : public CapturedFrame {
   std::vector<std::uint8_t> pixels_ = std::vector<std::uint8_t>(8, 7);
 };
 
+class FakeFrameSource : public FrameSource {
+ public:
+  explicit FakeFrameSource(FakeSystem& system) : system_(system) {}
+
+  std::unique_ptr<CapturedFrame> TryGetNextFrame() override {
+    system_.RaiseIfTold("TryGetNextFrame");
+    const std::lock_guard lock(system_.framesMutex);
+    if (system_.frames.empty()) {
+      return nullptr;
+    }
+    const std::int64_t ticks = system_.frames.front();
+    system_.frames.pop_front();
+    return std::make_unique<FakeFrame>(system_, ticks);
+  }
+
+ private:
+  FakeSystem& system_;
+};
+
+inline std::int32_t FakeSystem::CallHandler() {
+  FakeFrameSource source(*this);
+  return handler(source);
+}
+
 class FakeCapturePlatform : public CapturePlatform {
  public:
   explicit FakeCapturePlatform(std::shared_ptr<FakeSystem> system) : system_(std::move(system)) {}
@@ -164,8 +191,7 @@ class FakeCapturePlatform : public CapturePlatform {
     return system_->Gives("interop");
   }
   std::string DeviceIdentifier() override { return "fake"; }
-  bool HasWrappedDevice() const override { return wrapped_ && system_->Gives("wrapped device for the pool"); }
-  void ReleaseWrappedDevice() override { system_->Answer("ReleaseWrappedDevice"); }
+  bool HasWrappedDevice() override { return wrapped_ && system_->Gives("wrapped device for the pool"); }
 
   std::int32_t CreateItemForMonitor(std::int64_t monitor) override {
     return MakeItem("CreateItemForMonitor", monitor);
@@ -173,13 +199,12 @@ class FakeCapturePlatform : public CapturePlatform {
   std::int32_t CreateItemForWindow(std::int64_t window) override {
     return MakeItem("CreateItemForWindow", window);
   }
-  bool HasItem() const override { return item_; }
+  bool HasItem() override { return item_; }
   PixelSize ItemSize() override {
     system_->Answer("ItemSize");
     item_ = item_ && system_->Gives("item for the pool");
     return system_->itemSize;
   }
-  void ReleaseItem() override { system_->Answer("ReleaseItem"); }
 
   bool CreateFramePool(PixelSize size, std::int32_t buffers) override {
     system_->journal.Note(std::to_string(buffers) + " buffers of " + std::to_string(size.width) + "x" +
@@ -195,7 +220,7 @@ class FakeCapturePlatform : public CapturePlatform {
     session_ = system_->Gives("session");
     return system_->Answer("CreateSession");
   }
-  bool HasSession() const override { return session_; }
+  bool HasSession() override { return session_; }
 
   std::int32_t CreateVideoProcessorEnumerator(const CaptureGeometry& geometry,
                                               std::int32_t frameRate) override {
@@ -211,16 +236,7 @@ class FakeCapturePlatform : public CapturePlatform {
 
   void StartCapture() override { system_->Answer("StartCapture"); }
   void CloseSession() override { system_->Answer("CloseSession"); }
-  std::unique_ptr<CapturedFrame> TryGetNextFrame() override {
-    system_->RaiseIfTold("TryGetNextFrame");
-    const std::lock_guard lock(system_->framesMutex);
-    if (system_->frames.empty()) {
-      return nullptr;
-    }
-    const std::int64_t ticks = system_->frames.front();
-    system_->frames.pop_front();
-    return std::make_unique<FakeFrame>(*system_, ticks);
-  }
+  void ReleaseTarget() override { system_->Answer("ReleaseTarget"); }
 
  private:
   std::int32_t MakeItem(const std::string& call, std::int64_t target) {

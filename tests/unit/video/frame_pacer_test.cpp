@@ -76,15 +76,6 @@ TEST(FramePacer, TakesTheFrameAfterOneOfTimeZeroForTheFirstAgain) {
   EXPECT_FALSE(pacer.Arrive(60).isFirst);
 }
 
-TEST(FramePacer, BeginsAnewAfterAReset) {
-  FramePacer pacer(30);
-  pacer.Arrive(5000);
-  pacer.Reset();
-  const auto first = pacer.Arrive(3000);
-  EXPECT_TRUE(first.isFirst);
-  EXPECT_EQ(first.accepted->sinceStart, 0);
-}
-
 TEST(FramePacer, HoldsForTheLargestTimesOfAClock) {
   constexpr std::int64_t kLast = 922'337'203'685'477;  // the largest number of 100 ns units, in milliseconds
   EXPECT_THAT(Accepted(30, {kLast - 60, kLast - 50, kLast}), ElementsAre(kLast - 60, kLast));

@@ -47,7 +47,7 @@ TEST_F(VideoCaptureFrames, ThatCannotBeConvertedAreClosedAndSkipped) {
 TEST_F(VideoCaptureFrames, MayBeMissing) {
   const auto capture = Running();
   const CapturedLog log;
-  EXPECT_EQ(system_->handler(), 0);
+  EXPECT_EQ(system_->CallHandler(), 0);
   EXPECT_THAT(log.lines(), ElementsAre("[WARNING] No frame available"));
 }
 
@@ -133,7 +133,7 @@ TEST_F(VideoCaptureLifecycle, StopsAndCounts) {
   system_->journal.Clear();
   const CapturedLog log;
   capture->Stop();
-  EXPECT_THAT(calls(), ElementsAre("CloseSession", "ReleaseItem", "ReleaseWrappedDevice"));
+  EXPECT_THAT(calls(), ElementsAre("CloseSession", "ReleaseTarget"));
   EXPECT_THAT(log.lines(),
               ElementsAre("[INFO] Video Capture stopped,trigger count 3 , total frames processed: 2"));
 }
@@ -170,7 +170,7 @@ TEST_F(VideoCaptureLifecycle, RaisesAStopThatFailsButNotFromItsDestructor) {
 
 TEST_F(VideoCaptureLifecycle, StopsWhenDestroyedAndTakesNoCallAfterwards) {
   Running().reset();
-  EXPECT_THAT(calls(), ElementsAre("CloseSession", "ReleaseItem", "ReleaseWrappedDevice", "platform gone"));
+  EXPECT_THAT(calls(), ElementsAre("CloseSession", "ReleaseTarget", "platform gone"));
   system_->journal.Clear();
   EXPECT_EQ(system_->ArriveAtMs(5000), 0);
   EXPECT_THAT(calls(), IsEmpty());

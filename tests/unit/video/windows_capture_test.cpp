@@ -5,12 +5,14 @@
 #include <stdexcept>
 #include <thread>
 
+#include "common/com_apartment.h"
 #include "common/hresult_error.h"
 #include "keeping_encoder.h"
 #include "support/capture_standin.h"
 #include "support/captured_log.h"
 #include "support/painted_window.h"
 #include "support/standin_fault.h"
+#include "support/test_window.h"
 #include "video/create_video_capture.h"
 
 namespace brisolte::testing {
@@ -50,6 +52,7 @@ class WindowsCapture : public ::testing::Test {
     settings_.frameRate = 1000;
   }
   ~WindowsCapture() override { Logger::SetLevel(LogLevel::kInfo); }
+  void TearDown() override { EXPECT_EQ(ComLetGoCount(), 0); }
 
   /// A capture of `settings_` that runs.
   std::unique_ptr<CaptureSource> Running(KeepingEncoder& encoder) {
@@ -253,6 +256,31 @@ TEST_F(WindowsCapture, WorksOnThreadsOfAnyApartment) {
   }
 }
 
+TEST_F(WindowsCapture, WorksOnAThreadThatChangesItsApartment) {
+  const auto run = [&] {
+    KeepingEncoder encoder(true);
+    const auto capture = CreateVideoCapture(settings_, encoder, *desktop_);
+    // What the recording of sound does between the making of a session and its start.
+    const ComApartment sound(COINIT_APARTMENTTHREADED);
+    EXPECT_TRUE(SUCCEEDED(sound.result()));
+    EXPECT_TRUE(capture->initialized() && capture->Start());
+    const int width = encoder.WaitForFrame().width;
+    capture->Stop();
+    return width;
+  };
+  EXPECT_EQ(std::async(std::launch::async, run).get(), GetSystemMetrics(SM_CXSCREEN));
+}
+
+TEST_F(WindowsCapture, ShowsAWindowOfItsOwnThread) {
+  // The service asks it for its title, which this thread has to answer while it waits for the service.
+  const TestWindow window(L"own", {100, 80, 300, 200});
+  settings_.mode = CaptureMode::kWindow;
+  settings_.windowHandle = window.number();
+  KeepingEncoder encoder(true);
+  const CapturedLog log(LogLevel::kWarn);
+  EXPECT_TRUE(CreateVideoCapture(settings_, encoder, *desktop_)->initialized()) << log.text();
+}
+
 TEST_F(WindowsCapture, LeavesNothingBehind) {
   KeepingEncoder encoder(true);
   auto capture = Running(encoder);
@@ -272,6 +300,48 @@ TEST_F(WindowsCapture, RefusesARegionOutside) {
 }
 
 class WindowsCaptureFaults : public WindowsCapture {};
+
+TEST_F(WindowsCaptureFaults, OfAServiceThatDoesNotEndTheSessionEndTheCaptureAllTheSame) {
+  const std::string left =
+      "[ERROR] Capture service does not answer, left behind: GraphicsCaptureSession.Close";
+  KeepingEncoder encoder(true);
+  {
+    auto capture = Running(encoder);
+    encoder.WaitForFrame();
+    const StandinFault fault("CloseSession hang times 1");
+    const CapturedLog log;
+    capture->Stop();
+    EXPECT_TRUE(log.has(left));
+    EXPECT_THAT(log.text(), HasSubstr("[INFO] Video Capture stopped,trigger count "));
+    capture.reset();
+    KeepingEncoder next(true);
+    capture = Running(next);
+    EXPECT_EQ(next.WaitForFrame().width, GetSystemMetrics(SM_CXSCREEN));
+    capture->Stop();
+    EXPECT_EQ(log.count(left), 1);
+  }
+  EXPECT_TRUE(ServiceBecomesEmpty()) << "when it answers after all";
+}
+
+TEST_F(WindowsCaptureFaults, OfAServiceThatDoesNotAnswerAreNamed) {
+  {
+    const StandinFault fault("CreateForMonitor hang");
+    KeepingEncoder encoder(true);
+    const CapturedLog log(LogLevel::kWarn);
+    EXPECT_FALSE(CreateVideoCapture(settings_, encoder, *desktop_)->initialized());
+    EXPECT_TRUE(log.has("[ERROR] Capture service does not answer, left behind: CreateForMonitor"));
+    EXPECT_THAT(log.text(), HasSubstr("Failed to create monitor videoCapture item: HRESULT: 0x800705b4"));
+  }
+  {
+    KeepingEncoder encoder(true);
+    const auto capture = CreateVideoCapture(settings_, encoder, *desktop_);
+    const StandinFault fault("StartCapture hang");
+    const CapturedLog log(LogLevel::kWarn);
+    EXPECT_THROW(capture->Start(), HResultError);
+    EXPECT_TRUE(log.has("[ERROR] Capture service does not answer, left behind: StartCapture"));
+  }
+  EXPECT_TRUE(ServiceBecomesEmpty()) << "when it answers after all";
+}
 
 TEST_F(WindowsCaptureFaults, OfConstructionAreNamed) {
   const std::vector<std::pair<std::string, std::string>> cases{

@@ -1,0 +1,89 @@
+#include "capture/com_watch.h"
+
+#include <objbase.h>
+
+#include <atomic>
+#include <cstdio>
+#include <thread>
+
+#include "shared/apartment.h"
+#include "shared/com_object.h"
+
+namespace brisolte::standins {
+
+namespace {
+
+constexpr CLSID kWatchClass{0x5B0F7D62, 0x3D4C, 0x4E19, {0x8C, 0x21, 0x6A, 0x0E, 0x97, 0x5F, 0xD3, 0x44}};
+
+std::atomic<bool> watching{false};
+std::atomic<bool> inMultithreaded{false};  // where the watcher is registered
+std::atomic<long> letGo{0};
+
+/// Whether any thread of the process keeps the multithreaded apartment, seen by one that has nothing to do
+/// with COM.
+bool MultithreadedApartmentExists() {
+  bool exists = false;
+  std::thread([&exists] {
+    APTTYPE type{};
+    APTTYPEQUALIFIER qualifier{};
+    exists = SUCCEEDED(CoGetApartmentType(&type, &qualifier));
+  }).join();
+  return exists;
+}
+
+/// Registered as a class, it is released by COM itself when the apartment that it was registered in ends.
+class Watcher final : public IClassFactory {
+ public:
+  HRESULT STDMETHODCALLTYPE QueryInterface(REFIID iid, void** object) override {
+    if (iid != IID_IUnknown && iid != IID_IClassFactory) {
+      *object = nullptr;
+      return E_NOINTERFACE;
+    }
+    AddRef();
+    *object = static_cast<IClassFactory*>(this);
+    return S_OK;
+  }
+  ULONG STDMETHODCALLTYPE AddRef() override { return ++references_; }
+  ULONG STDMETHODCALLTYPE Release() override {
+    const ULONG left = --references_;
+    if (left == 0) {
+      watching = false;
+      // Asked only at the end of a single-threaded one: COM may hold a lock at the end of the other.
+      if (inMultithreaded || !MultithreadedApartmentExists()) {
+        ++letGo;
+        std::fputs("standin: the process let go of COM, which unloads the service under its threads\n",
+                   stderr);
+        std::fflush(stderr);
+      }
+    }
+    return left;
+  }
+  HRESULT STDMETHODCALLTYPE CreateInstance(IUnknown* /*outer*/, REFIID /*iid*/, void** /*object*/) override {
+    return E_NOTIMPL;
+  }
+  HRESULT STDMETHODCALLTYPE LockServer(BOOL /*lock*/) override { return S_OK; }
+
+ private:
+  std::atomic<ULONG> references_{0};
+};
+
+}  // namespace
+
+void WatchCom() {
+  static Watcher watcher;
+  if (watching.exchange(true)) {
+    return;
+  }
+  inMultithreaded = Apartment().isMultithreaded();
+  DWORD cookie = 0;
+  if (FAILED(
+          CoRegisterClassObject(kWatchClass, &watcher, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &cookie))) {
+    watching = false;
+  }
+}
+
+long ComLetGoCount() {
+  return letGo;
+}
+
+}  // namespace brisolte::standins
