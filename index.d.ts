@@ -188,8 +188,9 @@ export class Brisolte {
   setWindow(handle: number): boolean;
 
   /**
-   * Records a region of the monitor that was set. Sets the mode to 2. What lies beyond the monitor is black; with a width
-   * or a height of 0 or less the size is the monitor's.
+   * Records a region of the monitor that was set, or, when that shows nothing of it, of the monitor that shows most of
+   * it. Sets the mode to 2. What lies beyond the monitor is black; with a width or a height of 0 or less the monitor that
+   * was set is recorded whole.
    *
    * @param region in desktop coordinates, as monitors' rectangles are
    * @returns `false` while a recording runs

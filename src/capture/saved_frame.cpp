@@ -2,6 +2,7 @@
 
 #include "capture/image_area.h"
 #include "capture/png_file.h"
+#include "common/given_object.h"
 #include "common/hresult_failure.h"
 #include "common/logger.h"
 #include "video/mapped_texture.h"
@@ -14,10 +15,12 @@ using Microsoft::WRL::ComPtr;
 
 HRESULT FindTexture(abi::IDirect3DSurface& surface, ComPtr<ID3D11Texture2D>& texture) {
   ComPtr<abi::IDirect3DDxgiInterfaceAccess> access;
-  const HRESULT found = QueryByIid(&surface, access);
-  return FAILED(found) ? found
-                       : access->GetInterface(__uuidof(ID3D11Texture2D),
-                                              reinterpret_cast<void**>(texture.ReleaseAndGetAddressOf()));
+  const HRESULT found = Given(QueryByIid(&surface, access), access);
+  return FAILED(found)
+             ? found
+             : Given(access->GetInterface(__uuidof(ID3D11Texture2D),
+                                          reinterpret_cast<void**>(texture.ReleaseAndGetAddressOf())),
+                     texture);
 }
 
 /// Copies the texture to where the processor can read it.
@@ -29,8 +32,9 @@ bool MapCopy(const Direct3D& direct3d, ID3D11Texture2D* texture, D3D11_TEXTURE2D
   description.BindFlags = 0;
   description.MiscFlags = 0;
   ComPtr<ID3D11Texture2D> staging;
-  if (!CheckResult(direct3d.device->CreateTexture2D(&description, nullptr, staging.GetAddressOf()),
-                   "Failed to create staging texture: ")) {
+  if (!CheckResult(
+          Given(direct3d.device->CreateTexture2D(&description, nullptr, staging.GetAddressOf()), staging),
+          "Failed to create staging texture: ")) {
     return false;
   }
   direct3d.context->CopyResource(staging.Get(), texture);

@@ -5,6 +5,7 @@
 #include "audio/audio_capture.h"
 #include "audio/audio_devices.h"
 #include "capture/screenshot.h"
+#include "common/logger.h"
 #include "encoder/ffmpeg/ffmpeg_encoder.h"
 #include "encoder/mf/mf_encoder.h"
 #include "video/create_video_capture.h"
@@ -54,6 +55,13 @@ class WindowsRecordingParts final : public RecordingParts {
   }
 
   bool CaptureScreenshot(const CaptureSettings& settings, const std::string& filePath) override {
+    // A driver that was exchanged or has crashed took its devices with it, for good.
+    if (direct3d_.device == nullptr || direct3d_.device->GetDeviceRemovedReason() != S_OK) {
+      if (!CreateGraphicsDevice()) {
+        Logger::Error("Failed to initialize Direct3D11 device");
+        return false;
+      }
+    }
     return TakeScreenshot(settings, *desktop_, direct3d_, filePath);
   }
 

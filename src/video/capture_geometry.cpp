@@ -28,6 +28,17 @@ Extent RegionExtent(std::int32_t item, std::int32_t monitorStart, std::int32_t s
   return {RoundUpToEven(origin + frame), frame, origin, origin < item && origin + length > 0};
 }
 
+/// How much of a length two ranges have in common.
+std::int64_t SharedLength(std::int64_t start, std::int64_t end, std::int64_t otherStart,
+                          std::int64_t otherEnd) {
+  return std::max(std::min(end, otherEnd) - std::max(start, otherStart), std::int64_t{0});
+}
+
+std::int64_t SharedArea(const Rectangle& monitor, const CaptureRegion& region) {
+  return SharedLength(monitor.left, monitor.right, region.left, std::int64_t{region.left} + region.width) *
+         SharedLength(monitor.top, monitor.bottom, region.top, std::int64_t{region.top} + region.height);
+}
+
 GeometryResult Combine(const Extent& x, const Extent& y) {
   if (!x.supported() || !y.supported()) {
     return {{}, "Capture size is not supported: " + std::to_string(x.frame) + "x" + std::to_string(y.frame)};
@@ -62,6 +73,16 @@ std::int64_t RoundUpToEven(std::int64_t n) {
 
 bool ShowsRegion(const CaptureSettings& settings) {
   return settings.mode == CaptureMode::kRegion && settings.region.width > 0 && settings.region.height > 0;
+}
+
+const MonitorEntry& MonitorForRegion(const std::vector<MonitorEntry>& monitors, const MonitorEntry& preferred,
+                                     const CaptureRegion& region) {
+  if (SharedArea(preferred.rect, region) > 0) {
+    return preferred;
+  }
+  const auto area = [&](const MonitorEntry& monitor) { return SharedArea(monitor.rect, region); };
+  const auto most = std::ranges::max_element(monitors, {}, area);
+  return most != monitors.end() && area(*most) > 0 ? *most : preferred;
 }
 
 GeometryResult WholeItemGeometry(PixelSize item) {

@@ -2,8 +2,10 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include "capture/capture_settings.h"
+#include "desktop/monitors.h"
 #include "desktop/rectangle.h"
 
 namespace brisolte {
@@ -29,6 +31,11 @@ std::int64_t RoundUpToEven(std::int64_t n);
 
 /// Whether the settings ask for a part of a monitor.
 bool ShowsRegion(const CaptureSettings& settings);
+
+/// The monitor to record a region of: `preferred` when it shows any of the region, else the one that shows
+/// most of it, and `preferred` again when none does.
+const MonitorEntry& MonitorForRegion(const std::vector<MonitorEntry>& monitors, const MonitorEntry& preferred,
+                                     const CaptureRegion& region);
 
 /// Frames that show all of a captured item of this size.
 GeometryResult WholeItemGeometry(PixelSize item);

@@ -109,6 +109,8 @@ class CapturePlatform {
   virtual std::int32_t CreateVideoProcessorEnumerator(const CaptureGeometry& geometry,
                                                       std::int32_t frameRate) = 0;
   virtual std::int32_t CreateVideoProcessor() = 0;
+  /// In place of the two, where there is no video processor.
+  virtual void ConvertOnCpu(const CaptureGeometry& geometry) = 0;
   /// What frames are converted to; told once, before frames arrive.
   virtual void SetOutputFormat(DxgiFormat format) = 0;
 

@@ -11,12 +11,15 @@ namespace {
 constexpr std::int32_t kRepairMs = 100;
 
 std::optional<CaptureTarget> CreateMonitorItem(Desktop& desktop, CapturePlatform& platform,
-                                               std::int32_t monitorIndex) {
+                                               const CaptureSettings& settings) {
   const auto monitors = desktop.Monitors();
-  const MonitorEntry* monitor = FindMonitor(monitors, monitorIndex);
+  const MonitorEntry* monitor = FindMonitor(monitors, settings.monitorIndex);
   if (monitor == nullptr) {
-    Logger::Error("Invalid monitor index: " + std::to_string(monitorIndex));
+    Logger::Error("Invalid monitor index: " + std::to_string(settings.monitorIndex));
     return std::nullopt;
+  }
+  if (ShowsRegion(settings)) {
+    monitor = &MonitorForRegion(monitors, *monitor, settings.region);
   }
   const std::int64_t handle = desktop.MonitorFromPoint(monitor->rect.centre());
   if (handle == 0) {
@@ -82,7 +85,7 @@ std::optional<CaptureTarget> CreateTargetItem(Desktop& desktop, CapturePlatform&
   switch (settings.mode) {
     case CaptureMode::kScreen:
     case CaptureMode::kRegion:
-      return CreateMonitorItem(desktop, platform, settings.monitorIndex);
+      return CreateMonitorItem(desktop, platform, settings);
     case CaptureMode::kWindow:
       return CreateWindowItem(desktop, platform, settings.windowHandle);
     case CaptureMode::kNone:

@@ -2,10 +2,13 @@
 
 #include <array>
 
+#include "common/given_object.h"
+
 namespace brisolte {
 
 HRESULT FrameCanvas::Adopt(ID3D11Device& device, ID3D11Texture2D* texture) {
-  const HRESULT result = device.CreateRenderTargetView(texture, nullptr, target_.ReleaseAndGetAddressOf());
+  const HRESULT result =
+      Given(device.CreateRenderTargetView(texture, nullptr, target_.ReleaseAndGetAddressOf()), target_);
   texture_ = SUCCEEDED(result) ? texture : nullptr;
   drawn_.reset();
   return result;

@@ -3,6 +3,7 @@
 #include <exception>
 #include <string>
 
+#include "common/given_object.h"
 #include "common/hresult_error.h"
 #include "common/hresult_failure.h"
 #include "common/logger.h"
@@ -16,9 +17,9 @@ using Microsoft::WRL::ComPtr;
 /// The texture behind a captured frame; null when it cannot be had, with an ERROR line.
 ComPtr<ID3D11Texture2D> CapturedTexture(abi::IDirect3D11CaptureFrame& captured) {
   ComPtr<abi::IDirect3DSurface> surface;
-  ThrowIfFailed(captured.get_Surface(surface.GetAddressOf()));
+  ThrowIfFailed(Given(captured.get_Surface(surface.GetAddressOf()), surface));
   ComPtr<abi::IDirect3DDxgiInterfaceAccess> access;
-  if (FAILED(QueryByIid(surface.Get(), access))) {
+  if (FAILED(Given(QueryByIid(surface.Get(), access), access))) {
     Logger::Error("Failed to get IDirect3DDxgiInterfaceAccess interface");
     return nullptr;
   }
@@ -26,10 +27,12 @@ ComPtr<ID3D11Texture2D> CapturedTexture(abi::IDirect3D11CaptureFrame& captured) 
   DXGI_SURFACE_DESC description{};
   ComPtr<ID3D11Texture2D> texture;
   const bool got =
-      CheckResult(access->GetInterface(__uuidof(IDXGISurface), reinterpret_cast<void**>(dxgi.GetAddressOf())),
-                  "Failed to get DXGI surface: ") &&
+      CheckResult(
+          Given(access->GetInterface(__uuidof(IDXGISurface), reinterpret_cast<void**>(dxgi.GetAddressOf())),
+                dxgi),
+          "Failed to get DXGI surface: ") &&
       CheckResult(dxgi->GetDesc(&description), "Failed to get DXGI surface description: ") &&
-      CheckResult(dxgi.As(&texture), "Failed to get capture texture: ");
+      CheckResult(Given(dxgi.As(&texture), texture), "Failed to get capture texture: ");
   return got ? texture : nullptr;
 }
 
@@ -58,6 +61,19 @@ HRESULT FrameConverter::CreateVideoProcessorEnumerator(const CaptureGeometry& ge
   return processor_.CreateEnumerator(geometry, frameRate);
 }
 
+void FrameConverter::UseCpu(const CaptureGeometry& geometry) {
+  geometry_ = geometry;
+  usesCpu_ = true;
+}
+
+void FrameConverter::SetOutputFormat(DxgiFormat format) {
+  if (usesCpu_ && format == DxgiFormat::kNv12) {
+    cpu_.emplace(geometry_.frame);
+    format = DxgiFormat::kB8G8R8A8Unorm;
+  }
+  outputFormat_ = static_cast<DXGI_FORMAT>(format);
+}
+
 bool FrameConverter::SurfaceFromFrame(abi::IDirect3D11CaptureFrame& captured, const FrameTiming& timing,
                                       VideoFrame& frame, MappedTexture& mapping) {
   try {
@@ -67,6 +83,9 @@ bool FrameConverter::SurfaceFromFrame(abi::IDirect3D11CaptureFrame& captured, co
     const D3D11_MAPPED_SUBRESOURCE& pixels = mapping.pixels();
     frame.texture = NewReference(shared_);
     frame.pixels = {static_cast<const std::uint8_t*>(pixels.pData), pixels.RowPitch, pixels.DepthPitch};
+    if (cpu_) {
+      frame.pixels = cpu_->Convert(frame.pixels);
+    }
     frame.timestamp = timing.sinceStart;
     frame.duration = timing.sinceLast;
     frame.mapped = true;
@@ -111,10 +130,22 @@ bool FrameConverter::CreateTextures() {
   return staging_ != nullptr || CheckResult(CreateStagingTexture(), "Failed to create staging texture: ");
 }
 
+HRESULT FrameConverter::CreateTexture(const D3D11_TEXTURE2D_DESC& description,
+                                      ComPtr<ID3D11Texture2D>& texture) const {
+  return Given(graphics_.device->CreateTexture2D(&description, nullptr, texture.ReleaseAndGetAddressOf()),
+               texture);
+}
+
 HRESULT FrameConverter::CreateSharedTexture() {
   D3D11_TEXTURE2D_DESC description = TextureOf(geometry_.frame, outputFormat_);
   description.MiscFlags = D3D11_RESOURCE_MISC_SHARED;
-  return graphics_.device->CreateTexture2D(&description, nullptr, shared_.ReleaseAndGetAddressOf());
+  const HRESULT result = CreateTexture(description, shared_);
+  if (result != E_INVALIDARG) {
+    return result;
+  }
+  // So answer drivers that cannot share NV12. Nothing of ours opens the share.
+  description.MiscFlags = 0;
+  return CreateTexture(description, shared_);
 }
 
 HRESULT FrameConverter::CreateStagingTexture() {
@@ -122,7 +153,7 @@ HRESULT FrameConverter::CreateStagingTexture() {
   description.Usage = D3D11_USAGE_STAGING;
   description.BindFlags = 0;
   description.CPUAccessFlags = D3D11_CPU_ACCESS_READ;
-  return graphics_.device->CreateTexture2D(&description, nullptr, staging_.ReleaseAndGetAddressOf());
+  return CreateTexture(description, staging_);
 }
 
 /// The canvas is the shared texture itself where frames stay packed, else a texture before the conversion.
@@ -132,7 +163,7 @@ HRESULT FrameConverter::CreateCanvas(DXGI_FORMAT captured) {
   }
   const D3D11_TEXTURE2D_DESC description = TextureOf(geometry_.frame, captured);
   ComPtr<ID3D11Texture2D> texture;
-  const HRESULT result = graphics_.device->CreateTexture2D(&description, nullptr, texture.GetAddressOf());
+  const HRESULT result = CreateTexture(description, texture);
   return FAILED(result) ? result : canvas_.Adopt(*graphics_.device.Get(), texture.Get());
 }
 

@@ -3,12 +3,15 @@
 #include <d3d11.h>
 #include <wrl/client.h>
 
+#include <optional>
+
 #include "encoder/video_frame.h"
 #include "video/frame_canvas.h"
 #include "video/frame_pacer.h"
 #include "video/graphics_capture_abi.h"
 #include "video/graphics_device.h"
 #include "video/mapped_texture.h"
+#include "video/nv12_converter.h"
 #include "video/pixel_format.h"
 #include "video/video_processor.h"
 
@@ -22,7 +25,9 @@ class FrameConverter {
 
   HRESULT CreateVideoProcessorEnumerator(const CaptureGeometry& geometry, std::int32_t frameRate);
   HRESULT CreateVideoProcessor() { return processor_.CreateProcessor(); }
-  void SetOutputFormat(DxgiFormat format) { outputFormat_ = static_cast<DXGI_FORMAT>(format); }
+  /// Converts on the CPU from now on, in place of the video processor. Before `SetOutputFormat`.
+  void UseCpu(const CaptureGeometry& geometry);
+  void SetOutputFormat(DxgiFormat format);
 
   /// Fills `frame`, whose pixels `mapping` then holds. No mapping of an earlier frame may be left. False when
   /// it cannot, with an ERROR line.
@@ -32,6 +37,8 @@ class FrameConverter {
  private:
   bool Convert(abi::IDirect3D11CaptureFrame& captured, MappedTexture& mapping);
   bool CreateTextures();
+  HRESULT CreateTexture(const D3D11_TEXTURE2D_DESC& description,
+                        Microsoft::WRL::ComPtr<ID3D11Texture2D>& texture) const;
   HRESULT CreateSharedTexture();
   HRESULT CreateStagingTexture();
   HRESULT CreateCanvas(DXGI_FORMAT captured);
@@ -40,7 +47,9 @@ class FrameConverter {
   Direct3D graphics_;
   VideoProcessor processor_;
   CaptureGeometry geometry_;
-  DXGI_FORMAT outputFormat_ = DXGI_FORMAT_UNKNOWN;
+  DXGI_FORMAT outputFormat_ = DXGI_FORMAT_UNKNOWN;  ///< of the textures
+  bool usesCpu_ = false;
+  std::optional<Nv12Converter> cpu_;  ///< of what the textures hold, when the encoder wants something else
   Microsoft::WRL::ComPtr<ID3D11Texture2D> shared_;
   Microsoft::WRL::ComPtr<ID3D11Texture2D> staging_;
   FrameCanvas canvas_;

@@ -5,6 +5,9 @@
 #include <array>
 #include <cstdio>
 
+#include "common/given_object.h"
+#include "common/logger.h"
+#include "common/text.h"
 #include "video/query_interface.h"
 
 namespace brisolte {
@@ -28,6 +31,16 @@ WrapFunction FindWrapFunction() {
   return reinterpret_cast<WrapFunction>(function);
 }
 
+void ProtectContext(const Direct3D& graphics) {
+  ComPtr<ID3D11Multithread> threads;
+  const HRESULT found = Given(graphics.context.As(&threads), threads);
+  if (SUCCEEDED(found)) {
+    threads->SetMultithreadProtected(TRUE);
+  } else {
+    Logger::Warning("D3D11 context is not protected against use by several threads: " + HResultText(found));
+  }
+}
+
 }  // namespace
 
 HRESULT CreateGraphicsDevice(DriverType type, Direct3D& graphics, D3D_FEATURE_LEVEL& featureLevel) {
@@ -35,11 +48,11 @@ HRESULT CreateGraphicsDevice(DriverType type, Direct3D& graphics, D3D_FEATURE_LE
       nullptr, static_cast<D3D_DRIVER_TYPE>(type), nullptr, D3D11_CREATE_DEVICE_BGRA_SUPPORT,
       kFeatureLevels.data(), static_cast<UINT>(kFeatureLevels.size()), D3D11_SDK_VERSION,
       graphics.device.ReleaseAndGetAddressOf(), &featureLevel, graphics.context.ReleaseAndGetAddressOf());
-  ComPtr<ID3D11Multithread> threads;
-  if (SUCCEEDED(result) && SUCCEEDED(graphics.context.As(&threads))) {
-    threads->SetMultithreadProtected(TRUE);
+  const HRESULT given = Given(Given(result, graphics.device), graphics.context);
+  if (SUCCEEDED(given)) {
+    ProtectContext(graphics);
   }
-  return result;
+  return given;
 }
 
 ComPtr<IDXGIDevice> DxgiDeviceOf(ID3D11Device& device) {
@@ -58,14 +71,14 @@ HRESULT WrapDxgiDevice(IDXGIDevice& dxgi, ComPtr<abi::IDirect3DDevice>& wrapped)
   if (const HRESULT result = wrap(&dxgi, inspectable.GetAddressOf()); FAILED(result)) {
     return result;
   }
-  return inspectable == nullptr ? E_POINTER : QueryByIid(inspectable.Get(), wrapped);
+  return inspectable == nullptr ? E_POINTER : Given(QueryByIid(inspectable.Get(), wrapped), wrapped);
 }
 
 std::string AdapterIdentifier(ID3D11Device& device) {
   const ComPtr<IDXGIDevice> dxgi = DxgiDeviceOf(device);
   ComPtr<IDXGIAdapter> adapter;
   DXGI_ADAPTER_DESC description{};
-  if (dxgi == nullptr || FAILED(dxgi->GetAdapter(adapter.GetAddressOf())) ||
+  if (dxgi == nullptr || FAILED(Given(dxgi->GetAdapter(adapter.GetAddressOf()), adapter)) ||
       FAILED(adapter->GetDesc(&description))) {
     return "unknown";
   }

@@ -3,6 +3,8 @@
 #include <d3d11.h>
 #include <wrl/client.h>
 
+#include "common/given_object.h"
+
 namespace brisolte {
 
 /// A staging texture mapped for reading, until this object goes or is given another.
@@ -16,7 +18,8 @@ class MappedTexture {
   /// Maps a texture that is not mapped already.
   HRESULT Map(ID3D11DeviceContext* context, ID3D11Texture2D* texture) {
     Unmap();
-    const HRESULT result = context->Map(texture, 0, D3D11_MAP_READ, 0, &pixels_);
+    pixels_ = {};
+    const HRESULT result = Given(context->Map(texture, 0, D3D11_MAP_READ, 0, &pixels_), pixels_.pData);
     if (SUCCEEDED(result)) {
       context_ = context;
       texture_ = texture;

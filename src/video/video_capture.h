@@ -41,10 +41,12 @@ class VideoCapture final : public CaptureSource {
   bool InitializeCaptureConfig() const;
   bool InitializeD3D11();
   bool CreateAnyDevice();
+  bool HasVideoProcessing(std::int32_t result, const char* failure);
   bool InitializeWGCDevice();
   bool CreateCaptureItem();
   bool CreateFramePool();
   bool CreateSession();
+  bool CreateConversion();
   bool CreateVideoProcessor();
   bool ConfigureVideoStream(Encoder& encoder);
   void EndDelivery();
@@ -55,6 +57,7 @@ class VideoCapture final : public CaptureSource {
   Desktop& desktop_;
   const std::unique_ptr<CapturePlatform> platform_;
   CaptureGeometry geometry_;
+  bool convertsOnCpu_ = false;
   const std::shared_ptr<FrameDelivery> delivery_;
 };
 

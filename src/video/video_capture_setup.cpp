@@ -14,6 +14,14 @@ namespace {
 
 constexpr std::int32_t kPoolBuffers = 2;
 
+/// Whether a device that was asked for video processing has none, as in virtual machines and remote sessions.
+bool MeansThereIsNone(std::int32_t result) {
+  constexpr std::array<std::uint32_t, 3> kNone{0x80004002,   // E_NOINTERFACE
+                                               0x80004001,   // E_NOTIMPL
+                                               0x887A0004};  // DXGI_ERROR_UNSUPPORTED
+  return std::ranges::find(kNone, static_cast<std::uint32_t>(result)) != kNone.end();
+}
+
 std::string SizeText(PixelSize size) {
   return std::to_string(size.width) + "x" + std::to_string(size.height);
 }
@@ -46,8 +54,19 @@ bool VideoCapture::InitializeCaptureConfig() const {
 }
 
 bool VideoCapture::InitializeD3D11() {
-  return CreateAnyDevice() && CheckResult(platform_->QueryVideoDevice(), "Failed to get video device: ") &&
-         CheckResult(platform_->QueryVideoContext(), "Failed to get video context: ");
+  return CreateAnyDevice() &&
+         HasVideoProcessing(platform_->QueryVideoDevice(), "Failed to get video device: ") &&
+         (convertsOnCpu_ ||
+          HasVideoProcessing(platform_->QueryVideoContext(), "Failed to get video context: "));
+}
+
+bool VideoCapture::HasVideoProcessing(std::int32_t result, const char* failure) {
+  if (!MeansThereIsNone(result)) {
+    return CheckResult(result, failure);
+  }
+  convertsOnCpu_ = true;
+  Logger::Info("No video processor, frames are converted on the CPU: " + HResultText(result));
+  return true;
 }
 
 bool VideoCapture::CreateAnyDevice() {
@@ -123,7 +142,7 @@ bool VideoCapture::CreateFramePool() {
   }
   platform_->SubscribeFrameArrived(
       [delivery = delivery_](FrameSource& source) { return delivery->OnFrameArrived(source); });
-  if (!CreateSession() || !CreateVideoProcessor()) {
+  if (!CreateSession() || !CreateConversion()) {
     return false;
   }
   Logger::Info("Frame pool and capture session initialized successfully");
@@ -142,10 +161,21 @@ bool VideoCapture::CreateSession() {
   return true;
 }
 
+bool VideoCapture::CreateConversion() {
+  if (!convertsOnCpu_ && !CreateVideoProcessor()) {
+    return false;
+  }
+  if (convertsOnCpu_) {
+    platform_->ConvertOnCpu(geometry_);
+  }
+  return true;
+}
+
 bool VideoCapture::CreateVideoProcessor() {
-  return CheckResult(platform_->CreateVideoProcessorEnumerator(geometry_, settings_.frameRate),
-                     "Failed to create video processor enumerator: ") &&
-         CheckResult(platform_->CreateVideoProcessor(), "Failed to create video processor: ");
+  return HasVideoProcessing(platform_->CreateVideoProcessorEnumerator(geometry_, settings_.frameRate),
+                            "Failed to create video processor enumerator: ") &&
+         (convertsOnCpu_ ||
+          HasVideoProcessing(platform_->CreateVideoProcessor(), "Failed to create video processor: "));
 }
 
 bool VideoCapture::ConfigureVideoStream(Encoder& encoder) {

@@ -3,6 +3,7 @@
 #include <exception>
 #include <string>
 
+#include "common/given_object.h"
 #include "common/hresult_error.h"
 #include "common/logger.h"
 
@@ -41,13 +42,15 @@ HRESULT VideoProcessor::CreateEnumerator(const CaptureGeometry& geometry, std::i
   content.OutputWidth = static_cast<UINT>(geometry.frame.width);
   content.OutputHeight = static_cast<UINT>(geometry.frame.height);
   content.Usage = D3D11_VIDEO_USAGE_PLAYBACK_NORMAL;
-  return graphics_.videoDevice->CreateVideoProcessorEnumerator(&content,
-                                                               enumerator_.ReleaseAndGetAddressOf());
+  return Given(
+      graphics_.videoDevice->CreateVideoProcessorEnumerator(&content, enumerator_.ReleaseAndGetAddressOf()),
+      enumerator_);
 }
 
 HRESULT VideoProcessor::CreateProcessor() {
-  const HRESULT result =
-      graphics_.videoDevice->CreateVideoProcessor(enumerator_.Get(), 0, processor_.ReleaseAndGetAddressOf());
+  const HRESULT result = Given(
+      graphics_.videoDevice->CreateVideoProcessor(enumerator_.Get(), 0, processor_.ReleaseAndGetAddressOf()),
+      processor_);
   if (SUCCEEDED(result)) {
     Configure();
   }
@@ -89,13 +92,15 @@ void VideoProcessor::Blit(ID3D11Texture2D* source, const RECT& part, ID3D11Textu
   D3D11_VIDEO_PROCESSOR_INPUT_VIEW_DESC inputDescription{};
   inputDescription.ViewDimension = D3D11_VPIV_DIMENSION_TEXTURE2D;
   ComPtr<ID3D11VideoProcessorInputView> input;
-  ThrowIfFailed(graphics_.videoDevice->CreateVideoProcessorInputView(
-      source, enumerator_.Get(), &inputDescription, input.GetAddressOf()));
+  ThrowIfFailed(Given(graphics_.videoDevice->CreateVideoProcessorInputView(
+                          source, enumerator_.Get(), &inputDescription, input.GetAddressOf()),
+                      input));
   D3D11_VIDEO_PROCESSOR_OUTPUT_VIEW_DESC outputDescription{};
   outputDescription.ViewDimension = D3D11_VPOV_DIMENSION_TEXTURE2D;
   ComPtr<ID3D11VideoProcessorOutputView> output;
-  ThrowIfFailed(graphics_.videoDevice->CreateVideoProcessorOutputView(
-      destination, enumerator_.Get(), &outputDescription, output.GetAddressOf()));
+  ThrowIfFailed(Given(graphics_.videoDevice->CreateVideoProcessorOutputView(
+                          destination, enumerator_.Get(), &outputDescription, output.GetAddressOf()),
+                      output));
   graphics_.videoContext->VideoProcessorSetStreamSourceRect(processor_.Get(), kStream, TRUE, &part);
   D3D11_VIDEO_PROCESSOR_STREAM stream{};
   stream.Enable = TRUE;

@@ -7,6 +7,7 @@
 #include <string>
 #include <utility>
 
+#include "common/given_object.h"
 #include "common/hresult_error.h"
 #include "desktop/handles.h"
 #include "video/confined_service.h"
@@ -66,10 +67,10 @@ class WindowsCapturePlatform final : public CapturePlatform {
     return result;
   }
   std::int32_t QueryVideoDevice() override {
-    return graphics_.device.As(&graphics_.videoDevice);
+    return Given(graphics_.device.As(&graphics_.videoDevice), graphics_.videoDevice);
   }
   std::int32_t QueryVideoContext() override {
-    return graphics_.context.As(&graphics_.videoContext);
+    return Given(graphics_.context.As(&graphics_.videoContext), graphics_.videoContext);
   }
   ID3D11Device* Device() override { return graphics_.device.Get(); }
 
@@ -134,6 +135,11 @@ class WindowsCapturePlatform final : public CapturePlatform {
   }
   std::int32_t CreateVideoProcessor() override {
     return converter_ ? converter_->CreateVideoProcessor() : E_UNEXPECTED;
+  }
+  void ConvertOnCpu(const CaptureGeometry& geometry) override {
+    if (converter_) {
+      converter_->UseCpu(geometry);
+    }
   }
   void SetOutputFormat(DxgiFormat format) override {
     if (converter_) {

@@ -36,6 +36,28 @@ test('a call that fails once, at whatever moment, costs no more than the attempt
   media.assertWhole(outcomes.filter(({ started }) => started === true).map(({ file }) => file));
 });
 
+// Calls that give something, which they may fail to do and yet succeed.
+const GIVING = [
+  ...['GetItemInterop', 'CreateForWindow', 'GetFramePoolStatics', 'CreateFreeThreaded', 'CreateCaptureSession'],
+  ...['D3D11CreateDevice', 'QueryVideoDevice', 'QueryVideoContext', 'QueryMultithread', 'QueryDxgiDevice'],
+  ...['CreateDirect3D11DeviceFromDXGIDevice', 'CreateVideoProcessorEnumerator', 'CreateVideoProcessor'],
+  ...['TryGetNextFrame', 'get_Surface', 'GetInterfaceAccess', 'GetDxgiSurface', 'QueryTexture'],
+  ...['CreateSharedTexture', 'CreateStagingTexture', 'CreateInputView', 'CreateOutputView', 'Map'],
+];
+
+test('a call that succeeds and gives nothing costs no more than the attempt', async (t) => {
+  const rules = GIVING.map((call) => `${call} 0 times 1`);
+  const outcomes = await recordPicture(t, { rules, moments: ['start', 'middle'], pictures: 12 });
+  for (const outcome of outcomes) {
+    const { moment, started, stopped, capturing } = outcome;
+    assert.equal(capturing, false, told(outcome));
+    assert.equal(stopped, started === true, told(outcome));
+    assert.ok(moment === 'start' || started === true, told(outcome));
+    assert.doesNotMatch(String(started), /deadlock/, told(outcome));
+  }
+  media.assertWhole(outcomes.filter(({ started }) => started === true).map(({ file }) => file));
+});
+
 test('a device that is removed in mid-recording ends the picture, not the recording', async (t) => {
   const lost = ['CreateTexture2D', 'CreateInputView', 'CreateOutputView', 'VideoProcessorBlt', 'Map'];
   const rules = [lost.map((call) => `${call} ${DEVICE_REMOVED}`).join('\r\n')];

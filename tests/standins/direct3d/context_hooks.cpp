@@ -1,5 +1,7 @@
 #include "direct3d/context_hooks.h"
 
+#include <d3d11_4.h>
+
 #include <cstdio>
 
 #include "direct3d/texture_facts.h"
@@ -42,9 +44,18 @@ bool MayCopy(ID3D11DeviceContext* context, ID3D11Resource* destination, ID3D11Re
   return true;
 }
 
+/// What a query of the context for this interface is called; null for one that never fails by a fault.
+const char* ContextQuery(REFIID iid) {
+  if (iid == __uuidof(ID3D11VideoContext)) {
+    return "QueryVideoContext";
+  }
+  return iid == __uuidof(ID3D11Multithread) ? "QueryMultithread" : nullptr;
+}
+
 HRESULT STDMETHODCALLTYPE QueryInterfaceHook(ID3D11DeviceContext* self, REFIID iid, void** object) {
-  if (iid == __uuidof(ID3D11VideoContext) && object != nullptr) {
-    if (const auto fault = TakeFault("QueryVideoContext")) {
+  const char* call = ContextQuery(iid);
+  if (call != nullptr && object != nullptr) {
+    if (const auto fault = TakeFault(call)) {
       *object = nullptr;
       return *fault;
     }

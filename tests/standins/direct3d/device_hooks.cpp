@@ -21,6 +21,7 @@ Slot<HRESULT(STDMETHODCALLTYPE*)(ID3D11Device*, REFIID, void**)> queryInterface;
 Slot<HRESULT(STDMETHODCALLTYPE*)(ID3D11Device*, const D3D11_TEXTURE2D_DESC*, const D3D11_SUBRESOURCE_DATA*,
                                  ID3D11Texture2D**)>
     createTexture2D;
+Slot<HRESULT(STDMETHODCALLTYPE*)(ID3D11Device*)> getDeviceRemovedReason;
 Slot<void(STDMETHODCALLTYPE*)(ID3D11Texture2D*, D3D11_TEXTURE2D_DESC*)> textureDesc;
 Slot<HRESULT(STDMETHODCALLTYPE*)(IDXGISurface*, DXGI_SURFACE_DESC*)> surfaceDesc;
 Slot<HRESULT(STDMETHODCALLTYPE*)(IDXGISurface*, REFIID, void**)> surfaceQuery;
@@ -115,12 +116,20 @@ HRESULT STDMETHODCALLTYPE CreateTexture2DHook(ID3D11Device* self, const D3D11_TE
   return result;
 }
 
+HRESULT STDMETHODCALLTYPE GetDeviceRemovedReasonHook(ID3D11Device* self) {
+  if (const auto fault = TakeFault("GetDeviceRemovedReason")) {
+    return *fault;
+  }
+  return getDeviceRemovedReason.original()(self);
+}
+
 }  // namespace
 
 void HookDevice(ID3D11Device& device) {
   const std::lock_guard lock(hooking);
   queryInterface.Replace(&device, 0, QueryInterfaceHook);
   createTexture2D.Replace(&device, 5, CreateTexture2DHook);
+  getDeviceRemovedReason.Replace(&device, 39, GetDeviceRemovedReasonHook);
 
   TurnFaults(false);
   ComPtr<ID3D11DeviceContext> context;

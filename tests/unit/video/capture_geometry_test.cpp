@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 
 #include <limits>
+#include <vector>
 
 namespace brisolte {
 namespace {
@@ -23,6 +24,34 @@ CaptureGeometry Region(const CaptureRegion& region, const Rectangle& monitor = k
 
 std::string RegionError(const CaptureRegion& region) {
   return RegionGeometry(kItem, kMonitor, region).error;
+}
+
+/// The index of the monitor that a region is recorded from, `preferred` being that of the settings.
+std::int32_t MonitorOfRegion(const CaptureRegion& region, std::size_t preferred = 0) {
+  const std::vector<MonitorEntry> monitors{{0, "primary", 1, {0, 0, 1920, 1080}, true},
+                                           {1, "left", 2, {-1280, 100, 0, 1124}, false},
+                                           {2, "right", 3, {1920, 0, 5760, 2160}, false}};
+  return MonitorForRegion(monitors, monitors[preferred], region).index;
+}
+
+TEST(MonitorForRegion, IsTheOneOfTheSettingsAsLongAsItShowsAnyOfTheRegion) {
+  EXPECT_EQ(MonitorOfRegion({100, 100, 200, 100}), 0);
+  EXPECT_EQ(MonitorOfRegion({1919, 1079, 800, 600}), 0);
+  EXPECT_EQ(MonitorOfRegion({-100, 200, 101, 50}), 0);
+}
+
+TEST(MonitorForRegion, IsTheOneThatShowsMostOtherwise) {
+  EXPECT_EQ(MonitorOfRegion({1920, 0, 640, 480}), 2);
+  EXPECT_EQ(MonitorOfRegion({-640, 200, 640, 480}), 1);
+  EXPECT_EQ(MonitorOfRegion({-100, 200, 1000, 50}, 2), 0);
+  EXPECT_EQ(MonitorOfRegion({-500, 200, 600, 50}, 2), 1);
+}
+
+TEST(MonitorForRegion, StaysWhereNoMonitorIs) {
+  EXPECT_EQ(MonitorOfRegion({-100, 0, 100, 100}), 0);
+  EXPECT_EQ(MonitorOfRegion({50000, 50000, 640, 360}, 1), 1);
+  EXPECT_EQ(MonitorOfRegion({kHighest, kHighest, kHighest, kHighest}, 2), 2);
+  EXPECT_EQ(MonitorOfRegion({kLowest, kLowest, kHighest, kHighest}, 2), 2);
 }
 
 TEST(RoundUpToEven, HoldsOverTheWholeRange) {

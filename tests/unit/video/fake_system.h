@@ -230,6 +230,10 @@ class FakeCapturePlatform : public CapturePlatform {
     return system_->Answer("CreateVideoProcessorEnumerator");
   }
   std::int32_t CreateVideoProcessor() override { return system_->Answer("CreateVideoProcessor"); }
+  void ConvertOnCpu(const CaptureGeometry& geometry) override {
+    system_->Answer("ConvertOnCpu " + std::to_string(geometry.frame.width) + "x" +
+                    std::to_string(geometry.frame.height));
+  }
   void SetOutputFormat(DxgiFormat format) override {
     system_->Answer("SetOutputFormat " + std::to_string(static_cast<std::uint32_t>(format)));
   }

@@ -99,6 +99,56 @@ TEST_F(VideoCaptureSetup, FailsWithoutVideoInterfaces) {
   ExpectErrors({"Failed to get video context: HRESULT: 0x80004005", "VideoCapture: InitializeD3D11 failed"});
 }
 
+TEST_F(VideoCaptureSetup, ConvertsOnTheCpuWhereThereIsNoVideoProcessor) {
+  constexpr auto kNoInterface = static_cast<std::int32_t>(0x80004002);
+  constexpr auto kNotImplemented = static_cast<std::int32_t>(0x80004001);
+  constexpr auto kUnsupported = static_cast<std::int32_t>(0x887A0004);
+  const std::vector<std::pair<std::string, std::int32_t>> answers{
+      {"QueryVideoDevice", kNoInterface},
+      {"QueryVideoContext", kNoInterface},
+      {"CreateVideoProcessorEnumerator", kNotImplemented},
+      {"CreateVideoProcessorEnumerator", kUnsupported},
+      {"CreateVideoProcessor", kNotImplemented}};
+  for (const auto& answer : answers) {
+    system_->results = {answer};
+    system_->journal.Clear();
+    const CapturedLog log(LogLevel::kInfo);
+    EXPECT_TRUE(Construct()->initialized()) << answer.first;
+    EXPECT_THAT(calls(), IsSupersetOf({"ConvertOnCpu 1920x1080", "SetOutputFormat 103"})) << answer.first;
+    EXPECT_THAT(log.text(), HasSubstr("[INFO] No video processor, frames are converted on the CPU: " +
+                                      HResultText(answer.second)));
+    EXPECT_THAT(log.text(), Not(HasSubstr("[ERROR]")));
+  }
+}
+
+TEST_F(VideoCaptureSetup, RecordsARegionFromTheMonitorThatShowsIt) {
+  system_->desktop.monitors.push_back({1, "second", 12, {1920, 0, 3840, 1080}, false});
+  settings_.mode = CaptureMode::kRegion;
+  settings_.region = {2020, 50, 640, 480};
+  Construct();
+  EXPECT_THAT(calls(), IsSupersetOf({"MonitorFromPoint 2880,540", "frame begins at 100,50"}));
+}
+
+// A laptop at 150 % with a monitor at 100 % left of it: places are in the pixels of both.
+TEST_F(VideoCaptureSetup, FindsPlacesOnMonitorsOfAnyScaleAndOrigin) {
+  system_->desktop.monitors = {{0, "laptop", 11, {0, 0, 2880, 1800}, true},
+                               {1, "left", 12, {-1920, 180, 0, 1260}, false}};
+  settings_.mode = CaptureMode::kRegion;
+  settings_.region = {-1000, 300, 640, 360};
+  Construct();
+  EXPECT_THAT(calls(), IsSupersetOf({"MonitorFromPoint -960,720", "2 buffers of 1560x480",
+                                     "frame begins at 920,120", "video stream 640x360"}));
+  system_->journal.Clear();
+  system_->itemSize = {2880, 1800};
+  settings_.region = {-100, 300, 640, 360};
+  Construct();
+  EXPECT_THAT(calls(), IsSupersetOf({"MonitorFromPoint 1440,900", "frame begins at -100,300"}));
+  system_->journal.Clear();
+  settings_.region = {2240, 1440, 640, 360};
+  Construct();
+  EXPECT_THAT(calls(), IsSupersetOf({"2 buffers of 2880x1800", "frame begins at 2240,1440"}));
+}
+
 TEST_F(VideoCaptureSetup, FailsWithoutTheCaptureService) {
   const std::string step = "VideoCapture: InitializeWGCDevice failed";
   system_->missing = {{"DXGI device", true}};

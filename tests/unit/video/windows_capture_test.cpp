@@ -208,6 +208,31 @@ TEST_F(WindowsCapture, FollowsWhatChanges) {
   }
 }
 
+TEST_F(WindowsCapture, ShowsTheSameWithoutAVideoProcessor) {
+  const PaintedWindow window({100, 80, 300, 200});
+  AimAt(CaptureRegion{111, 91, 151, 71});
+  const StandinFault fault("CreateVideoProcessorEnumerator 0x80004001");
+  KeepingEncoder encoder(true);
+  const auto capture = Running(encoder);
+  const Picture picture = encoder.WaitForFrame();
+  ASSERT_EQ(picture.width, 152);
+  EXPECT_THAT(picture.At(0, 0), Near(kRedYuv));
+  EXPECT_THAT(picture.At(150, 0), Near(kGreenYuv));
+  EXPECT_THAT(picture.At(0, 70), Near(kBlueYuv));
+  EXPECT_THAT(picture.At(150, 70), Near(kWhiteYuv));
+}
+
+TEST_F(WindowsCapture, NeedsNoTextureThatCanBeShared) {
+  const PaintedWindow window({100, 80, 300, 200});
+  AimAt(window);
+  const StandinFault fault("CreateSharedTexture 0x80070057");
+  KeepingEncoder encoder(true);
+  const CapturedLog log(LogLevel::kWarn);
+  const auto capture = Running(encoder);
+  EXPECT_THAT(encoder.WaitForFrame().At(0, 0), Near(kRedYuv));
+  EXPECT_THAT(log.lines(), ::testing::IsEmpty());
+}
+
 TEST_F(WindowsCapture, KeepsItsSizeWhenTheWindowChangesIts) {
   for (const bool nv12 : {true, false}) {
     PaintedWindow window({100, 80, 300, 200});
