@@ -24,7 +24,20 @@ bool SpanLiesWithin(std::uint32_t start, std::uint32_t length, std::uint32_t ima
   return length > 0 && std::uint64_t{start} + length <= imageLength;
 }
 
+std::int32_t DrawnLength(std::int32_t image, std::int64_t content, std::int64_t visible) {
+  const auto cut = [](std::int64_t length, std::int64_t limit) {
+    return limit > 0 ? std::min(length, limit) : length;
+  };
+  return static_cast<std::int32_t>(cut(cut(image, content), visible));
+}
+
 }  // namespace
+
+PixelSize DrawnSize(PixelSize image, PixelSize content, const std::optional<Rectangle>& visible) {
+  const Rectangle shown = visible.value_or(Rectangle{});
+  return {DrawnLength(image.width, content.width, shown.width()),
+          DrawnLength(image.height, content.height, shown.height())};
+}
 
 ImageArea CropArea(std::uint32_t imageWidth, std::uint32_t imageHeight, const Rectangle& crop) {
   const Span across = CropSpan(imageWidth, crop.left, crop.right);

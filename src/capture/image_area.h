@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 
 #include "desktop/rectangle.h"
 
@@ -24,6 +25,14 @@ struct ImageArea {
 
   friend bool operator==(const ImageArea&, const ImageArea&) = default;
 };
+
+/// How much of an image of this size is drawn, from its top left corner. `content` is what the service says
+/// of it, `visible` where the window is drawn on the desktop, if it is one and that is known.
+///
+/// Both are needed: some systems make a window's pictures as large as its frame with invisible borders, which
+/// stay black right and below, and count them as content of the first picture. A content without a size
+/// counts as unknown.
+PixelSize DrawnSize(PixelSize image, PixelSize content, const std::optional<Rectangle>& visible);
 
 /// What a rectangle cuts out of an image of this size. One that begins left of the image or above it keeps
 /// its size and is moved to the edge; one that begins beyond the image gives an area that is not within it.

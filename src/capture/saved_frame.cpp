@@ -63,11 +63,11 @@ bool SaveImage(const ImagePixels& image, const std::string& filePath, const std:
 
 }  // namespace
 
-bool SaveFrameToFile(const Direct3D& direct3d, abi::IDirect3DSurface& surface, const std::string& filePath,
+bool SaveFrameToFile(const Direct3D& direct3d, const FramePicture& picture, const std::string& filePath,
                      const std::optional<Rectangle>& crop) {
   Logger::Info("Saving frame to file: " + filePath);
   ComPtr<ID3D11Texture2D> texture;
-  if (!CheckResult(FindTexture(surface, texture), "Failed to get frame texture: ")) {
+  if (!CheckResult(FindTexture(*picture.surface.Get(), texture), "Failed to get frame texture: ")) {
     return false;
   }
   D3D11_TEXTURE2D_DESC description{};
@@ -78,8 +78,11 @@ bool SaveFrameToFile(const Direct3D& direct3d, abi::IDirect3DSurface& surface, c
   if (!MapCopy(direct3d, texture.Get(), description, mapping)) {
     return false;
   }
+  const PixelSize size{static_cast<std::int32_t>(description.Width),
+                       static_cast<std::int32_t>(description.Height)};
+  const PixelSize drawn = DrawnSize(size, picture.content, picture.visible);
   const ImagePixels image{static_cast<const std::uint8_t*>(mapping.pixels().pData), mapping.pixels().RowPitch,
-                          description.Width, description.Height};
+                          static_cast<std::uint32_t>(drawn.width), static_cast<std::uint32_t>(drawn.height)};
   if (!SaveImage(image, filePath, crop)) {
     return false;
   }

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <wrl/client.h>
+
 #include <optional>
 #include <string>
 
@@ -9,10 +11,17 @@
 
 namespace brisolte {
 
-/// Writes a captured surface, or the part of it that `crop` cuts out, as a PNG to `filePath` (UTF-8).
-/// `direct3d` is what the surface was captured with. False when it cannot, with an ERROR line; the file is
+/// A captured frame, with how much of it is drawn as `DrawnSize` has it.
+struct FramePicture {
+  Microsoft::WRL::ComPtr<abi::IDirect3DSurface> surface;
+  PixelSize content;
+  std::optional<Rectangle> visible;
+};
+
+/// Writes what is drawn of a captured frame, or the part of it that `crop` cuts out, as a PNG to `filePath`
+/// (UTF-8). `direct3d` is what it was captured with. False when it cannot, with an ERROR line; the file is
 /// then as it was. Windows only.
-bool SaveFrameToFile(const Direct3D& direct3d, abi::IDirect3DSurface& surface, const std::string& filePath,
+bool SaveFrameToFile(const Direct3D& direct3d, const FramePicture& picture, const std::string& filePath,
                      const std::optional<Rectangle>& crop);
 
 }  // namespace brisolte

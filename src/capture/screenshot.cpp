@@ -72,17 +72,20 @@ void StartCapture(ConfinedService& service, PixelSize size) {
 
 /// The service keeps the frame until it is closed.
 bool SaveNextFrame(ConfinedService& service, const Direct3D& direct3d, const std::string& filePath,
-                   const std::optional<Rectangle>& crop) {
+                   const ScreenshotTarget& target) {
   if (!service.Demand("TryGetNextFrame", &CaptureService::TakeFrame)) {
     Logger::Error("Failed to get frame");
     return false;
   }
-  const auto surface = service.Demand("Direct3D11CaptureFrame.Surface", &CaptureService::FrameSurface);
-  if (surface == nullptr) {
+  FramePicture picture;
+  picture.surface = service.Demand("Direct3D11CaptureFrame.Surface", &CaptureService::FrameSurface);
+  if (picture.surface == nullptr) {
     Logger::Error("Failed to get frame surface");
     return false;
   }
-  if (!SaveFrameToFile(direct3d, *surface.Get(), filePath, crop)) {
+  picture.content = service.Demand("Direct3D11CaptureFrame.ContentSize", &CaptureService::FrameContent);
+  picture.visible = target.visible;
+  if (!SaveFrameToFile(direct3d, picture, filePath, target.crop)) {
     Logger::Error("Failed to save frame to file");
     return false;
   }
@@ -98,7 +101,7 @@ void CloseCapture(ConfinedService& service) {
 }
 
 bool CaptureItem(ConfinedService& service, const Direct3D& direct3d, const std::string& filePath,
-                 const std::optional<Rectangle>& crop) {
+                 const ScreenshotTarget& target) {
   Logger::Info("Processing WGC capture item...");
   if (!service.Try("HasItem", &CaptureService::HasItem).value_or(false)) {
     Logger::Error("Capture item is null");
@@ -111,7 +114,7 @@ bool CaptureItem(ConfinedService& service, const Direct3D& direct3d, const std::
   }
   StartCapture(service, size);
   Sleep(kFrameWaitMs);
-  if (!SaveNextFrame(service, direct3d, filePath, crop)) {
+  if (!SaveNextFrame(service, direct3d, filePath, target)) {
     return false;
   }
   CloseCapture(service);
@@ -126,7 +129,7 @@ bool TakeScreenshot(const CaptureSettings& settings, Desktop& desktop, const Dir
   ConfinedService service;
   ServiceItems items(service);
   const auto target = CreateScreenshotItem(desktop, items, settings);
-  return target && CaptureItem(service, direct3d, filePath, target->crop);
+  return target && CaptureItem(service, direct3d, filePath, *target);
 }
 
 }  // namespace brisolte

@@ -18,7 +18,7 @@ std::optional<ScreenshotTarget> TargetWith(std::int32_t itemResult, std::optiona
   if (!CheckResult(itemResult, "Failed to create capture item: ")) {
     return std::nullopt;
   }
-  return ScreenshotTarget{crop};
+  return ScreenshotTarget{crop, std::nullopt};
 }
 
 std::optional<ScreenshotTarget> CreateWindowItem(Desktop& desktop, ScreenshotItems& items,
@@ -38,7 +38,11 @@ std::optional<ScreenshotTarget> CreateWindowItem(Desktop& desktop, ScreenshotIte
   if (rect->width() < 1 || rect->height() < 1) {
     return Fail("Invalid window size");
   }
-  return TargetWith(items.CreateItemForWindow(window), std::nullopt);
+  auto target = TargetWith(items.CreateItemForWindow(window), std::nullopt);
+  if (target) {
+    target->visible = desktop.VisibleRect(window);
+  }
+  return target;
 }
 
 std::optional<ScreenshotTarget> CreateMonitorItem(Desktop& desktop, ScreenshotItems& items,

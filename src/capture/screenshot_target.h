@@ -23,7 +23,8 @@ class ScreenshotItems {
 
 /// What of the captured item belongs into the file.
 struct ScreenshotTarget {
-  std::optional<Rectangle> crop;  ///< empty: all of it
+  std::optional<Rectangle> crop;     ///< empty: all of it
+  std::optional<Rectangle> visible;  ///< where the window is drawn; empty for a monitor, or when unknown
 };
 
 /// Makes the capture item for the window, monitor or region that the settings name. A region is cut out of

@@ -37,6 +37,9 @@ class Desktop {
   virtual bool IsIconic(std::int64_t window) = 0;
   /// With its frame; empty when it has no place.
   virtual std::optional<Rectangle> WindowRect(std::int64_t window) = 0;
+  /// What is drawn of it: without the invisible borders that some systems count as its frame. Empty when
+  /// unknown.
+  virtual std::optional<Rectangle> VisibleRect(std::int64_t window) = 0;
 
   virtual void RestoreWindow(std::int64_t window) = 0;
   virtual void BringWindowToTop(std::int64_t window) = 0;

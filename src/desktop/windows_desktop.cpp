@@ -1,4 +1,6 @@
 #include <windows.h>
+// After windows.h, which declares what it needs.
+#include <dwmapi.h>
 
 #include "desktop/desktop.h"
 #include "desktop/handles.h"
@@ -29,6 +31,14 @@ class WindowsDesktop final : public Desktop {
     const PhysicalPixels pixels;
     RECT found{};
     if (GetWindowRect(WindowOf(window), &found) == FALSE) {
+      return std::nullopt;
+    }
+    return Rectangle{found.left, found.top, found.right, found.bottom};
+  }
+  std::optional<Rectangle> VisibleRect(std::int64_t window) override {
+    // In the monitors' own pixels whatever the thread is told of places.
+    RECT found{};
+    if (FAILED(DwmGetWindowAttribute(WindowOf(window), DWMWA_EXTENDED_FRAME_BOUNDS, &found, sizeof(found)))) {
       return std::nullopt;
     }
     return Rectangle{found.left, found.top, found.right, found.bottom};

@@ -125,4 +125,10 @@ ComPtr<abi::IDirect3DSurface> CaptureService::FrameSurface() const {
   return surface;
 }
 
+PixelSize CaptureService::FrameContent() const {
+  abi::SizeInt32 size{};
+  ThrowIfFailed(frame_->get_ContentSize(&size));
+  return {size.Width, size.Height};
+}
+
 }  // namespace brisolte

@@ -54,6 +54,8 @@ class CaptureService {
   bool TakeFrame();
   /// The kept frame's surface; null when it has none. Raises HResultError.
   Microsoft::WRL::ComPtr<abi::IDirect3DSurface> FrameSurface() const;
+  /// How much of it is content. Raises HResultError.
+  PixelSize FrameContent() const;
 
  private:
   Microsoft::WRL::ComPtr<abi::IDirect3DDevice> wrapped_;

@@ -24,6 +24,7 @@ class FakeDesktop : public Desktop {
   std::deque<bool> windowVisible{true};  // answers in turn; the last one stays
   std::deque<bool> windowIconic{false};
   std::optional<Rectangle> windowRect{{0, 0, 100, 100}};
+  std::optional<Rectangle> visibleRect{{0, 0, 100, 100}};
 
   std::vector<MonitorEntry> Monitors() override {
     note_("Monitors");
@@ -54,6 +55,10 @@ class FakeDesktop : public Desktop {
   std::optional<Rectangle> WindowRect(std::int64_t window) override {
     Note("WindowRect", window);
     return windowRect;
+  }
+  std::optional<Rectangle> VisibleRect(std::int64_t window) override {
+    Note("VisibleRect", window);
+    return visibleRect;
   }
   void RestoreWindow(std::int64_t window) override { Note("RestoreWindow", window); }
   void BringWindowToTop(std::int64_t window) override { Note("BringWindowToTop", window); }

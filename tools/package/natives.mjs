@@ -19,7 +19,7 @@ const PURPOSES = [
 ];
 
 // What the files need of Windows, and every edition has; Media Foundation, for one, is not in those for Europe ("N").
-const SYSTEM = /^(avrt|bcrypt|d3d11|kernel32|msvcrt|ole32|user32|winmm|api-ms-win-(core-winrt|crt)-[a-z0-9-]+)\.dll$/i;
+const SYSTEM = /^(avrt|bcrypt|d3d11|dwmapi|kernel32|msvcrt|ole32|user32|winmm|api-ms-win-(core-winrt|crt)-[a-z0-9-]+)\.dll$/i;
 
 /** Whether a DLL of this name is in every Windows. */
 export const isOfWindows = (name) => SYSTEM.test(name);

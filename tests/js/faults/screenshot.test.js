@@ -41,7 +41,7 @@ const REFUSED = [
 // Calls whose failure has no text of its own and reaches the caller; of those after `saved` there is a file.
 const RAISED = [
   ...['get_Size', 'GetFramePoolStatics', 'CreateFreeThreaded', 'CreateCaptureSession', 'StartCapture'],
-  ...['TryGetNextFrame', 'get_Surface'],
+  ...['TryGetNextFrame', 'get_Surface', 'get_ContentSize'],
 ];
 const RAISED_AFTER_SAVING = ['CloseSession', 'ClosePool', 'Close'];
 // Results that succeed and yet give nothing.

@@ -46,8 +46,14 @@ HRESULT CaptureItem::get_Size(abi::SizeInt32* size) {
   if (rect) {
     lastSize_ = SizeOf(*rect);
   }
-  *size = lastSize_;
+  const abi::SizeInt32 borders = InvisibleBorders();
+  *size = {lastSize_.Width + borders.Width, lastSize_.Height + borders.Height};
   return S_OK;
+}
+
+abi::SizeInt32 CaptureItem::InvisibleBorders() const {
+  const bool has = target_.OfWindow() && TakeFault("InvisibleBorders");
+  return has ? abi::SizeInt32{14, 7} : abi::SizeInt32{0, 0};
 }
 
 HRESULT CaptureItem::add_Closed(abi::IClosedHandler* handler, abi::EventRegistrationToken* token) {

@@ -15,6 +15,8 @@ namespace brisolte::standins {
 struct IOwnItem : IUnknown {
   static constexpr IID kIid{0x8C1D4C0E, 0x0B0F, 0x4D4B, {0x9A, 0x55, 0x3C, 0x6F, 0x41, 0x8E, 0x2D, 0x10}};
   virtual const CaptureTarget& target() const = 0;
+  /// How much larger than its content it calls itself, right and below.
+  virtual abi::SizeInt32 InvisibleBorders() const = 0;
   /// Raises `Closed`, once, when the target is gone.
   virtual void NoticeClosed() = 0;
 };
@@ -32,6 +34,7 @@ class CaptureItem final : public InspectableObject<abi::IGraphicsCaptureItem, IO
   HRESULT STDMETHODCALLTYPE remove_Closed(abi::EventRegistrationToken token) override;
 
   const CaptureTarget& target() const override { return target_; }
+  abi::SizeInt32 InvisibleBorders() const override;
   void NoticeClosed() override;
 
  private:

@@ -104,23 +104,32 @@ bool CaptureLoop::TakePicture() {
     return false;
   }
   const auto content = SizeOf(*rect);
+  const auto told = anyDelivered_ ? content : SizeWithBorders(content);
   const auto time = NextFrameTime();
   if (!current_->Draw(item_->target(), content)) {
     return false;
   }
-  const bool differs = current_->FinishAndCompare(*delivered_);
+  const bool differs =
+      current_->FinishAndCompare(*delivered_) || told.Width != told_.Width || told.Height != told_.Height;
   if (!differs && anyDelivered_) {
     return false;
   }
   Upload(*current_, *lease->texture().Get());
-  return Deliver({std::move(lease), content, time});
+  return Deliver({std::move(lease), told, time});
+}
+
+abi::SizeInt32 CaptureLoop::SizeWithBorders(abi::SizeInt32 content) const {
+  const auto borders = item_->InvisibleBorders();
+  return {content.Width + borders.Width, content.Height + borders.Height};
 }
 
 bool CaptureLoop::Deliver(CapturedFrame frame) {
+  const auto told = frame.contentSize;
   if (stopped() || !buffers_->Queue(std::move(frame))) {
     return false;
   }
   std::swap(current_, delivered_);
+  told_ = told;
   anyDelivered_ = true;
   const std::lock_guard lock(mutex_);
   ++untold_;

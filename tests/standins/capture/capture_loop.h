@@ -31,6 +31,7 @@ class CaptureLoop : public std::enable_shared_from_this<CaptureLoop> {
   void TakePictures();
   void TellOfPictures();
   bool TakePicture();
+  abi::SizeInt32 SizeWithBorders(abi::SizeInt32 content) const;
   bool Deliver(CapturedFrame frame);
   bool PrepareCanvases(const BufferLease& lease);
   void WaitForTick(int ticks);
@@ -49,6 +50,7 @@ class CaptureLoop : public std::enable_shared_from_this<CaptureLoop> {
   // Of the thread that takes pictures.
   std::unique_ptr<Canvas> current_;
   std::unique_ptr<Canvas> delivered_;
+  abi::SizeInt32 told_{0, 0};  // as the content of the last one delivered
   bool anyDelivered_ = false;
   std::uint64_t generation_ = 0;
 };

@@ -15,6 +15,7 @@ class CaptureTarget {
   explicit CaptureTarget(HWND window) : window_(window) {}
   explicit CaptureTarget(HMONITOR monitor) : monitor_(monitor) {}
 
+  bool OfWindow() const { return window_ != nullptr; }
   /// Whether the service accepts it: a top-level window, or a monitor.
   bool Valid() const;
   bool Gone() const;

@@ -7,6 +7,7 @@
 #include <thread>
 
 #include "tests/service.h"
+#include "tests/test_window.h"
 
 namespace brisolte::standins {
 
@@ -97,6 +98,38 @@ TEST(Strictness, ForgivesWhenAnotherApartmentIsLeft) {
   const long before = ComLetGoCount();
   InApartmentOfItsOwn([] { return ItemInterop() != nullptr; });
   EXPECT_EQ(ComLetGoCount(), before);
+}
+
+TEST(Strictness, CanGiveWindowsThatAreLargerThanTheirContent) {
+  constexpr RECT kPlace{100, 100, 420, 340};
+  constexpr int kX = 100;
+  constexpr int kY = 120;
+  const TestWindow window(kPlace, RGB(20, 180, 60));
+  const Faults faults("InvisibleBorders 1\n");
+  const auto item = ItemFor(window.handle());
+  abi::SizeInt32 size{};
+  ASSERT_EQ(item->get_Size(&size), S_OK);
+  EXPECT_EQ(size.Width, 334);
+  EXPECT_EQ(size.Height, 247);
+  const auto capture = MakeCapture(item, size);
+  capture.session->StartCapture();
+  const auto first = capture.Await();
+  ASSERT_NE(first, nullptr);
+  first->get_ContentSize(&size);
+  EXPECT_EQ(size.Width, 334);
+  EXPECT_EQ(size.Height, 247);
+  const auto picture = Read(capture.device, first.Get());
+  EXPECT_EQ(picture.Rgb(kX, kY), 0x14B43CU);
+  EXPECT_EQ(picture.Rgb(320, kY), 0U);
+  EXPECT_EQ(picture.Rgb(kX, 240), 0U);
+  Close(first.Get());
+  const auto second = capture.Await();
+  ASSERT_NE(second, nullptr);
+  second->get_ContentSize(&size);
+  EXPECT_EQ(size.Width, 320);
+  EXPECT_EQ(size.Height, 240);
+  ASSERT_EQ(ItemFor(PrimaryMonitor())->get_Size(&size), S_OK);
+  EXPECT_EQ(size.Width, GetSystemMetrics(SM_CXSCREEN));
 }
 
 TEST(Faults, LetACallHangUntilTheyAreGone) {

@@ -21,6 +21,21 @@ struct Case {
   ImageArea area;
 };
 
+TEST(DrawnSize, IsTheSmallestThatIsKnown) {
+  const PixelSize image{414, 247};
+  EXPECT_EQ(DrawnSize(image, {400, 240}, std::nullopt), (PixelSize{400, 240}));
+  EXPECT_EQ(DrawnSize(image, image, Rectangle{-50, 30, 350, 270}), (PixelSize{400, 240}));
+  EXPECT_EQ(DrawnSize(image, {380, 247}, Rectangle{0, 0, 400, 240}), (PixelSize{380, 240}));
+  EXPECT_EQ(DrawnSize(image, {900, 600}, Rectangle{0, 0, 1000, 700}), image);
+}
+
+TEST(DrawnSize, IsTheImagesWhereNothingIsKnown) {
+  const PixelSize image{414, 247};
+  EXPECT_EQ(DrawnSize(image, {}, std::nullopt), image);
+  EXPECT_EQ(DrawnSize(image, {-1, 0}, Rectangle{}), image);
+  EXPECT_EQ(DrawnSize(image, image, Rectangle{kMost, kMost, kLeast, kLeast}), image);
+}
+
 TEST(CropArea, TakesTheRectangleFromTheImage) {
   const std::vector<Case> cases = {
       {"inside", {10, 20, 110, 70}, {10, 20, 100, 50}},

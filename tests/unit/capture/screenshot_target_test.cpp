@@ -65,8 +65,17 @@ TEST_F(ScreenshotTargetTest, TakesAWindowWhole) {
   const CapturedLog log;
   EXPECT_THAT(Create(), Optional(Field(&ScreenshotTarget::crop, Eq(std::nullopt))));
   EXPECT_THAT(items_.calls, ElementsAre("IsWindow 7", "IsWindowVisible 7", "IsIconic 7", "WindowRect 7",
-                                        "CreateItemForWindow 7"));
+                                        "CreateItemForWindow 7", "VisibleRect 7"));
   EXPECT_THAT(log.lines(), ElementsAre("[INFO] Starting window capture..."));
+}
+
+TEST_F(ScreenshotTargetTest, KnowsWhereAWindowIsDrawn) {
+  AimAtWindow(7);
+  desktop_.windowRect = {93, 80, 507, 327};
+  desktop_.visibleRect = {100, 80, 500, 320};
+  EXPECT_THAT(Create(), Optional(Field(&ScreenshotTarget::visible, Eq(desktop_.visibleRect))));
+  desktop_.visibleRect.reset();
+  EXPECT_THAT(Create(), Optional(Field(&ScreenshotTarget::visible, Eq(std::nullopt))));
 }
 
 TEST_F(ScreenshotTargetTest, NamesWhatIsWrongWithAWindow) {
