@@ -1,6 +1,7 @@
-// Records over and over, then once for long, and tells whether what the process holds stays level.
-// npm run soak [-- --cycles N --minutes N --json FILE]: 1000 recordings and 30 minutes unless said otherwise; 0 leaves one
-// out. All that was measured goes to FILE.
+// Records and takes screenshots over and over, then records once for long, and tells whether what the process holds stays
+// level and whether it keeps the capture service's library.
+// npm run soak [-- --cycles N --minutes N --json FILE]: 1000 of each and 30 minutes unless said otherwise; 0 leaves one out.
+// All that was measured goes to FILE.
 
 import { mkdirSync, readFileSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
@@ -22,14 +23,14 @@ await main(async () => {
     throw new WorkshopError('usage: npm run soak -- [--cycles N] [--minutes N] [--json FILE]');
   }
   await step('Build: the module', () => buildTree('windows', ['brisolte', 'pattern', 'usage', 'bare', 'standins']));
-  const often = cycles > 0 && (await step(`${cycles} recordings`, () => soak({ cycles })));
+  const often = cycles > 0 && (await step(`${cycles} screenshots and recordings`, () => soak({ cycles })));
   const long = minutes > 0 && (await step(`One recording of ${minutes} minutes`, () => soak({ minutes })));
   if (values.json) {
     writeFileSync(values.json, JSON.stringify({ often, long }));
   }
   const verdicts = [];
   if (often) {
-    verdicts.push(show(`${cycles} recordings`, often, growth(often.samples, 'perCycle', { each: keptOfEach(often.bare) })));
+    verdicts.push(show(`${cycles} screenshots and recordings`, often, growth(often.samples, 'perCycle', { each: keptOfEach(often, cycles) })));
   }
   if (long) {
     verdicts.push(show(`One recording of ${minutes} minutes`, long, growth(long.samples, 'perMinute', { once: keptOnce(long.bare) })));
@@ -37,9 +38,10 @@ await main(async () => {
   return verdicts.every(Boolean) ? 0 : 1;
 });
 
-/** What a recording makes the system keep: it asks for two factories of the capture service and makes one device. */
-function keptOfEach({ RoGetActivationFactory: handles, D3D11CreateDevice: bytes }) {
-  return { handles: 2 * handles, privateBytes: bytes, workingSet: bytes };
+/** What a cycle makes the system keep: recordings and screenshots ask for two factories of the capture service each, and a
+ * recording makes one device. */
+function keptOfEach({ bare: { RoGetActivationFactory: handles, D3D11CreateDevice: bytes }, attempts }, cycles) {
+  return { handles: 2 * handles * (1 + attempts / cycles), privateBytes: bytes, workingSet: bytes };
 }
 
 /** What a device keeps of its commands while it lives. */
@@ -63,7 +65,7 @@ async function soak({ cycles = 0, minutes = 0 }) {
     };
     writeFileSync(requestFile, JSON.stringify(request));
     const words = ['--expose-gc', windowsPath(join(treeDir, 'tools/soak/recorder.cjs')), windowsPath(requestFile)];
-    const timeout = 300 + 5 * cycles + 90 * minutes;
+    const timeout = 300 + 6 * cycles + 90 * minutes;
     const code = await runUnderWine('node', words, { standins: true, outputOnly: true, timeout, writable: [scratchDir] });
     if (code !== 0) {
       throw new WorkshopError(`The recordings ended with exit code ${code}; the lines above say why.`);

@@ -71,6 +71,8 @@ int main() {
   Write("windows", windows.others);
   Write("deviceWindows", windows.ofDevices);
   Write("captureObjects", CountObjects(process.get(), L"capture_service.dll"));
-  Write("direct3dObjects", CountObjects(process.get(), L"d3d11.dll"), "}\n");
+  Write("direct3dObjects", CountObjects(process.get(), L"d3d11.dll"));
+  Write("comLetGo", brisolte::CallRemoteCount(process.get(), L"capture_service.dll", "StandinComLetGoCount"),
+        "}\n");
   return 0;
 }

@@ -1,4 +1,5 @@
-// Runs in Node.js for Windows: records over and over, or once for long, and notes what the process holds meanwhile.
+// Runs in Node.js for Windows: records and takes screenshots over and over, or records once for long, and notes what the
+// process holds meanwhile.
 // node recorder.cjs REQUEST.json, with the fields of the request as soak.mjs writes them.
 
 'use strict';
@@ -50,12 +51,26 @@ function must(answer, what) {
   }
 }
 
-// Every second one has sound.
+// A busy machine may have no picture within the service's time.
+function takeScreenshot(recorder) {
+  const file = join(request.outputDir, 'screenshot.png');
+  for (let attempt = 1; attempt <= 10; attempt += 1) {
+    if (recorder.captureScreenshot(file)) {
+      rmSync(file);
+      return attempt;
+    }
+  }
+  throw new Error('captureScreenshot was refused');
+}
+
+// Every second one has sound. A screenshot precedes each.
 async function recordOften() {
   const { recorder, listen } = newRecorder();
   const samples = [];
+  let attempts = 0;
   const every = Math.max(1, Math.floor(request.cycles / SAMPLES));
   for (let cycle = 1; cycle <= request.cycles; cycle += 1) {
+    attempts += takeScreenshot(recorder);
     listen(cycle % 2 === 0);
     must(recorder.startRecord(), 'startRecord');
     const file = recorder.getSaveFilePath();
@@ -73,7 +88,11 @@ async function recordOften() {
       rmSync(file);
     }
   }
-  return { samples, file: recorder.getSaveFilePath() };
+  const { comLetGo } = usage();
+  if (comLetGo !== 0) {
+    throw new Error(`the process let go of the capture service's library ${comLetGo} times`);
+  }
+  return { samples, file: recorder.getSaveFilePath(), attempts };
 }
 
 async function recordLong() {

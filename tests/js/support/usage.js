@@ -26,8 +26,9 @@ const GDI_OBJECTS_OF_WINDOW = 2;
 
 /**
  * What this process holds once its garbage has gone, but for the windows that Wine keeps of devices.
- * @returns {object} privateBytes, workingSet, handles, threads, gdiObjects, windows, captureObjects, direct3dObjects, of
- *   which the last two are null while the stand-ins are not loaded
+ * @returns {object} privateBytes, workingSet, handles, threads, gdiObjects, windows, captureObjects, direct3dObjects,
+ *   comLetGo (how often it let go of COM and with it of the capture service's library), of which the last three are null
+ *   while the stand-ins are not loaded
  */
 function usage() {
   global.gc();
