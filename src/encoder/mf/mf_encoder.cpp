@@ -106,20 +106,16 @@ bool MFEncoder::AddAudio(AudioStreamKind kind, const WaveFormat* format) {
     Logger::Error("Failed to add audio stream: there is one already");
     return false;
   }
-  return AddSound(kind, *format);
-}
-
-bool MFEncoder::AddSound(AudioStreamKind kind, const WaveFormat& format) {
-  const auto added = AddAudioStream(*platform_, *writer_.Get(), kind, format, settings_.audioBitrate);
+  const auto added = AddAudioStream(*platform_, *writer_.Get(), kind, *format, settings_.audioBitrate);
   if (added.spoilt) {
     StartOver();
   }
   if (!added.stream) {
     return false;
   }
-  (kind == AudioStreamKind::kSpeaker ? streams_.speaker : streams_.microphone) = added.stream;
-  worker_.SetBytesPerSecond(kind, format.averageBytesPerSecond);
-  worker_.SetChunkBytes(AudioChunkBytes(format.averageBytesPerSecond));
+  (speaker ? streams_.speaker : streams_.microphone) = added.stream;
+  worker_.SetBytesPerSecond(kind, format->averageBytesPerSecond);
+  worker_.SetChunkBytes(AudioChunkBytes(format->averageBytesPerSecond));
   return true;
 }
 
@@ -133,12 +129,14 @@ void MFEncoder::StartOver() {
     streams_.video = AddVideoStream(*platform_, *writer_.Get(), settings_, before.video->width,
                                     before.video->height, devices_.manager());
   }
-  if (writer_ != nullptr && before.microphone) {
-    AddSound(AudioStreamKind::kMicrophone, before.microphone->format);
-  }
-  if (writer_ != nullptr && before.speaker) {
-    AddSound(AudioStreamKind::kSpeaker, before.speaker->format);
-  }
+  const auto add = [this](AudioStreamKind kind, const std::optional<AudioSinkStream>& sound) {
+    return writer_ != nullptr && sound
+               ? AddAudioStream(*platform_, *writer_.Get(), kind, sound->format, settings_.audioBitrate)
+                     .stream
+               : std::nullopt;
+  };
+  streams_.microphone = add(AudioStreamKind::kMicrophone, before.microphone);
+  streams_.speaker = add(AudioStreamKind::kSpeaker, before.speaker);
 }
 
 bool MFEncoder::Start() {

@@ -78,7 +78,6 @@ class MFEncoder final : public Encoder {
   bool HasWriter() const;
   bool AddVideo(std::uint32_t width, std::uint32_t height, ID3D11Device* device);
   bool AddAudio(AudioStreamKind kind, const WaveFormat* format);
-  bool AddSound(AudioStreamKind kind, const WaveFormat& format);
   void StartOver();
   bool QueueFrame(const VideoFrame& frame);
   /// The last picture, at the time from which it is shown for one frame until the end. None when it is shown
