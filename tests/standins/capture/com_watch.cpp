@@ -4,9 +4,8 @@
 
 #include <atomic>
 #include <cstdio>
-#include <thread>
 
-#include "shared/apartment.h"
+#include "capture/service_thread.h"
 #include "shared/com_object.h"
 
 namespace brisolte::standins {
@@ -16,19 +15,20 @@ namespace {
 constexpr CLSID kWatchClass{0x5B0F7D62, 0x3D4C, 0x4E19, {0x8C, 0x21, 0x6A, 0x0E, 0x97, 0x5F, 0xD3, 0x44}};
 
 std::atomic<bool> watching{false};
-std::atomic<bool> inMultithreaded{false};  // where the watcher is registered
 std::atomic<long> letGo{0};
 
-/// Whether any thread of the process keeps the multithreaded apartment, seen by one that has nothing to do
-/// with COM.
-bool MultithreadedApartmentExists() {
-  bool exists = false;
-  std::thread([&exists] {
+/// Tells of it unless the process keeps the multithreaded apartment all the same, as a thread sees that has
+/// nothing to do with COM. Nobody waits for that thread: COM may hold a lock while it releases the watcher.
+void TellIfLetGo() {
+  StartServiceThread([] {
     APTTYPE type{};
     APTTYPEQUALIFIER qualifier{};
-    exists = SUCCEEDED(CoGetApartmentType(&type, &qualifier));
-  }).join();
-  return exists;
+    if (FAILED(CoGetApartmentType(&type, &qualifier))) {
+      ++letGo;
+      std::fputs("standin: the process let go of COM, which unloads the service under its threads\n", stderr);
+      std::fflush(stderr);
+    }
+  });
 }
 
 /// Registered as a class, it is released by COM itself when the apartment that it was registered in ends.
@@ -48,13 +48,7 @@ class Watcher final : public IClassFactory {
     const ULONG left = --references_;
     if (left == 0) {
       watching = false;
-      // Asked only at the end of a single-threaded one: COM may hold a lock at the end of the other.
-      if (inMultithreaded || !MultithreadedApartmentExists()) {
-        ++letGo;
-        std::fputs("standin: the process let go of COM, which unloads the service under its threads\n",
-                   stderr);
-        std::fflush(stderr);
-      }
+      TellIfLetGo();
     }
     return left;
   }
@@ -74,7 +68,6 @@ void WatchCom() {
   if (watching.exchange(true)) {
     return;
   }
-  inMultithreaded = Apartment().isMultithreaded();
   DWORD cookie = 0;
   if (FAILED(
           CoRegisterClassObject(kWatchClass, &watcher, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &cookie))) {

@@ -22,7 +22,6 @@ class Apartment {
   }
 
   bool exists() const { return kind_ != Kind::kNone; }
-  bool isMultithreaded() const { return kind_ == Kind::kMulti; }
 
   friend bool operator==(const Apartment&, const Apartment&) = default;
 
