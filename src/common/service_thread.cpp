@@ -104,7 +104,8 @@ bool ServiceThread::Perform(std::function<void()> work) {
         throw;
       }
     }
-    if (call->started && Clock::now() - *call->started > state.surroundings.patience) {
+    const auto started = call->started;
+    if (started && Clock::now() - *started > state.surroundings.patience) {
       state.LeaveThread();
       return false;
     }

@@ -75,8 +75,8 @@ bool ShowsRegion(const CaptureSettings& settings) {
   return settings.mode == CaptureMode::kRegion && settings.region.width > 0 && settings.region.height > 0;
 }
 
-const MonitorEntry& MonitorForRegion(const std::vector<MonitorEntry>& monitors, const MonitorEntry& preferred,
-                                     const CaptureRegion& region) {
+MonitorEntry MonitorForRegion(const std::vector<MonitorEntry>& monitors, const MonitorEntry& preferred,
+                              const CaptureRegion& region) {
   if (SharedArea(preferred.rect, region) > 0) {
     return preferred;
   }

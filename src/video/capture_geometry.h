@@ -34,8 +34,8 @@ bool ShowsRegion(const CaptureSettings& settings);
 
 /// The monitor to record a region of: `preferred` when it shows any of the region, else the one that shows
 /// most of it, and `preferred` again when none does.
-const MonitorEntry& MonitorForRegion(const std::vector<MonitorEntry>& monitors, const MonitorEntry& preferred,
-                                     const CaptureRegion& region);
+MonitorEntry MonitorForRegion(const std::vector<MonitorEntry>& monitors, const MonitorEntry& preferred,
+                              const CaptureRegion& region);
 
 /// Frames that show all of a captured item of this size.
 GeometryResult WholeItemGeometry(PixelSize item);

@@ -13,15 +13,14 @@ constexpr std::int32_t kRepairMs = 100;
 std::optional<CaptureTarget> CreateMonitorItem(Desktop& desktop, CapturePlatform& platform,
                                                const CaptureSettings& settings) {
   const auto monitors = desktop.Monitors();
-  const MonitorEntry* monitor = FindMonitor(monitors, settings.monitorIndex);
-  if (monitor == nullptr) {
+  const MonitorEntry* chosen = FindMonitor(monitors, settings.monitorIndex);
+  if (chosen == nullptr) {
     Logger::Error("Invalid monitor index: " + std::to_string(settings.monitorIndex));
     return std::nullopt;
   }
-  if (ShowsRegion(settings)) {
-    monitor = &MonitorForRegion(monitors, *monitor, settings.region);
-  }
-  const std::int64_t handle = desktop.MonitorFromPoint(monitor->rect.centre());
+  const MonitorEntry monitor =
+      ShowsRegion(settings) ? MonitorForRegion(monitors, *chosen, settings.region) : *chosen;
+  const std::int64_t handle = desktop.MonitorFromPoint(monitor.rect.centre());
   if (handle == 0) {
     Logger::Error("Failed to get monitor handle");
     return std::nullopt;
@@ -30,7 +29,7 @@ std::optional<CaptureTarget> CreateMonitorItem(Desktop& desktop, CapturePlatform
     Logger::Error("Failed to create monitor videoCapture item: " + HResultText(result));
     return std::nullopt;
   }
-  return CaptureTarget{monitor->rect};
+  return CaptureTarget{monitor.rect};
 }
 
 bool ShowHiddenWindow(Desktop& desktop, std::int64_t window) {
