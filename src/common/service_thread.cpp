@@ -47,6 +47,9 @@ struct ServiceThread::State {
   bool hasThread = false;
   std::uint64_t threadsLeft = 0;  ///< tells the thread in use from those before it
 
+  /// Needs the mutex, for which the thread waits in turn. So it cannot end before it is detached: MinGW's
+  /// threads library gives the record of a thread that does both at once back twice, and the next two threads
+  /// share it.
   void StartThread(const std::shared_ptr<State>& self) {
     std::thread([self, number = threadsLeft] {
       self->surroundings.around([&] { self->WorkOff(number); });

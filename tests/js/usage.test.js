@@ -64,3 +64,19 @@ test('recordings, screenshots and failed attempts give back all they took', asyn
   const kept = systemCosts().RoGetActivationFactory * FACTORIES * 3 * ROUNDS;
   assert.ok(after.handles - before.handles <= kept + 4, `handles: ${before.handles}, then ${after.handles}`);
 });
+
+test('the library of the capture service is held before the service is asked for anything', async () => {
+  const { value } = await scenario(
+    ({ Brisolte, packageFolder, require: load }) => {
+      const { usage } = load(`${packageFolder}/tests/js/support/usage`);
+      const capture = new Brisolte();
+      const before = usage().captureObjects;
+      capture.setWindow(1);
+      const taken = capture.captureScreenshot('C:\\never.png');
+      return { before, taken, after: usage().captureObjects };
+    },
+    {},
+    { nodeOptions: ['--expose-gc'] },
+  );
+  assert.deepEqual(value, { before: null, taken: false, after: 0 });
+});

@@ -10,7 +10,7 @@ namespace brisolte::testing {
 /// their own time.
 inline bool ServiceBecomesEmpty() {
   using Count = long(WINAPI*)();
-  const auto count = ExportedFunction<Count>(GetModuleHandleW(L"capture_service.dll"), "StandinObjectCount");
+  const auto count = ExportedFunction<Count>(GetModuleHandleW(L"GraphicsCapture.dll"), "StandinObjectCount");
   for (int i = 0; i < 2000 && count() != 0; ++i) {
     Sleep(10);
   }
@@ -21,7 +21,7 @@ inline bool ServiceBecomesEmpty() {
 /// the service's library under the service's threads.
 inline long ComLetGoCount() {
   using Count = long(WINAPI*)();
-  const HMODULE standin = GetModuleHandleW(L"capture_service.dll");
+  const HMODULE standin = GetModuleHandleW(L"GraphicsCapture.dll");
   return standin == nullptr ? 0 : ExportedFunction<Count>(standin, "StandinComLetGoCount")();
 }
 

@@ -70,9 +70,9 @@ int main() {
   Write("gdiObjects", brisolte::CountGdiObjects(process.get()));
   Write("windows", windows.others);
   Write("deviceWindows", windows.ofDevices);
-  Write("captureObjects", CountObjects(process.get(), L"capture_service.dll"));
+  Write("captureObjects", CountObjects(process.get(), L"GraphicsCapture.dll"));
   Write("direct3dObjects", CountObjects(process.get(), L"d3d11.dll"));
-  Write("comLetGo", brisolte::CallRemoteCount(process.get(), L"capture_service.dll", "StandinComLetGoCount"),
+  Write("comLetGo", brisolte::CallRemoteCount(process.get(), L"GraphicsCapture.dll", "StandinComLetGoCount"),
         "}\n");
   return 0;
 }

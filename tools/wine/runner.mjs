@@ -80,6 +80,7 @@ export async function runUnderWine(program, words, options = {}) {
             ...['--ro-bind', `${standinsDir}/d3d11.dll`, '/prefix/drive_c/windows/system32/d3d11.dll'],
             ...['--ro-bind', `${template}/drive_c/windows/system32/d3d11.dll`, '/prefix/drive_c/wine/wine-d3d11.dll'],
             ...['mf.dll', 'mfreadwrite.dll'].flatMap((name) => bindOver(standinsDir, name)),
+            ...bindOver(standinsDir, 'GraphicsCapture.dll', 'graphicscapture.dll'),
           ]
         : []),
       ...['--dir', SMALL_DISK, '--size', String(smallDisk), '--tmpfs', SMALL_DISK],
@@ -111,7 +112,11 @@ export async function runUnderWine(program, words, options = {}) {
   }
 }
 
-const bindOver = (folder, name) => ['--ro-bind', `${folder}/${name}`, `/prefix/drive_c/windows/system32/${name}`];
+const bindOver = (folder, name, systemName = name) => [
+  '--ro-bind',
+  `${folder}/${name}`,
+  `/prefix/drive_c/windows/system32/${systemName}`,
+];
 
 /** The number of dots in an inch that the system's settings have for a scaling in per cent. */
 function dotsPerInch(scale) {

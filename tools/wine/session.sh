@@ -51,9 +51,9 @@ prefix() {
     local class
     for class in GraphicsCaptureItem Direct3D11CaptureFramePool; do
       printf '\n[Software\\\\Microsoft\\\\WindowsRuntime\\\\ActivatableClassId\\\\Windows.Graphics.Capture.%s]\n"DllPath"="%s"\n' \
-        "$class" 'C:\\standins\\capture_service.dll' >> "$WINEPREFIX/system.reg"
+        "$class" 'C:\\windows\\system32\\GraphicsCapture.dll' >> "$WINEPREFIX/system.reg"
     done
-    export WINEDLLOVERRIDES="d3d11,mf,mfreadwrite=n,b;$WINEDLLOVERRIDES"
+    export WINEDLLOVERRIDES="d3d11,graphicscapture,mf,mfreadwrite=n,b;$WINEDLLOVERRIDES"
   fi
 }
 

@@ -1,6 +1,7 @@
 #include "capture/com_watch.h"
 
 #include <objbase.h>
+#include <windows.h>
 
 #include <atomic>
 #include <cstdio>
@@ -29,6 +30,13 @@ void TellIfLetGo() {
       std::fflush(stderr);
     }
   });
+}
+
+/// As the system does, which unloads the library of a class only when the process lets go of COM.
+bool KeepLibrary() {
+  HMODULE self = nullptr;
+  return GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
+                            reinterpret_cast<LPCWSTR>(&KeepLibrary), &self) != FALSE;
 }
 
 /// Registered as a class, it is released by COM itself when the apartment that it was registered in ends.
@@ -69,8 +77,10 @@ void WatchCom() {
     return;
   }
   DWORD cookie = 0;
-  if (FAILED(
-          CoRegisterClassObject(kWatchClass, &watcher, CLSCTX_INPROC_SERVER, REGCLS_MULTIPLEUSE, &cookie))) {
+  // Wine unloads it already when a class lacks the interface that it was asked for: COM would be left with
+  // the address of a watcher that is gone, and the service's threads without their code.
+  if (!KeepLibrary() || FAILED(CoRegisterClassObject(kWatchClass, &watcher, CLSCTX_INPROC_SERVER,
+                                                     REGCLS_MULTIPLEUSE, &cookie))) {
     watching = false;
   }
 }

@@ -1,30 +1,25 @@
 #include "capture/service_thread.h"
 
-#include <windows.h>
-
+#include <mutex>
 #include <system_error>
 #include <thread>
 
 namespace brisolte::standins {
 
-namespace {
-
-// A thread may outlive everything that its caller owns, and its code must not go away under it.
-bool KeepLoaded() {
-  HMODULE self = nullptr;
-  return GetModuleHandleExW(GET_MODULE_HANDLE_EX_FLAG_PIN | GET_MODULE_HANDLE_EX_FLAG_FROM_ADDRESS,
-                            reinterpret_cast<LPCWSTR>(&KeepLoaded), &self) != FALSE;
-}
-
-}  // namespace
-
 bool StartServiceThread(std::function<void()> work) {
+  // MinGW's threads library gives the record of a thread back twice when the thread ends while it is being
+  // detached. The next two threads then share one, and wait for each other for ever.
+  static std::mutex detaching;
+  const std::lock_guard starting(detaching);
   try {
-    return KeepLoaded() && (std::thread([work = std::move(work)]() mutable {
-                              work();
-                              work = nullptr;
-                            }).detach(),
-                            true);
+    std::thread([work = std::move(work)]() mutable {
+      {
+        const std::lock_guard isDetached(detaching);
+      }
+      work();
+      work = nullptr;
+    }).detach();
+    return true;
   } catch (const std::system_error&) {
     return false;
   }

@@ -360,7 +360,7 @@ TEST(CaptureService, ReleasesEverything) {
     capture.session.Reset();
     capture.pool.Reset();
   }
-  EXPECT_TRUE(Eventually([] { return LiveObjects(L"capture_service.dll") == 0; }));
+  EXPECT_TRUE(Eventually([] { return LiveObjects(L"GraphicsCapture.dll") == 0; }));
   EXPECT_TRUE(Eventually([] { return LiveObjects(L"d3d11.dll") == 0; }));
 }
 

@@ -75,7 +75,7 @@ long LiveObjects(const wchar_t* dll) {
 
 long ComLetGoCount() {
   using Count = long (*)();
-  return ExportedFunction<Count>(GetModuleHandleW(L"capture_service.dll"), "StandinComLetGoCount")();
+  return ExportedFunction<Count>(GetModuleHandleW(L"GraphicsCapture.dll"), "StandinComLetGoCount")();
 }
 
 Device MakeDevice() {

@@ -31,7 +31,7 @@ class Faults {
   Faults& operator=(Faults&&) = delete;
 };
 
-/// Live objects of `capture_service.dll` or `d3d11.dll`.
+/// Live objects of `GraphicsCapture.dll` or `d3d11.dll`.
 long LiveObjects(const wchar_t* dll);
 
 /// How often the process let go of COM after it had used the service.
