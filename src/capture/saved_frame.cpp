@@ -16,11 +16,7 @@ using Microsoft::WRL::ComPtr;
 HRESULT FindTexture(abi::IDirect3DSurface& surface, ComPtr<ID3D11Texture2D>& texture) {
   ComPtr<abi::IDirect3DDxgiInterfaceAccess> access;
   const HRESULT found = Given(QueryByIid(&surface, access), access);
-  return FAILED(found)
-             ? found
-             : Given(access->GetInterface(__uuidof(ID3D11Texture2D),
-                                          reinterpret_cast<void**>(texture.ReleaseAndGetAddressOf())),
-                     texture);
+  return FAILED(found) ? found : GetBehind(*access.Get(), texture);
 }
 
 /// Copies the texture to where the processor can read it.

@@ -25,19 +25,19 @@ class ServiceItems final : public ScreenshotItems {
   explicit ServiceItems(ConfinedService& service) : service_(service) {}
 
   std::int32_t CreateItemForWindow(std::int64_t window) override {
-    return service_.Ask("CreateForWindow", [window](CaptureService& service) {
-      const HRESULT found = service.ObtainItemInterop();
-      return FAILED(found) ? found : service.CreateItemForWindow(WindowOf(window));
-    });
+    return Create("CreateForWindow", &CaptureService::CreateItemForWindow, WindowOf(window));
   }
   std::int32_t CreateItemForMonitor(std::int64_t monitor) override {
-    return service_.Ask("CreateForMonitor", [monitor](CaptureService& service) {
-      const HRESULT found = service.ObtainItemInterop();
-      return FAILED(found) ? found : service.CreateItemForMonitor(MonitorOf(monitor));
-    });
+    return Create("CreateForMonitor", &CaptureService::CreateItemForMonitor, MonitorOf(monitor));
   }
 
  private:
+  template <typename Call, typename Target>
+  HRESULT Create(const char* name, Call call, Target target) {
+    const HRESULT found = service_.Ask("RoGetActivationFactory", &CaptureService::ObtainItemInterop);
+    return FAILED(found) ? found : service_.Ask(name, call, target);
+  }
+
   ConfinedService& service_;
 };
 
@@ -48,25 +48,19 @@ bool WrapDevice(ConfinedService& service, ID3D11Device& device) {
     Logger::Error("Failed to get DXGI device");
     return false;
   }
-  return CheckResult(service.Ask("CreateDirect3D11DeviceFromDXGIDevice",
-                                 [dxgi](CaptureService& calls) { return calls.WrapDevice(*dxgi.Get()); }),
+  return CheckResult(service.Ask("CreateDirect3D11DeviceFromDXGIDevice", &CaptureService::WrapDevice, dxgi),
                      "Failed to create WinRT Direct3D device: ");
 }
 
 void StartCapture(ConfinedService& service, PixelSize size) {
-  ThrowIfFailed(service.Ask("CreateFreeThreaded", [size](CaptureService& calls) {
-    return calls.CreateFramePool(size, kPoolBuffers);
-  }));
+  ThrowIfFailed(service.Ask("CreateFreeThreaded", &CaptureService::CreateFramePool, size, kPoolBuffers));
   Logger::Info("Successfully created Direct3D11CaptureFramePool");
   ThrowIfFailed(service.Ask("CreateCaptureSession", [](CaptureService& calls) {
     const HRESULT created = calls.CreateSession();
     return SUCCEEDED(created) && !calls.HasSession() ? E_POINTER : created;
   }));
   Logger::Info("Successfully created capture session");
-  service.Demand("StartCapture", [](CaptureService& calls) {
-    calls.StartCapture();
-    return true;
-  });
+  service.Demand("StartCapture", &CaptureService::StartCapture);
   Logger::Info("Started capture");
 }
 

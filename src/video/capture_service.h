@@ -23,7 +23,9 @@ class CaptureService {
   ~CaptureService();
 
   /// Takes the device to capture with.
-  HRESULT WrapDevice(IDXGIDevice& device) { return WrapDxgiDevice(device, wrapped_); }
+  HRESULT WrapDevice(const Microsoft::WRL::ComPtr<IDXGIDevice>& device) {
+    return WrapDxgiDevice(*device.Get(), wrapped_);
+  }
   bool HasWrappedDevice() const { return wrapped_ != nullptr; }
 
   HRESULT ObtainItemInterop();

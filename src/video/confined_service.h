@@ -5,6 +5,7 @@
 #include <optional>
 #include <type_traits>
 #include <utility>
+#include <variant>
 
 #include "common/hresult_error.h"
 #include "video/capture_service.h"
@@ -27,15 +28,26 @@ class ConfinedService {
   ConfinedService& operator=(const ConfinedService&) = delete;
   ~ConfinedService();
 
-  /// Gives what `call` makes of the CaptureService, or raises what it raises; empty when it does not come
-  /// back. `name` is for the log. The call owns all that it uses.
-  template <typename Call>
-  auto Try(const char* name, Call call) -> std::optional<std::invoke_result_t<Call, CaptureService&>> {
+  /// What a call gives; std::monostate when it gives nothing.
+  template <typename Call, typename... Words>
+  using ResultOf = std::conditional_t<std::is_void_v<std::invoke_result_t<Call, CaptureService&, Words...>>,
+                                      std::monostate, std::invoke_result_t<Call, CaptureService&, Words...>>;
+
+  /// Calls `call` with the CaptureService and `words`. Gives what it gives, or raises what it raises; empty
+  /// when it does not come back. `name` is for the log. The call owns all that it uses.
+  template <typename Call, typename... Words>
+  auto Try(const char* name, Call call, Words... words) -> std::optional<ResultOf<Call, Words...>> {
     if (isLeftBehind_) {
       return std::nullopt;
     }
-    auto result = CaptureThread().Run(
-        [service = service_, call = std::move(call)]() mutable { return std::invoke(call, *service); });
+    auto result = CaptureThread().Run([service = service_, call, words...]() -> ResultOf<Call, Words...> {
+      if constexpr (std::is_void_v<std::invoke_result_t<Call, CaptureService&, Words...>>) {
+        std::invoke(call, *service, words...);
+        return {};
+      } else {
+        return std::invoke(call, *service, words...);
+      }
+    });
     if (!result) {
       LeaveBehind(name);
     }
@@ -43,15 +55,15 @@ class ConfinedService {
   }
 
   /// The same for a call that gives an HRESULT.
-  template <typename Call>
-  HRESULT Ask(const char* name, Call call) {
-    return Try(name, std::move(call)).value_or(kServiceTimeout);
+  template <typename Call, typename... Words>
+  HRESULT Ask(const char* name, Call call, Words... words) {
+    return Try(name, call, words...).value_or(kServiceTimeout);
   }
 
   /// The same for a call that cannot say by its result that it failed: then it raises HResultError.
-  template <typename Call>
-  auto Demand(const char* name, Call call) -> std::invoke_result_t<Call, CaptureService&> {
-    auto result = Try(name, std::move(call));
+  template <typename Call, typename... Words>
+  auto Demand(const char* name, Call call, Words... words) -> ResultOf<Call, Words...> {
+    auto result = Try(name, call, words...);
     if (!result) {
       throw HResultError(kServiceTimeout);
     }

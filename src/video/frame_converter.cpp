@@ -26,13 +26,9 @@ ComPtr<ID3D11Texture2D> CapturedTexture(abi::IDirect3D11CaptureFrame& captured) 
   ComPtr<IDXGISurface> dxgi;
   DXGI_SURFACE_DESC description{};
   ComPtr<ID3D11Texture2D> texture;
-  const bool got =
-      CheckResult(
-          Given(access->GetInterface(__uuidof(IDXGISurface), reinterpret_cast<void**>(dxgi.GetAddressOf())),
-                dxgi),
-          "Failed to get DXGI surface: ") &&
-      CheckResult(dxgi->GetDesc(&description), "Failed to get DXGI surface description: ") &&
-      CheckResult(Given(dxgi.As(&texture), texture), "Failed to get capture texture: ");
+  const bool got = CheckResult(GetBehind(*access.Get(), dxgi), "Failed to get DXGI surface: ") &&
+                   CheckResult(dxgi->GetDesc(&description), "Failed to get DXGI surface description: ") &&
+                   CheckResult(Given(dxgi.As(&texture), texture), "Failed to get capture texture: ");
   return got ? texture : nullptr;
 }
 

@@ -79,9 +79,7 @@ class WindowsCapturePlatform final : public CapturePlatform {
     if (dxgi == nullptr) {
       throw std::runtime_error("Failed to get DXGI device");
     }
-    return SUCCEEDED(service_.Ask("CreateDirect3D11DeviceFromDXGIDevice", [dxgi](CaptureService& service) {
-      return service.WrapDevice(*dxgi.Get());
-    }));
+    return SUCCEEDED(service_.Ask("CreateDirect3D11DeviceFromDXGIDevice", &CaptureService::WrapDevice, dxgi));
   }
   bool ObtainItemInterop() override {
     return SUCCEEDED(service_.Ask("RoGetActivationFactory", &CaptureService::ObtainItemInterop));
@@ -92,14 +90,10 @@ class WindowsCapturePlatform final : public CapturePlatform {
   }
 
   std::int32_t CreateItemForMonitor(std::int64_t monitor) override {
-    return service_.Ask("CreateForMonitor", [monitor](CaptureService& service) {
-      return service.CreateItemForMonitor(MonitorOf(monitor));
-    });
+    return service_.Ask("CreateForMonitor", &CaptureService::CreateItemForMonitor, MonitorOf(monitor));
   }
   std::int32_t CreateItemForWindow(std::int64_t window) override {
-    return service_.Ask("CreateForWindow", [window](CaptureService& service) {
-      return service.CreateItemForWindow(WindowOf(window));
-    });
+    return service_.Ask("CreateForWindow", &CaptureService::CreateItemForWindow, WindowOf(window));
   }
   bool HasItem() override { return service_.Try("HasItem", &CaptureService::HasItem).value_or(false); }
   PixelSize ItemSize() override {
@@ -107,9 +101,7 @@ class WindowsCapturePlatform final : public CapturePlatform {
   }
 
   bool CreateFramePool(PixelSize size, std::int32_t buffers) override {
-    return SUCCEEDED(service_.Ask("CreateFreeThreaded", [size, buffers](CaptureService& service) {
-      return service.CreateFramePool(size, buffers);
-    }));
+    return SUCCEEDED(service_.Ask("CreateFreeThreaded", &CaptureService::CreateFramePool, size, buffers));
   }
   void SubscribeFrameArrived(FrameArrivedHandler handler) override {
     converter_ = std::make_shared<FrameConverter>(graphics_);
@@ -117,10 +109,7 @@ class WindowsCapturePlatform final : public CapturePlatform {
       WindowsFrameSource source(pool, *converter);
       return handler(source);
     };
-    service_.Demand("FrameArrived", [take](CaptureService& service) {
-      service.Subscribe(take);
-      return true;
-    });
+    service_.Demand("FrameArrived", &CaptureService::Subscribe, take);
   }
   std::int32_t CreateSession() override {
     return service_.Ask("CreateCaptureSession", &CaptureService::CreateSession);
@@ -147,24 +136,11 @@ class WindowsCapturePlatform final : public CapturePlatform {
     }
   }
 
-  void StartCapture() override {
-    service_.Demand("StartCapture", [](CaptureService& service) {
-      service.StartCapture();
-      return true;
-    });
-  }
+  void StartCapture() override { service_.Demand("StartCapture", &CaptureService::StartCapture); }
   void CloseSession() override {
-    service_.Try("GraphicsCaptureSession.Close", [](CaptureService& service) {
-      service.CloseSession();
-      return true;
-    });
+    service_.Try("GraphicsCaptureSession.Close", &CaptureService::CloseSession);
   }
-  void ReleaseTarget() override {
-    service_.Try("ReleaseTarget", [](CaptureService& service) {
-      service.ReleaseTarget();
-      return true;
-    });
-  }
+  void ReleaseTarget() override { service_.Try("ReleaseTarget", &CaptureService::ReleaseTarget); }
 
  private:
   Direct3D graphics_;
