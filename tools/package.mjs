@@ -17,11 +17,11 @@ await main(async () => {
   }
 });
 
-function show({ tarball, size, unpackedSize, files }) {
+function show({ tarball, size, unpackedSize, files, symbols }) {
   const natives = files.filter(({ path }) => purposeOf(path)).sort((a, b) => b.size - a.size);
   const others = files.filter(({ path }) => !purposeOf(path));
   console.log(`\n${tarball}\n${megabytes(size)}, installed ${megabytes(unpackedSize)}, ${files.length} files\n`);
   natives.forEach((file) => console.log(`${megabytes(file.size).padStart(10)}  ${file.path}\n${' '.repeat(12)}${purposeOf(file.path)}`));
-  console.log('');
+  console.log(`\nSymbols, not in the package: ${symbols.path}, ${megabytes(symbols.size)}\n`);
   others.forEach((file) => console.log(`${kilobytes(file.size).padStart(10)}  ${file.path}`));
 }

@@ -10,7 +10,9 @@ namespace brisolte {
 /// A Node-API function of the program that runs this module, one of a list of all.
 ///
 /// The module does not import Node-API by the name of a program file, because an application built on Node.js
-/// has a name of its own. Each function is found by its name in the running program instead.
+/// has a name of its own. Each function is found by its name in the running program instead. The usual way, a
+/// delayed import of "node.exe" that a hook of the linker's redirects, is one of MSVC's alone, and ends the
+/// process where a function is missing; here that is an error of `require`.
 class HostFunction {
  public:
   explicit HostFunction(const char* name) : name_(name), next_(first) { first = this; }

@@ -1,9 +1,9 @@
 // Making the package's one file.
 
-import { mkdirSync, rmSync } from 'node:fs';
+import { cpSync, mkdirSync, rmSync, statSync } from 'node:fs';
 import { join } from 'node:path';
 import { outputOf } from '../workshop/processes.mjs';
-import { buildTree, treeDir } from '../workshop/tree.mjs';
+import { buildDir, buildTree, treeDir } from '../workshop/tree.mjs';
 import { collectLicences } from './licences.mjs';
 import { checkNatives } from './natives.mjs';
 
@@ -17,8 +17,9 @@ export async function prepare() {
 }
 
 /**
- * Packs what has been prepared.
- * @returns {Promise<{tarball: string, size: number, unpackedSize: number, files: {path: string, size: number}[]}>}
+ * Packs what has been prepared, and puts the symbols that were taken out of the module beside the package.
+ * @returns {Promise<{tarball: string, size: number, unpackedSize: number, files: {path: string, size: number}[],
+ *   symbols: {path: string, size: number}}>}
  */
 export async function pack() {
   rmSync(packageDir, { recursive: true, force: true });
@@ -27,5 +28,7 @@ export async function pack() {
   const words = ['npm', 'pack', '--ignore-scripts', '--json', '--pack-destination', packageDir];
   const [{ filename, size, unpackedSize, files }] = JSON.parse(outputOf(words, { cwd: treeDir }));
   await checkNatives(files.map(({ path }) => path));
-  return { tarball: join(packageDir, filename), size, unpackedSize, files };
+  const symbols = join(packageDir, filename.replace(/\.tgz$/, '-brisolte.node.debug'));
+  cpSync(join(buildDir('windows'), 'symbols', 'brisolte.node.debug'), symbols);
+  return { tarball: join(packageDir, filename), size, unpackedSize, files, symbols: { path: symbols, size: statSync(symbols).size } };
 }
