@@ -68,7 +68,7 @@ test('the file of an encoder that no list knows ends in mp4', async (t) => {
 
 test('an unknown encoder fails, and a good recording follows', async (t) => {
   const window = await openPattern(t, { title: 'Unknown encoder', ...SIZE });
-  const names = ['nonesuch', 'LIBX264', '', 'libx264 ', 'h264_qsv', 'a\0b', 'ü'.repeat(2000), 'libmp3lame'];
+  const names = ['nonesuch', 'LIBX264', '', 'libx264 ', 'h264_mf', 'a\0b', 'ü'.repeat(2000), 'libmp3lame'];
   const target = ['setWindow', window.handle];
   const bad = names.map((name) => ({ window, settings: [target, ['setEncoder', name]] }));
   const good = { window, pictures: 40, settings: [target, ['setEncoder', 'libx264']] };
@@ -80,6 +80,26 @@ test('an unknown encoder fails, and a good recording follows', async (t) => {
       assert.ok(log.includes(`[ERROR] Encoder ${names[i].split('\0')[0]}`), log);
       assert.match(log, /\[ERROR\] Encoder .* not found!/s);
     }
+    assert.match(log, /\[ERROR\] VideoCapture: ConfigureVideoStream failed/);
+    assert.match(log, /\[ERROR\] Failed to create video capture/);
+  });
+  assertRecording(recordings.at(-1), { picture: window.picture, exact: false });
+});
+
+const HARDWARE = [
+  ...['h264_nvenc', 'hevc_nvenc', 'av1_nvenc'],
+  ...['h264_qsv', 'hevc_qsv', 'av1_qsv', 'vp9_qsv', 'mjpeg_qsv', 'mpeg2_qsv'],
+];
+
+test('an encoder of hardware that is not there fails with its text, and a good recording follows', async (t) => {
+  const window = await openPattern(t, { title: 'No hardware', ...SIZE });
+  const target = ['setWindow', window.handle];
+  const bad = HARDWARE.map((name) => ({ window, settings: [target, ['setEncoder', name]] }));
+  const good = { window, pictures: 40, settings: [target, ['setEncoder', 'libx264']] };
+  const { recordings } = await recordAll([...bad, good]);
+  recordings.slice(0, -1).forEach(({ started, capturing, log }, i) => {
+    assert.deepEqual([started, capturing], [false, false], HARDWARE[i]);
+    assert.ok(log.includes('[ERROR] Failed to open encoder: '), log);
     assert.match(log, /\[ERROR\] VideoCapture: ConfigureVideoStream failed/);
     assert.match(log, /\[ERROR\] Failed to create video capture/);
   });

@@ -3,21 +3,20 @@
 import { cpSync, mkdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
 import { buildRoot } from '../workshop/build-root.mjs';
-import { ffmpegSources } from '../workshop/ffmpeg.mjs';
+import { patchedSource } from '../workshop/ffmpeg.mjs';
 import { WorkshopError } from '../workshop/report.mjs';
 import { treeDir } from '../workshop/tree.mjs';
+import { sourcesPage } from './sources-page.mjs';
 
 const folder = join(treeDir, 'licenses');
 
 const FROM_SOURCES = {
-  'ffmpeg.md': 'ffmpeg/LICENSE.md',
-  'ffmpeg-gpl-2.0.txt': 'ffmpeg/COPYING.GPLv2',
-  'ffmpeg-lgpl-2.1.txt': 'ffmpeg/COPYING.LGPLv2.1',
-  'lame.txt': 'lame/COPYING',
-  'libvpx.txt': 'libvpx/LICENSE',
-  'libvpx-patents.txt': 'libvpx/PATENTS',
-  'x264.txt': 'x264/COPYING',
-  'x265.txt': 'x265/COPYING',
+  ffmpeg: { 'ffmpeg.md': 'LICENSE.md', 'ffmpeg-gpl-2.0.txt': 'COPYING.GPLv2', 'ffmpeg-lgpl-2.1.txt': 'COPYING.LGPLv2.1' },
+  lame: { 'lame.txt': 'COPYING' },
+  libvpx: { 'libvpx.txt': 'LICENSE', 'libvpx-patents.txt': 'PATENTS' },
+  onevpl: { 'onevpl.txt': 'LICENSE' },
+  x264: { 'x264.txt': 'COPYING' },
+  x265: { 'x265.txt': 'COPYING' },
 };
 
 // These come with the compiler, without a file of their licence: their headers begin with it.
@@ -30,24 +29,28 @@ const FROM_PACKAGES = { 'node-addon-api.md': 'node-addon-api/LICENSE.md' };
 
 /** Fills the folder `licenses` of the tree. */
 export async function collectLicences() {
-  const [sources, root] = [await ffmpegSources(), await buildRoot()];
+  const root = await buildRoot();
   rmSync(folder, { recursive: true, force: true });
   mkdirSync(folder);
   const copyAll = (texts, from) =>
     Object.entries(texts).forEach(([name, path]) => cpSync(join(from, path), join(folder, name)));
-  copyAll(FROM_SOURCES, sources);
+  for (const [name, texts] of Object.entries(FROM_SOURCES)) {
+    copyAll(texts, await patchedSource(name));
+  }
   copyAll(FROM_PACKAGES, join(treeDir, 'node_modules'));
   for (const [name, path] of Object.entries(FROM_HEADERS)) {
-    writeFileSync(join(folder, name), permissionIn(join(root, path)));
+    writeFileSync(join(folder, name), noticesIn(join(root, path)));
   }
+  writeFileSync(join(folder, 'SOURCES.md'), await sourcesPage());
 }
 
-function permissionIn(header) {
-  const comments = readFileSync(header, 'utf8').match(/\/\*[^]*?\*\//g) ?? [];
-  const found = comments.find((comment) => comment.includes('Permission is hereby granted'));
-  if (!found) {
+/** The comments with which a header begins: the notices of all who wrote it. */
+function noticesIn(header) {
+  const [beginning] = readFileSync(header, 'utf8').split(/^#/m);
+  const comments = beginning.match(/\/\*[^]*?\*\//g) ?? [];
+  if (!comments.some((comment) => comment.includes('Permission is hereby granted'))) {
     throw new WorkshopError(`${header} does not tell its licence any more`);
   }
-  const lines = found.slice(2, -2).split('\n');
-  return `${lines.map((line) => line.replace(/^[ \t*]+/, '').trimEnd()).join('\n').trim()}\n`;
+  const texts = comments.map((comment) => comment.slice(2, -2).split('\n').map((line) => line.replace(/^[ \t*]+/, '').trimEnd()));
+  return `${texts.map((lines) => lines.join('\n').trim()).join('\n\n')}\n`;
 }

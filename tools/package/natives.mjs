@@ -11,15 +11,15 @@ const FOLDER = 'prebuilds/win32-x64';
 
 const PURPOSES = [
   [/^brisolte\.node$/, 'the module: capture, sound, Media Foundation, and the C++ runtime'],
-  [/^avcodec-\d+\.dll$/, 'encoders: 6 MB of x265, 2 of x264, 2 of libvpx (VP8, VP9), the rest FFmpeg’s own and LAME (MP3)'],
-  [/^avformat-\d+\.dll$/, 'MP4, MOV, WebM, AVI and MP3 files'],
-  [/^avutil-\d+\.dll$/, 'what the other FFmpeg libraries share'],
-  [/^swresample-\d+\.dll$/, 'conversion of sound to the encoder’s format'],
-  [/^swscale-\d+\.dll$/, 'conversion of pictures for encoders that do not take NV12'],
+  [/^avcodec-brisolte-\d+\.dll$/, 'encoders: 6 MB of x265, 2 of x264, 2 of libvpx (VP8, VP9), the rest FFmpeg’s own, LAME (MP3) and the way to Intel’s'],
+  [/^avformat-brisolte-\d+\.dll$/, 'MP4, MOV, WebM, AVI and MP3 files'],
+  [/^avutil-brisolte-\d+\.dll$/, 'what the other FFmpeg libraries share'],
+  [/^swresample-brisolte-\d+\.dll$/, 'conversion of sound to the encoder’s format'],
+  [/^swscale-brisolte-\d+\.dll$/, 'conversion of pictures for encoders that do not take NV12'],
 ];
 
 // What the files need of Windows, and every edition has; Media Foundation, for one, is not in those for Europe ("N").
-const SYSTEM = /^(avrt|bcrypt|d3d11|dwmapi|kernel32|msvcrt|ole32|user32|winmm|api-ms-win-(core-winrt|crt)-[a-z0-9-]+)\.dll$/i;
+const SYSTEM = /^(advapi32|avrt|bcrypt|d3d11|dwmapi|kernel32|msvcrt|ole32|user32|winmm|api-ms-win-(core-winrt|crt)-[a-z0-9-]+)\.dll$/i;
 
 /** Whether a DLL of this name is in every Windows. */
 export const isOfWindows = (name) => SYSTEM.test(name);

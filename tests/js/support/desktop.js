@@ -12,6 +12,8 @@ const { waitFor } = require('./wait');
 const folder =
   process.env.BRISOLTE_TEST_PROGRAMS ?? path.join(__dirname, '..', '..', '..', 'build', 'windows', 'pattern');
 
+/** A library with the name of one of FFmpeg's, and nothing of it. */
+const foreignLibrary = path.join(folder, 'foreign', 'avcodec-61.dll');
 /** The programs that the tests start. */
 const programs = Object.fromEntries(['pattern', 'hold', 'tone', 'usage', 'bare'].map((name) => [name, path.join(folder, `${name}.exe`)]));
 
@@ -110,4 +112,4 @@ async function openPattern(t, options) {
   return window;
 }
 
-module.exports = { openPattern, painted, paintedMore, programs };
+module.exports = { foreignLibrary, openPattern, painted, paintedMore, programs };

@@ -70,17 +70,17 @@ TEST(CodecProbe, WarnsOfHardwareEncodersWithoutTheirDevice) {
       1);
 }
 
+#ifndef _WIN32  // the package's FFmpeg has no such encoder
+
 TEST(CodecProbe, LeavesOutEncodersWithoutADeviceConfigurationInSilence) {
   const CapturedLog log;
   const auto codecs = GetSupportedVideoCodecs();
-#ifdef _WIN32
-  const std::string name = "h264_mf";
-#else
   const std::string name = "h264_v4l2m2m";
-#endif
   EXPECT_EQ(Find(codecs, name), nullptr);
   EXPECT_THAT(log.text(), Not(HasSubstr(name)));
 }
+
+#endif
 
 TEST(CodecProbe, GivesTheSameListAgain) {
   const CapturedLog log;
