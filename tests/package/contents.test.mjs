@@ -3,9 +3,13 @@ import { execFileSync, spawnSync } from 'node:child_process';
 import { existsSync, readdirSync, readFileSync } from 'node:fs';
 import { dirname, join } from 'node:path';
 import { test } from 'node:test';
+import { NtExecutable, NtExecutableResource, Resource } from 'resedit';
+import { buildRoot } from '../../tools/workshop/build-root.mjs';
+import { outputOf } from '../../tools/workshop/processes.mjs';
+import { sandboxed } from '../../tools/workshop/sandbox.mjs';
 import support from '../js/support/package.js';
 
-const { BRISOLTE_PACKAGE: folder, BRISOLTE_TARBALL: tarball } = process.env;
+const { BRISOLTE_PACKAGE: folder, BRISOLTE_TARBALL: tarball, BRISOLTE_SYMBOLS: symbols } = process.env;
 const project = dirname(dirname(folder));
 
 const packed = execFileSync('tar', ['-tzf', tarball], { encoding: 'utf8' })
@@ -15,16 +19,79 @@ const packed = execFileSync('tar', ['-tzf', tarball], { encoding: 'utf8' })
 
 test('the native files are the module and the libraries it needs', () => {
   const natives = packed.filter((path) => /\.(node|dll|exe|so|dylib|lib|a|pdb)$/.test(path)).map((path) => path.replace(/-\d+/, ''));
-  const libraries = ['avcodec', 'avformat', 'avutil', 'swresample', 'swscale'].map((name) => `${name}.dll`);
+  const libraries = ['avcodec', 'avformat', 'avutil', 'swresample', 'swscale'].map((name) => `${name}-brisolte.dll`);
   assert.deepEqual(natives.sort(), [...libraries, 'brisolte.node'].map((name) => `prebuilds/win32-x64/${name}`).sort());
 });
 
 test('it has the licences of all that is in the native files', () => {
-  const names = ['ffmpeg-gpl-2.0.txt', 'lame.txt', 'libvpx.txt', 'x264.txt', 'x265.txt', 'winpthreads.txt'];
-  for (const name of names) {
-    assert.match(readFileSync(join(folder, 'licenses', name), 'utf8'), /copyright/i, name);
+  const sentences = {
+    'ffmpeg-gpl-2.0.txt': /GNU GENERAL PUBLIC LICENSE\s+Version 2, June 1991/,
+    'ffmpeg-lgpl-2.1.txt': /GNU LESSER GENERAL PUBLIC LICENSE\s+Version 2\.1/,
+    'ffmpeg.md': /the GNU General Public License\s+version 2 or later/i,
+    'lame.txt': /GNU LIBRARY GENERAL PUBLIC LICENSE/,
+    'libvpx.txt': /Copyright \(c\) 2010, The WebM Project authors/,
+    'libvpx-patents.txt': /Additional IP Rights Grant \(Patents\)/,
+    'onevpl.txt': /Copyright \(c\) \d+ Intel Corporation\s+Permission is hereby granted/,
+    'node-addon-api.md': /Permission is hereby granted/,
+    'nv-codec-headers.txt': /NVIDIA Corporation\s+Permission is hereby granted/,
+    'winpthreads.txt': /mingw-w64 project\s+Permission is hereby granted[^]*Lockless Inc\.[^]*Redistributions in binary form must reproduce/,
+    'x264.txt': /GNU GENERAL PUBLIC LICENSE\s+Version 2/,
+    'x265.txt': /GNU GENERAL PUBLIC LICENSE\s+Version 2/,
+  };
+  for (const [name, sentence] of Object.entries(sentences)) {
+    assert.match(readFileSync(join(folder, 'licenses', name), 'utf8'), sentence, name);
   }
   assert.match(readFileSync(join(folder, 'LICENSE'), 'utf8'), /Permission is hereby granted/);
+});
+
+test('it says from which sources its libraries are built', () => {
+  const page = readFileSync(join(folder, 'licenses', 'SOURCES.md'), 'utf8');
+  for (const name of ['ffmpeg', 'lame', 'libvpx', 'onevpl', 'x264', 'x265']) {
+    assert.match(page, new RegExp(`^## ${name} \\S+\n\n- \`${name}_\\S+\\.orig\\.tar\\.\\w+\`, SHA-256 \`[0-9a-f]{64}\`$`, 'm'));
+  }
+  assert.match(page, /^- CVE-2026-2447\.patch$/m);
+  assert.match(page, /`tools\/workshop\/recipes` as of commit [0-9a-f]{40}/);
+});
+
+test('it has no path of the machine that built it', () => {
+  for (const name of readdirSync(join(folder, 'prebuilds', 'win32-x64'))) {
+    const texts = readFileSync(join(folder, 'prebuilds', 'win32-x64', name), 'latin1').split('\0');
+    // FFmpeg has the pattern of a temporary file's name in it, which it never makes on Windows.
+    const paths = texts.filter((text) => /\/root\/|\/home\/|\/tmp\/|\.cache\//.test(text) && text !== '/tmp/%sXXXXXX');
+    assert.deepEqual(paths, [], name);
+  }
+});
+
+/** What Windows shows of a native file. */
+function versionOf(name) {
+  const file = NtExecutable.from(readFileSync(join(folder, 'prebuilds', 'win32-x64', name)));
+  const [info] = Resource.VersionInfo.fromEntries(NtExecutableResource.from(file).entries);
+  const [language] = info.getAllLanguagesForStringValues();
+  return info.getStringValues(language);
+}
+
+test('Windows shows the names and versions of the native files', () => {
+  const { version, license } = JSON.parse(readFileSync(join(folder, 'package.json'), 'utf8'));
+  const { ProductName, ProductVersion, LegalCopyright } = versionOf('brisolte.node');
+  assert.deepEqual([ProductName, ProductVersion, LegalCopyright], ['Brisolte', version, license]);
+  for (const name of readdirSync(join(folder, 'prebuilds', 'win32-x64')).filter((each) => each.endsWith('.dll'))) {
+    const library = versionOf(name);
+    assert.equal(library.ProductName, 'FFmpeg', name);
+    assert.match(library.ProductVersion, /^7\.1/, name);
+  }
+});
+
+test('the symbols beside the package tell the function and the line of an address in the module', async () => {
+  const root = await buildRoot();
+  const tool = (name, ...words) =>
+    outputOf(sandboxed(root, [`x86_64-w64-mingw32-${name}`, ...words], { readable: [folder, dirname(symbols)] }));
+  const exported = tool('objdump', '-p', join(folder, 'prebuilds', 'win32-x64', 'brisolte.node'));
+  const [, base] = exported.match(/ImageBase\s+([0-9a-f]+)/);
+  const [, offset] = exported.match(/\[ *\d+\] \+base\[ *\d+\] ([0-9a-f]+) Export RVA\n/) ?? exported.match(/([0-9a-f]+) Export RVA/);
+  const address = (BigInt(`0x${base}`) + BigInt(`0x${offset}`)).toString(16);
+  const told = tool('addr2line', '-f', '-C', '-e', symbols, `0x${address}`);
+  assert.match(told, /napi_register_module_v1|node_api_module_get_api_version_v1/);
+  assert.match(told, /src\/binding\/module\.cpp:\d+/);
 });
 
 test('it has the types, the documentation and the examples, and nothing of the workshop', () => {

@@ -1,34 +1,38 @@
 'use strict';
 
-// The package in the programs that load it: each version of Node.js, a program of another name, worker threads, several
-// places of one process.
+// The package in the programs that load it: each version of Node.js, Deno, Bun, a program of another name, worker threads,
+// several places of one process.
 
 const assert = require('node:assert/strict');
 const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
+const { foreignLibrary } = require('../js/support/desktop');
+const { assertWhole } = require('../js/support/media');
 const { packageFolder } = require('../js/support/package');
 const { runNode } = require('../js/support/scenario');
 const { scratchFolder } = require('../js/support/scratch');
 
-// Programs of Node.js, each as VERSION=PATH, with a semicolon between two.
-const hosts = (process.env.BRISOLTE_HOSTS ?? `${process.versions.node}=${process.execPath}`)
-  .split(';')
-  .map((text) => text.split('='));
+// What runs modules of Node.js: its name, the program, and the words that come before a script.
+const hosts = process.env.BRISOLTE_HOSTS
+  ? JSON.parse(process.env.BRISOLTE_HOSTS)
+  : [{ name: `Node.js ${process.versions.node}`, program: process.execPath, words: [] }];
 const STRANGE_NAME = 'Meine Geräte & 漢字';
 
 /** A project with the package in it, in a folder of its own. */
 async function project(name) {
   const folder = path.join(scratchFolder(), name);
   await fs.promises.cp(packageFolder, path.join(folder, 'node_modules', 'brisolte'), { recursive: true });
+  // Without it Deno looks for nothing in node_modules.
+  fs.writeFileSync(path.join(folder, 'package.json'), '{ "private": true, "dependencies": { "brisolte": "*" } }\n');
   return folder;
 }
 
 /** Runs a script of a project; what it printed last must be JSON, which comes back. */
-async function run(folder, source, { extension = 'js', ...options } = {}) {
+async function run(folder, source, { extension = 'cjs', words = [], ...options } = {}) {
   const script = path.join(folder, `script.${extension}`);
   fs.writeFileSync(script, source);
-  const { exitCode, output, errors } = await runNode([script], options);
+  const { exitCode, output, errors } = await runNode([...words, script], options);
   assert.equal(exitCode, 0, `${output}\n${errors}`);
   return JSON.parse(output.trim().split('\n').at(-1));
 }
@@ -40,54 +44,40 @@ const USE = `function use(Brisolte) {
 }`;
 const USED = [true, true, true];
 
-for (const [version, host] of hosts) {
-  test(`the program of Node.js ${version} is what it is called`, async () => {
+for (const { name, program: host, words } of hosts) {
+  test(`the program of ${name} is what it is called`, async () => {
     const { output } = await runNode(['--version'], { program: host });
-    assert.equal(output.trim(), `v${version}`);
+    assert.ok(output.includes(name.split(' ')[1]), output);
   });
 
-  test(`it loads in Node.js ${version}, as CommonJS and as an ES module`, async () => {
+  test(`it loads in ${name}, as CommonJS and as an ES module`, async () => {
     const folder = await project(STRANGE_NAME);
     const required = `const { Brisolte } = require('brisolte'); ${USE} console.log(JSON.stringify(use(Brisolte)));`;
-    assert.deepEqual(await run(folder, required, { program: host }), USED);
+    assert.deepEqual(await run(folder, required, { program: host, words }), USED);
     const imported = `import brisolte, { Brisolte } from 'brisolte'; ${USE}
       console.log(JSON.stringify([...use(Brisolte), brisolte.Brisolte === Brisolte]));`;
-    assert.deepEqual(await run(folder, imported, { program: host, extension: 'mjs' }), [...USED, true]);
+    assert.deepEqual(await run(folder, imported, { program: host, words, extension: 'mjs' }), [...USED, true]);
   });
 
-  test(`it loads in Node.js ${version} under another name, started as Electron starts itself as Node.js`, async () => {
-    const folder = await project(STRANGE_NAME);
-    const application = path.join(folder, 'Recorder.exe');
-    fs.copyFileSync(host, application);
-    const source = `const { Brisolte } = require('brisolte'); ${USE} console.log(JSON.stringify(use(Brisolte)));`;
-    const env = { ...process.env, ELECTRON_RUN_AS_NODE: '1' };
-    assert.deepEqual(await run(folder, source, { program: application, env }), USED);
+  test(`a recording in ${name} is whole, also when the program exits meanwhile`, async () => {
+    const folder = await project('recording');
+    const source = `
+      const { Brisolte } = require('brisolte');
+      const recorder = new Brisolte();
+      recorder.setLogLevel(5);
+      recorder.setOutputDir(${JSON.stringify(folder)});
+      const thrown = (() => { try { return recorder.setMode('0'); } catch (error) { return error instanceof Error; } })();
+      const started = recorder.startRecord();
+      setTimeout(() => {
+        console.log(JSON.stringify([thrown, started]));
+        process.exit(0);
+      }, 1500);`;
+    assert.deepEqual(await run(folder, source, { program: host, words }), [true, true]);
+    const [file] = fs.readdirSync(folder).filter((each) => each.endsWith('.mp4'));
+    assertWhole([path.join(folder, file)]);
   });
 
-  test(`Recorder records in Node.js ${version}, under its own and under another name, as CommonJS and as an ES module`, async () => {
-    const folder = await project(STRANGE_NAME);
-    const application = path.join(folder, 'Recorder.exe');
-    fs.copyFileSync(host, application);
-    const record = `
-      async function record(file) {
-        const recorder = new Recorder({ file, stopAfter: { seconds: 1 } });
-        const ended = new Promise((resolve) => recorder.once('stop', resolve));
-        await recorder.start();
-        const { files, reason } = await ended;
-        await recorder.close();
-        console.log(JSON.stringify([files.length, reason, (await Recorder.monitors()).length > 0]));
-        process.exit();
-      }
-      record(${JSON.stringify(path.join(folder, 'talk.mp4'))});`;
-    const required = `const { Recorder } = require('brisolte/recorder'); ${record}`;
-    assert.deepEqual(await run(folder, required, { program: host }), [1, 'seconds', true]);
-    fs.rmSync(path.join(folder, 'talk.mp4'));
-    const imported = `import recorder, { Recorder, RecorderError } from 'brisolte/recorder';
-      if (recorder.Recorder !== Recorder || !RecorderError) { process.exit(9); } ${record}`;
-    assert.deepEqual(await run(folder, imported, { program: application, extension: 'mjs' }), [1, 'seconds', true]);
-  });
-
-  test(`it loads in worker threads of Node.js ${version}, and again after they have ended`, async () => {
+  test(`it loads in worker threads of ${name}, and again after they have ended`, async () => {
     const source = `
       const { Worker, isMainThread, parentPort } = require('node:worker_threads');
       ${USE}
@@ -111,7 +101,43 @@ for (const [version, host] of hosts) {
       }`;
     const ended = [...USED, true];
     const folder = await project('workers');
-    assert.deepEqual(await run(folder, source, { program: host }), [ended, ended, ended, USED, ended]);
+    assert.deepEqual(await run(folder, source, { program: host, words }), [ended, ended, ended, USED, ended]);
+  });
+
+  if (!name.startsWith('Node.js')) {
+    continue;
+  }
+
+  test(`it loads in ${name} under another name, started as Electron starts itself as Node.js`, async () => {
+    const folder = await project(STRANGE_NAME);
+    const application = path.join(folder, 'Recorder.exe');
+    fs.copyFileSync(host, application);
+    const source = `const { Brisolte } = require('brisolte'); ${USE} console.log(JSON.stringify(use(Brisolte)));`;
+    const env = { ...process.env, ELECTRON_RUN_AS_NODE: '1' };
+    assert.deepEqual(await run(folder, source, { program: application, env }), USED);
+  });
+
+  test(`Recorder records in ${name}, under its own and under another name, as CommonJS and as an ES module`, async () => {
+    const folder = await project(STRANGE_NAME);
+    const application = path.join(folder, 'Recorder.exe');
+    fs.copyFileSync(host, application);
+    const record = `
+      async function record(file) {
+        const recorder = new Recorder({ file, stopAfter: { seconds: 1 } });
+        const ended = new Promise((resolve) => recorder.once('stop', resolve));
+        await recorder.start();
+        const { files, reason } = await ended;
+        await recorder.close();
+        console.log(JSON.stringify([files.length, reason, (await Recorder.monitors()).length > 0]));
+        process.exit();
+      }
+      record(${JSON.stringify(path.join(folder, 'talk.mp4'))});`;
+    const required = `const { Recorder } = require('brisolte/recorder'); ${record}`;
+    assert.deepEqual(await run(folder, required, { program: host, words }), [1, 'seconds', true]);
+    fs.rmSync(path.join(folder, 'talk.mp4'));
+    const imported = `import recorder, { Recorder, RecorderError } from 'brisolte/recorder';
+      if (recorder.Recorder !== Recorder || !RecorderError) { process.exit(9); } ${record}`;
+    assert.deepEqual(await run(folder, imported, { program: application, extension: 'mjs' }), [1, 'seconds', true]);
   });
 }
 
@@ -132,4 +158,19 @@ test('it works from two places in one process', async () => {
     }, 1000);`;
   const both = [true, true];
   assert.deepEqual(await run(one, source), [true, USED, USED, both, both, both]);
+});
+
+test('it has its own FFmpeg where another addon has brought one', async () => {
+  const source = `
+    const { refusal } = (() => {
+      try {
+        return process.dlopen({ exports: {} }, ${JSON.stringify(foreignLibrary)});
+      } catch (error) {
+        return { refusal: error.message };
+      }
+    })();
+    const { Brisolte } = require('brisolte');
+    ${USE}
+    console.log(JSON.stringify([/not self-register/.test(refusal), use(Brisolte)]));`;
+  assert.deepEqual(await run(await project('foreign'), source), [true, USED]);
 });

@@ -9,7 +9,7 @@ import { runThrough } from '../workshop/processes.mjs';
 import { WorkshopError } from '../workshop/report.mjs';
 import { scratchFolder } from '../workshop/scratch.mjs';
 import { buildDir, runInRoot, treeDir } from '../workshop/tree.mjs';
-import { NODE_VERSIONS, windowsNode } from '../workshop/windows-node.mjs';
+import { packageHosts } from '../workshop/windows-node.mjs';
 import { inLanes } from './lanes.mjs';
 import { installedPackage } from './installed-package.mjs';
 
@@ -204,15 +204,18 @@ export async function runJavascript(file, layer, options = {}) {
 
 /** Tests of the package itself: as ES modules those that run here, as CommonJS those of its life on Windows. */
 async function runWithPackage(file, layer) {
-  const { tarball, project, folder } = await installedPackage(resultsDir);
+  const { tarball, symbols, project, folder } = await installedPackage(resultsDir);
   if (file.endsWith('.mjs')) {
-    return runOnThisMachine(file, layer, { env: { BRISOLTE_TARBALL: tarball, BRISOLTE_PACKAGE: folder } });
+    return runOnThisMachine(file, layer, { env: { BRISOLTE_TARBALL: tarball, BRISOLTE_SYMBOLS: symbols, BRISOLTE_PACKAGE: folder } });
   }
-  const hosts = await Promise.all(NODE_VERSIONS.map((version) => windowsNode(version)));
+  const hosts = await packageHosts();
   return runJavascript(file, layer, {
-    readable: hosts.map(dirname),
+    readable: hosts.map(({ program }) => dirname(program)),
     writable: [project],
-    env: { BRISOLTE_PACKAGE: windowsPath(folder), BRISOLTE_HOSTS: hosts.map((path, i) => `${NODE_VERSIONS[i]}=${windowsPath(path)}`).join(';') },
+    env: {
+      BRISOLTE_PACKAGE: windowsPath(folder),
+      BRISOLTE_HOSTS: JSON.stringify(hosts.map((host) => ({ ...host, program: windowsPath(host.program) }))),
+    },
   });
 }
 
