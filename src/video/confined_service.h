@@ -36,7 +36,8 @@ class ConfinedService {
   /// Calls `call` with the CaptureService and `words`. Gives what it gives, or raises what it raises; empty
   /// when it does not come back. `name` is for the log. The call owns all that it uses.
   template <typename Call, typename... Words>
-  auto Try(const char* name, Call call, Words... words) -> std::optional<ResultOf<Call, Words...>> {
+  auto Try(const char* name, const Call& call, const Words&... words)
+      -> std::optional<ResultOf<Call, Words...>> {
     if (isLeftBehind_) {
       return std::nullopt;
     }
@@ -56,13 +57,13 @@ class ConfinedService {
 
   /// The same for a call that gives an HRESULT.
   template <typename Call, typename... Words>
-  HRESULT Ask(const char* name, Call call, Words... words) {
+  HRESULT Ask(const char* name, const Call& call, const Words&... words) {
     return Try(name, call, words...).value_or(kServiceTimeout);
   }
 
   /// The same for a call that cannot say by its result that it failed: then it raises HResultError.
   template <typename Call, typename... Words>
-  auto Demand(const char* name, Call call, Words... words) -> ResultOf<Call, Words...> {
+  auto Demand(const char* name, const Call& call, const Words&... words) -> ResultOf<Call, Words...> {
     auto result = Try(name, call, words...);
     if (!result) {
       throw HResultError(kServiceTimeout);

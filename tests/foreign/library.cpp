@@ -1,6 +1,7 @@
 #include <windows.h>
 
 /// Whoever loads it finds nothing in it and gives it back; it stays.
+// NOLINTNEXTLINE(misc-use-internal-linkage): the system calls it.
 BOOL WINAPI DllMain(HINSTANCE /*self*/, DWORD reason, LPVOID /*reserved*/) {
   HMODULE self = nullptr;
   return static_cast<BOOL>(

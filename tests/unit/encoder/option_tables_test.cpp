@@ -39,10 +39,13 @@ Options OptionsOf(const std::string& encoderName) {
   const AVDictionaryEntry* entry = nullptr;
   while ((entry = av_dict_get(given.entries(), "", entry, AV_DICT_IGNORE_SUFFIX)) != nullptr) {
     const int result = av_opt_set(context.get(), entry->key, entry->value, AV_OPT_SEARCH_CHILDREN);
-    Names& names = result == 0                          ? options.known
-                   : result == AVERROR_OPTION_NOT_FOUND ? options.ignored
-                                                        : options.refused;
-    names.emplace_back(entry->key);
+    Names* names = &options.refused;
+    if (result == 0) {
+      names = &options.known;
+    } else if (result == AVERROR_OPTION_NOT_FOUND) {
+      names = &options.ignored;
+    }
+    names->emplace_back(entry->key);
   }
   return options;
 }
