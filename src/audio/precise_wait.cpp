@@ -22,12 +22,12 @@ bool WaitWith(HANDLE timer, std::chrono::milliseconds time) {
 
 }  // namespace
 
-TimerHandle MakeHighResolutionTimer() {
-  return TimerHandle(CreateWaitableTimerExW(nullptr, nullptr, CREATE_WAITABLE_TIMER_HIGH_RESOLUTION,
-                                            SYNCHRONIZE | TIMER_MODIFY_STATE));
+Handle MakeHighResolutionTimer() {
+  return Handle(CreateWaitableTimerExW(nullptr, nullptr, CREATE_WAITABLE_TIMER_HIGH_RESOLUTION,
+                                       SYNCHRONIZE | TIMER_MODIFY_STATE));
 }
 
-PreciseWait::PreciseWait(TimerHandle timer)
+PreciseWait::PreciseWait(Handle timer)
     : timer_(std::move(timer)),
       finerTicks_(timer_ == nullptr && timeBeginPeriod(kTickMilliseconds) == TIMERR_NOERROR) {}
 

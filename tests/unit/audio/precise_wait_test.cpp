@@ -18,7 +18,7 @@ steady_clock::duration Wait(const PreciseWait& wait, milliseconds time) {
 }
 
 TEST(PreciseWait, LastsAsLongAsAsked) {
-  TimerHandle timer = MakeHighResolutionTimer();
+  Handle timer = MakeHighResolutionTimer();
   ASSERT_TRUE(timer != nullptr);
   const PreciseWait wait(std::move(timer));
   for (const milliseconds time : {milliseconds(1), milliseconds(10), milliseconds(50)}) {
@@ -28,7 +28,7 @@ TEST(PreciseWait, LastsAsLongAsAsked) {
 }
 
 TEST(PreciseWait, LastsAsLongAsAskedWhereTheSystemHasNoSuchTimer) {
-  const PreciseWait wait{TimerHandle()};
+  const PreciseWait wait{Handle()};
   EXPECT_GE(Wait(wait, milliseconds(10)) + milliseconds(1), milliseconds(10));
 }
 
