@@ -13,6 +13,7 @@
 
 #include "shared/com_object.h"
 #include "shared/faults.h"
+#include "shared/media_sink_object.h"
 #include "sink_writer/frame_pixels.h"
 #include "sink_writer/media_types.h"
 #include "sink_writer/mp4_file.h"
@@ -224,31 +225,11 @@ class Recording {
   std::uint64_t samples_ = 0;
 };
 
-class MediaSink final : public ComObject<IMFMediaSink> {
+class MediaSink final : public MediaSinkObject {
  public:
   explicit MediaSink(std::shared_ptr<Recording> recording) : recording_(std::move(recording)) {}
 
   HRESULT STDMETHODCALLTYPE Shutdown() override { return recording_->Shutdown(); }
-
-  HRESULT STDMETHODCALLTYPE GetCharacteristics(DWORD* /*flags*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE AddStreamSink(DWORD /*id*/, IMFMediaType* /*type*/,
-                                          IMFStreamSink** /*sink*/) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE RemoveStreamSink(DWORD /*id*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetStreamSinkCount(DWORD* /*count*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetStreamSinkByIndex(DWORD /*index*/, IMFStreamSink** /*sink*/) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE GetStreamSinkById(DWORD /*id*/, IMFStreamSink** /*sink*/) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE SetPresentationClock(IMFPresentationClock* /*clock*/) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE GetPresentationClock(IMFPresentationClock** /*clock*/) override {
-    return E_NOTIMPL;
-  }
 
  private:
   const std::shared_ptr<Recording> recording_;

@@ -1,20 +1,14 @@
-#include "encoder/mf/sample_worker.h"
-
 #include <gmock/gmock.h>
 
-#include <algorithm>
-#include <array>
-#include <chrono>
-#include <condition_variable>
-#include <iterator>
-#include <mutex>
-#include <numeric>
+#include <cstddef>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <system_error>
 #include <thread>
 #include <vector>
 
+#include "sample_worker_fixture.h"
 #include "support/captured_log.h"
 
 namespace brisolte {
@@ -25,115 +19,6 @@ using ::testing::Contains;
 using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::SizeIs;
-
-constexpr auto kLimit = std::chrono::seconds(60);
-constexpr auto kMicrophone = AudioStreamKind::kMicrophone;
-constexpr auto kSpeaker = AudioStreamKind::kSpeaker;
-
-/// What the sinks of a test wrote, and a gate that holds them up.
-class Writes {
- public:
-  void Add(const std::string& write) {
-    std::unique_lock lock(mutex_);
-    all_.push_back(write);
-    changed_.notify_all();
-    changed_.wait(lock, [this] { return open_; });
-  }
-
-  void Open(bool open) {
-    const std::scoped_lock lock(mutex_);
-    open_ = open;
-    changed_.notify_all();
-  }
-
-  /// Waits for as many writes and gives all there are.
-  std::vector<std::string> Await(std::size_t count) {
-    std::unique_lock lock(mutex_);
-    EXPECT_TRUE(changed_.wait_for(lock, kLimit, [&] { return all_.size() >= count; }));
-    return all_;
-  }
-
- private:
-  std::mutex mutex_;
-  std::condition_variable changed_;
-  std::vector<std::string> all_;
-  bool open_ = true;
-};
-
-/// The time of a frame that cannot be written.
-constexpr std::int64_t kLostFrame = 666;
-
-/// Writes down "m" or "s" with the first byte of a chunk and its size, or "v" with a frame's time.
-class WritingSink : public SampleSink {
- public:
-  explicit WritingSink(Writes& writes) : writes_(writes) {}
-
-  bool WriteFrame(const QueuedFrame& frame) override {
-    writes_.Add("v" + std::to_string(frame.timestamp));
-    return frame.timestamp != kLostFrame;
-  }
-
-  void WriteAudio(AudioStreamKind kind, std::span<const std::uint8_t> chunk) override {
-    writes_.Add((kind == kMicrophone ? "m" : "s") + std::to_string(chunk.front()) + "+" +
-                std::to_string(chunk.size()));
-  }
-
-  void SendTick(SinkStream stream, std::int64_t time) override {
-    constexpr std::array kNames{"M", "S", "V"};
-    writes_.Add(kNames.at(static_cast<std::size_t>(stream)) + std::to_string(time / 10'000));
-  }
-
- private:
-  Writes& writes_;
-};
-
-class SampleWorkerTest : public ::testing::Test {
- protected:
-  void Start() {
-    worker_.SetChunkBytes(4);
-    worker_.Start([this] { return std::make_unique<WritingSink>(writes_); });
-  }
-
-  /// A worker that is busy with the frame of time -1.
-  void StartBusy() {
-    writes_.Open(false);
-    Start();
-    EXPECT_TRUE(worker_.PushFrame({nullptr, -1, 0}));
-    writes_.Await(1);
-  }
-
-  /// Waits until the worker takes nothing more.
-  void AwaitStopped() {
-    const auto limit = std::chrono::steady_clock::now() + kLimit;
-    while (worker_.AcceptsFrame() && std::chrono::steady_clock::now() < limit) {
-      std::this_thread::yield();
-    }
-    EXPECT_FALSE(worker_.AcceptsFrame());
-  }
-
-  bool PushFrame(std::int64_t time) { return worker_.PushFrame({nullptr, time, 0}); }
-
-  /// Bytes that count up from `first`.
-  bool PushAudio(AudioStreamKind kind, std::uint8_t first, std::size_t count) {
-    std::vector<std::uint8_t> bytes(count);
-    std::iota(bytes.begin(), bytes.end(), first);
-    return worker_.PushAudio(kind, bytes);
-  }
-
-  /// A worker with sounds of 100 bytes a second, so that a chunk has 40 ms, and 10 frames a second.
-  void StartInTime() {
-    for (const auto kind : {kMicrophone, kSpeaker}) {
-      worker_.SetBytesPerSecond(kind, 100);
-    }
-    worker_.SetChunkBytes(4);
-    constexpr std::int64_t kFrame = 1'000'000;
-    worker_.Start([this] { return std::make_unique<WritingSink>(writes_); },
-                  {SinkLayout::kAudioTick, SinkLayout::kAudioTick, kFrame});
-  }
-
-  Writes writes_;
-  SampleWorker worker_{std::chrono::milliseconds(20)};
-};
 
 TEST_F(SampleWorkerTest, WritesFramesInOrder) {
   Start();
@@ -166,61 +51,6 @@ TEST_F(SampleWorkerTest, WritesMicrophoneThenSpeakerThenFrames) {
   EXPECT_TRUE(PushAudio(kMicrophone, 0, 9));
   writes_.Open(true);
   EXPECT_THAT(writes_.Await(7), ElementsAre("v-1", "m0+4", "m4+4", "s0+4", "s4+4", "v0", "v1"));
-}
-
-TEST_F(SampleWorkerTest, WritesInTheOrderOfTime) {
-  writes_.Open(false);
-  StartInTime();
-  EXPECT_TRUE(PushFrame(0));
-  writes_.Await(1);
-  EXPECT_TRUE(PushAudio(kMicrophone, 0, 16));
-  EXPECT_TRUE(PushAudio(kSpeaker, 0, 8));
-  EXPECT_TRUE(PushFrame(40));
-  EXPECT_TRUE(PushFrame(100));
-  writes_.Open(true);
-  EXPECT_THAT(writes_.Await(9),
-              ElementsAre("v0", "m0+4", "s0+4", "m4+4", "s4+4", "v40", "m8+4", "v100", "m12+4"));
-}
-
-TEST_F(SampleWorkerTest, SendsATickForEachFrameThatIsMissingWhileSoundGoesOn) {
-  writes_.Open(false);
-  StartInTime();
-  EXPECT_TRUE(PushFrame(0));
-  writes_.Await(1);
-  // A second of both sounds: the picture is not taken as missing for half of it, which may be late.
-  EXPECT_TRUE(PushAudio(kSpeaker, 0, 100));
-  EXPECT_TRUE(PushAudio(kMicrophone, 0, 100));
-  writes_.Open(true);
-  const auto writes = writes_.Await(51 + 3);
-  const auto ticks = [&writes](char stream) {
-    std::vector<std::string> found;
-    std::ranges::copy_if(writes, std::back_inserter(found), [&](const auto& w) { return w[0] == stream; });
-    return found;
-  };
-  EXPECT_THAT(ticks('V'), ElementsAre("V100", "V200", "V300"));
-  EXPECT_THAT(writes, ::testing::SizeIs(51 + 3));
-}
-
-TEST_F(SampleWorkerTest, SendsTicksForASoundThatNeverComes) {
-  StartInTime();
-  for (int time = 0; time <= 3000; time += 500) {
-    EXPECT_TRUE(PushFrame(time));
-  }
-  const auto writes = writes_.Await(7 + 2 * 12);
-  for (const char* const stream : {"M", "S"}) {
-    for (int time = 0; time <= 2200; time += 200) {
-      EXPECT_THAT(writes, Contains(stream + std::to_string(time)));
-    }
-  }
-  // Before the picture that would otherwise run ahead of it.
-  EXPECT_LT(std::ranges::find(writes, "M2200"), std::ranges::find(writes, "v3000"));
-}
-
-TEST_F(SampleWorkerTest, SendsNoTicksForStreamsThatAreNotThere) {
-  Start();
-  EXPECT_TRUE(PushFrame(0));
-  EXPECT_TRUE(PushFrame(10'000));
-  EXPECT_THAT(writes_.Await(2), ElementsAre("v0", "v10000"));
 }
 
 TEST_F(SampleWorkerTest, AsksForHelpWhenAWriteDoesNotReturn) {
@@ -299,22 +129,6 @@ TEST_F(SampleWorkerTest, WritesTheLastFrameInPlaceOfWhatWaits) {
   Start();
   worker_.Stop();
   EXPECT_THAT(writes_.Await(2), SizeIs(2)) << "once";
-}
-
-// Sound that waits when the recording ends is not written: without ticks the last frame would be held back
-// for it.
-TEST_F(SampleWorkerTest, SendsTicksForSoundThatWaitsBeforeTheLastFrame) {
-  writes_.Open(false);
-  StartInTime();
-  EXPECT_TRUE(PushFrame(0));
-  writes_.Await(1);
-  EXPECT_TRUE(PushAudio(kMicrophone, 0, 100));
-  worker_.SetLastFrame({nullptr, 1000, 100});
-  std::jthread stopping([this] { worker_.Stop(); });
-  AwaitStopped();
-  writes_.Open(true);
-  stopping.join();
-  EXPECT_THAT(writes_.Await(6), ElementsAre("v0", "M0", "M200", "S0", "S200", "v1000"));
 }
 
 TEST_F(SampleWorkerTest, WritesNoLastFrameAfterOneThatWasLost) {

@@ -10,6 +10,7 @@
 #include "mf/media_names.h"
 #include "mf/nv12_textures.h"
 #include "shared/com_object.h"
+#include "shared/media_sink_object.h"
 
 namespace brisolte::testing {
 namespace {
@@ -41,7 +42,7 @@ std::string ValueText(const PROPVARIANT& value) {
 }
 
 /// What holds the file of a sink writer.
-class RecordingMediaSink final : public standins::ComObject<IMFMediaSink> {
+class RecordingMediaSink final : public standins::MediaSinkObject {
  public:
   explicit RecordingMediaSink(MediaStage& stage) : stage_(stage) {}
 
@@ -51,26 +52,6 @@ class RecordingMediaSink final : public standins::ComObject<IMFMediaSink> {
       stage_.HoldWrites(false);
       return S_OK;
     });
-  }
-
-  HRESULT STDMETHODCALLTYPE GetCharacteristics(DWORD* /*flags*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE AddStreamSink(DWORD /*id*/, IMFMediaType* /*type*/,
-                                          IMFStreamSink** /*sink*/) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE RemoveStreamSink(DWORD /*id*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetStreamSinkCount(DWORD* /*count*/) override { return E_NOTIMPL; }
-  HRESULT STDMETHODCALLTYPE GetStreamSinkByIndex(DWORD /*index*/, IMFStreamSink** /*sink*/) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE GetStreamSinkById(DWORD /*id*/, IMFStreamSink** /*sink*/) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE SetPresentationClock(IMFPresentationClock* /*clock*/) override {
-    return E_NOTIMPL;
-  }
-  HRESULT STDMETHODCALLTYPE GetPresentationClock(IMFPresentationClock** /*clock*/) override {
-    return E_NOTIMPL;
   }
 
  private:
