@@ -50,9 +50,9 @@ class FrameSource {
   virtual std::unique_ptr<CapturedFrame> TryGetNextFrame() = 0;
 };
 
-/// How long the service is waited for: twice as long as the system lets a window not answer before it calls
-/// it hung, because on a machine that is very busy calls that come back were seen to take more than that.
-inline constexpr std::chrono::seconds kServicePatience{10};
+/// How long the service is waited for: as long as the system lets a window not answer before it calls it
+/// hung.
+inline constexpr std::chrono::seconds kServicePatience{5};
 
 /// The ERROR line for a call of the service that did not come back in that time.
 inline std::string LeftBehindText(const std::string& call) {

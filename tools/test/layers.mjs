@@ -25,16 +25,12 @@ const SCALED_TESTS = ['scaling.test.js'];
 const SCALES = [100, 125, 150, 200];
 
 // Of the JavaScript files those that take more than half a minute, which begin first, so that none is left over at the end
-// while only one lane runs; and those that compare times or
-// that calls must not keep waiting, which run by themselves.
+// while only one lane runs; and those that compare times, which run by themselves.
 const LONG = [
   ...['hostile.test.js', 'js/recorder.test.js', 'recorder-host.test.js', 'scaling.test.js'],
-  ...['faults/sound.test.js', 'js/window.test.js', 'lifecycle.test.js'],
+  ...['faults/inventory.test.js', 'faults/hanging.test.js', 'faults/sound.test.js', 'js/window.test.js', 'lifecycle.test.js'],
 ];
-const TIMED = [
-  ...['js/timing.test.js', 'js/sound.test.js', 'js/mediafoundation.test.js', 'faults/clock.test.js'],
-  ...['faults/hanging.test.js', 'faults/inventory.test.js'],
-];
+const TIMED = ['js/timing.test.js', 'js/sound.test.js', 'js/mediafoundation.test.js', 'faults/clock.test.js'];
 // Every file has a sandbox, a display, a sound server and a prefix of its own. More than two would wait for each other's frames.
 const LANES = Math.min(2, cpus().length);
 
