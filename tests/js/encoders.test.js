@@ -1,10 +1,11 @@
 'use strict';
 
 const assert = require('node:assert/strict');
+const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
 const { assertRecording, assertSize } = require('./support/check');
-const { openPattern } = require('./support/desktop');
+const { foreignLibrary, openPattern } = require('./support/desktop');
 const media = require('./support/media');
 const { record, recordAll } = require('./support/recording');
 const { scenario } = require('./support/scenario');
@@ -104,4 +105,28 @@ test('an encoder of hardware that is not there fails with its text, and a good r
     assert.match(log, /\[ERROR\] Failed to create video capture/);
   });
   assertRecording(recordings.at(-1), { picture: window.picture, exact: false });
+});
+
+test("a library with a driver's name is not taken out of the current directory or a folder of PATH", async () => {
+  const planted = ['libvpl.dll', 'libvplintel.dll'].map((name) => path.join(scratchFolder(), name));
+  planted.forEach((file) => fs.copyFileSync(foreignLibrary, file));
+  const { value } = await scenario(
+    ({ Brisolte, require: load }, { here, onPath }) => {
+      process.chdir(load('node:path').dirname(here));
+      process.env.PATH = `${load('node:path').dirname(onPath)};${process.env.PATH}`;
+      const found = new Brisolte().getSupportVideoCodec().length > 0;
+      // One that has been loaded stays, and its file cannot be written.
+      const free = [here, onPath].map((file) => {
+        try {
+          load('node:fs').closeSync(load('node:fs').openSync(file, 'r+'));
+          return true;
+        } catch {
+          return false;
+        }
+      });
+      return { found, free };
+    },
+    { here: planted[0], onPath: planted[1] },
+  );
+  assert.deepEqual(value, { found: true, free: [true, true] });
 });
