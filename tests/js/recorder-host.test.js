@@ -13,6 +13,7 @@ const { setTimeout: delay } = require('node:timers/promises');
 const { openPattern } = require('./support/desktop');
 const media = require('./support/media');
 const { packageFolder } = require('./support/package');
+const { isThere } = require('./support/processes');
 const { scratchFile, scratchFolder } = require('./support/scratch');
 const { waitFor } = require('./support/wait');
 
@@ -29,15 +30,6 @@ const ENDS = {
   TerminateProcess: (host) => host.kill(),
   'the task manager': (host) => execFileSync('taskkill', ['/F', '/PID', String(host.pid)], { stdio: 'ignore' }),
 };
-
-function isThere(pid) {
-  try {
-    process.kill(pid, 0);
-    return true;
-  } catch {
-    return false;
-  }
-}
 
 /** An application that records, in a process of its own; resolves when it does. */
 async function hostOf(options, end, after) {

@@ -8,6 +8,7 @@ const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
 const { packageFolder } = require('./support/package');
+const { isThere } = require('./support/processes');
 const { scratchFolder } = require('./support/scratch');
 const { usage } = require('./support/usage');
 
@@ -15,14 +16,6 @@ const { Recorder } = require(path.join(packageFolder, 'recorder.js'));
 const RECORDINGS = Number(process.env.BRISOLTE_RECORDINGS ?? 20);
 const PROCESSES = 4;
 const REGION = { left: 0, top: 0, width: 320, height: 192 };
-
-const isThere = (pid) => {
-  try {
-    return process.kill(pid, 0);
-  } catch {
-    return false;
-  }
-};
 
 /** Records over and over, in one process; gives the process. */
 async function record(file, times) {

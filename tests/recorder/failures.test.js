@@ -9,7 +9,8 @@ const { test } = require('node:test');
 const { launch } = require('../../lib/launch');
 const { Recorder, RecorderError } = require('../../recorder');
 const { waitFor } = require('../js/support/wait');
-const { folderOf, isThere, recorderOf } = require('./support/recorder');
+const { isThere } = require('../js/support/processes');
+const { folderOf, recorderOf } = require('./support/recorder');
 
 /** What the next `stop` tells; unlike `once` of Node.js it does not mind an `error` before it. */
 const stopOf = (recorder) => new Promise((resolve) => recorder.once('stop', resolve));

@@ -9,7 +9,8 @@ const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
 const { waitFor } = require('../js/support/wait');
-const { folderOf, isThere } = require('./support/recorder');
+const { isThere } = require('../js/support/processes');
+const { folderOf } = require('./support/recorder');
 
 const STAY = 'setInterval(() => {}, 1000)';
 

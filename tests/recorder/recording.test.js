@@ -6,7 +6,8 @@ const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
 const { waitFor } = require('../js/support/wait');
-const { folderOf, isThere, recorderOf } = require('./support/recorder');
+const { isThere } = require('../js/support/processes');
+const { folderOf, recorderOf } = require('./support/recorder');
 
 /** What the stand-in for the module was told to record. */
 const settingsOf = (named) => JSON.parse(named('log').find(({ text }) => text.startsWith('settings: ')).text.slice(10));

@@ -6,7 +6,8 @@ const path = require('node:path');
 const { test } = require('node:test');
 const { Shared } = require('../../lib/shared');
 const { waitFor } = require('../js/support/wait');
-const { folderOf, isThere, launchStandIn } = require('./support/recorder');
+const { isThere } = require('../js/support/processes');
+const { folderOf, launchStandIn } = require('./support/recorder');
 
 test('all ask the same process, which ends when nobody did for some seconds', async (t) => {
   const shared = new Shared(launchStandIn);

@@ -27,14 +27,4 @@ function recorderOf(t, options, { limits } = {}) {
   return { recorder, events, named };
 }
 
-/** Whether a process of this machine is there. */
-function isThere(pid) {
-  try {
-    process.kill(pid, 0);
-    return true;
-  } catch {
-    return false;
-  }
-}
-
-module.exports = { folderOf, isThere, launchStandIn, recorderOf };
+module.exports = { folderOf, launchStandIn, recorderOf };
