@@ -5,6 +5,7 @@
 const fs = require('node:fs/promises');
 const path = require('node:path');
 const { performance } = require('node:perf_hooks');
+const { setTimeout: delay } = require('node:timers/promises');
 const { RecorderError } = require('../errors');
 const { isComplete } = require('./container');
 const { exists, putInPlace, segmentName } = require('./place');
@@ -14,6 +15,8 @@ const { Take } = require('./take');
 const LOOK_MS = 250;
 const TELL_MS = 1000;
 const RETRY_MS = 10_000;
+// A recording that has started waits for its first picture and sound, on a busy machine for some tenths of a second.
+const OVERLAP_MS = 500;
 // Lines of the log are written to a pipe, which holds 64 kB while nobody reads. A host that does not say within this time
 // that it heard of the progress does not read; until it does again nothing is logged, or the pipe would halt the recording.
 const HEARD_MS = 3000;
@@ -187,6 +190,7 @@ class Recording {
       this.#nextTry = performance.now() + RETRY_MS;
       return;
     }
+    await delay(OVERLAP_MS);
     const full = this.#take;
     this.#take = next;
     const { file, seconds, bytes } = await this.#complete(full);
