@@ -43,7 +43,7 @@ function parted(files, names) {
 }
 
 /** Keeps what is written until it can be shown in one piece. */
-class HeldOutput {
+export class HeldOutput {
   #chunks = [];
 
   write(chunk) {

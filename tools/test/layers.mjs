@@ -10,7 +10,7 @@ import { WorkshopError } from '../workshop/report.mjs';
 import { scratchFolder } from '../workshop/scratch.mjs';
 import { buildDir, runInRoot, treeDir } from '../workshop/tree.mjs';
 import { packageHosts } from '../workshop/windows-node.mjs';
-import { inLanes } from './lanes.mjs';
+import { HeldOutput, inLanes } from './lanes.mjs';
 import { installedPackage } from './installed-package.mjs';
 
 // Far above what the slowest test program takes.
@@ -24,12 +24,17 @@ const CLOCK_TESTS = ['clock.test.js'];
 const SCALED_TESTS = ['scaling.test.js'];
 const SCALES = [100, 125, 150, 200];
 
-// Of the JavaScript files those that take more than half a minute, which begin first, so that none is left over at the end
-// while only one lane runs; and those that compare times, which run by themselves.
-const LONG = [
-  ...['hostile.test.js', 'js/recorder.test.js', 'recorder-host.test.js', 'scaling.test.js'],
-  ...['faults/inventory.test.js', 'faults/hanging.test.js', 'faults/sound.test.js', 'js/window.test.js', 'lifecycle.test.js'],
-];
+// Of the files of a layer those that take longest, which begin first, so that none is left over at the end while only one
+// lane runs; and those that compare times, which run by themselves.
+const LONG = {
+  javascript: [
+    ...['hostile.test.js', 'faults/inventory.test.js', 'js/recorder.test.js', 'faults/hanging.test.js', 'scaling.test.js'],
+    ...['recorder-host.test.js', 'faults/sound.test.js', 'js/window.test.js', 'lifecycle.test.js'],
+  ],
+  package: ['hosts.test.js', 'examples.test.js'],
+  recorder: ['host.test.js', 'recording.test.js', 'failures.test.js'],
+  windows: ['capture_tests.exe', 'video_tests.exe', 'encoder_tests.exe'],
+};
 const TIMED = ['js/timing.test.js', 'js/sound.test.js', 'js/mediafoundation.test.js', 'faults/clock.test.js'];
 // Every file has a sandbox, a display, a sound server and a prefix of its own. More than two would wait for each other's frames.
 const LANES = Math.min(2, cpus().length);
@@ -54,24 +59,32 @@ export const layers = {
     run: runLinuxProgram,
   },
   fuzz: { title: 'portable code fed by libFuzzer', preset: 'fuzz', files: () => fuzzers(), run: runFuzzer },
-  windows: { title: 'Windows programs under Wine', preset: 'windows', files: testPrograms, run: runWindowsProgram },
+  windows: {
+    title: 'Windows programs under Wine',
+    preset: 'windows',
+    files: testPrograms,
+    run: runWindowsProgram,
+    sideBySide: { first: LONG.windows },
+  },
   recorder: {
     title: 'Recorder and the command line on this machine',
     files: () => javascriptTests('recorder'),
     run: runOnThisMachine,
+    sideBySide: { first: LONG.recorder },
   },
   javascript: {
     title: 'JavaScript in Node.js for Windows under Wine',
     preset: 'windows',
     files: javascriptLayerTests,
     run: runJavascript,
-    sideBySide: { first: LONG, alone: TIMED },
+    sideBySide: { first: LONG.javascript, alone: TIMED },
   },
   package: {
     title: 'the packed package, installed outside the tree',
     preset: 'windows',
     files: () => javascriptTests('package'),
     run: runWithPackage,
+    sideBySide: { first: LONG.package },
   },
 };
 
@@ -129,17 +142,31 @@ const filesIn = (folder) => readdirSync(folder).map((name) => join(folder, name)
 const resultFile = (layer, program, extension) =>
   join(resultsDir, `${layer}-${relative(treeDir, program).replaceAll('/', '-')}.${extension}`);
 
-/** Each of these runs one program or file and gives { passed, failed, code }; `layer` names its results. */
+/**
+ * Each of these runs one program or file and gives { passed, failed, code }; `layer` names its results, and `stdout` and
+ * `stderr` say where its output goes, if not to this terminal.
+ */
 export async function runLinuxProgram(program, layer) {
-  const results = resultFile(layer, program, 'json');
+  // A program's tests run one after the other: its shards use the machine's other cores.
+  const shards = await Promise.all(Array.from({ length: LANES }, (_, shard) => runShard(program, layer, shard)));
+  const sum = (field) => shards.reduce((total, shard) => total + shard[field], 0);
+  return { passed: sum('passed'), failed: sum('failed'), code: shards.find(({ code }) => code !== 0)?.code ?? 0 };
+}
+
+async function runShard(program, layer, shard) {
+  const results = resultFile(`${layer}-${shard}`, program, 'json');
   const env = {
     TSAN_OPTIONS: 'halt_on_error=1:second_deadlock_stack=1',
     ASAN_OPTIONS: 'detect_stack_use_after_return=1:strict_string_checks=1',
     UBSAN_OPTIONS: 'print_stacktrace=1',
+    GTEST_TOTAL_SHARDS: String(LANES),
+    GTEST_SHARD_INDEX: String(shard),
   };
   const words = [program, '--gtest_brief=1', `--gtest_output=json:${results}`];
   const limited = ['timeout', '--signal=KILL', String(PROGRAM_LIMIT_S), ...words];
-  const code = await runInRoot(limited, { env, writable: [resultsDir] });
+  const output = new HeldOutput();
+  const code = await runInRoot(limited, { env, writable: [resultsDir], stdout: output, stderr: output });
+  output.release();
   return { ...googleTestCounts(results), code };
 }
 
@@ -161,10 +188,11 @@ export function fuzz(program, options) {
   return runInRoot([program, ...words]);
 }
 
-export async function runWindowsProgram(program, layer, { scale } = {}) {
+export async function runWindowsProgram(program, layer, { scale, ...output } = {}) {
   const results = resultFile(layer, program, 'json');
   const words = ['--gtest_brief=1', `--gtest_output=json:${windowsPath(results)}`];
-  const code = await runUnderWine(program, words, { standins: true, scale, timeout: PROGRAM_LIMIT_S, writable: [resultsDir] });
+  const options = { standins: true, scale, timeout: PROGRAM_LIMIT_S, writable: [resultsDir], ...output };
+  const code = await runUnderWine(program, words, options);
   return { ...googleTestCounts(results), code };
 }
 
@@ -199,13 +227,15 @@ export async function runJavascript(file, layer, options = {}) {
 }
 
 /** Tests of the package itself: as ES modules those that run here, as CommonJS those of its life on Windows. */
-async function runWithPackage(file, layer) {
+async function runWithPackage(file, layer, { stdout, stderr } = {}) {
   const { tarball, symbols, project, folder } = await installedPackage(resultsDir);
   if (file.endsWith('.mjs')) {
-    return runOnThisMachine(file, layer, { env: { BRISOLTE_TARBALL: tarball, BRISOLTE_SYMBOLS: symbols, BRISOLTE_PACKAGE: folder } });
+    const env = { BRISOLTE_TARBALL: tarball, BRISOLTE_SYMBOLS: symbols, BRISOLTE_PACKAGE: folder };
+    return runOnThisMachine(file, layer, { env, stdout, stderr });
   }
   const hosts = await packageHosts();
   return runJavascript(file, layer, {
+    ...{ stdout, stderr },
     readable: hosts.map(({ program }) => dirname(program)),
     writable: [project],
     env: {
@@ -215,11 +245,15 @@ async function runWithPackage(file, layer) {
   });
 }
 
-async function runOnThisMachine(file, layer, { env = {} } = {}) {
+async function runOnThisMachine(file, layer, { env = {}, stdout, stderr } = {}) {
   const results = resultFile(layer, file, 'tap');
   const reporters = ['spec', 'stdout', 'tap', results];
   const flags = reporters.map((value, i) => `--test-reporter${i % 2 === 0 ? '' : '-destination'}=${value}`);
-  const code = await runThrough([process.execPath, ...flags, file], { cwd: treeDir, env: { ...process.env, TMPDIR: resultsDir, ...env } });
+  const code = await runThrough([process.execPath, ...flags, file], {
+    cwd: treeDir,
+    env: { ...process.env, TMPDIR: resultsDir, ...env },
+    ...{ stdout, stderr },
+  });
   return { ...tapCounts(results), code };
 }
 

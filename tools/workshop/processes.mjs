@@ -30,9 +30,18 @@ export async function runLogged(command, { log, note = () => {}, env = process.e
   }
 }
 
-/** Runs a program on this terminal and gives its exit code. */
-export const runThrough = (command, options = {}) =>
-  exitCodeOf(started(command, { stdio: ['ignore', 'inherit', 'inherit'], ...options }));
+/**
+ * Runs a program and gives its exit code. Its output goes to this terminal, or where `stdout` and `stderr` say.
+ * @param {string[]} command
+ * @param {{stdout?: {write(chunk: Buffer): void}, stderr?: {write(chunk: Buffer): void}}} [options] and those of
+ *   child_process.spawn
+ */
+export function runThrough(command, { stdout, stderr, ...options } = {}) {
+  const outputs = [stdout, stderr];
+  const child = started(command, { stdio: ['ignore', ...outputs.map((output) => (output ? 'pipe' : 'inherit'))], ...options });
+  [child.stdout, child.stderr].forEach((stream, i) => stream?.on('data', (chunk) => outputs[i].write(chunk)));
+  return exitCodeOf(child);
+}
 
 /** Runs a program and gives its standard output. @throws {WorkshopError} when it fails */
 export function outputOf(command, options = {}) {

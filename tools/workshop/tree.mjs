@@ -23,8 +23,8 @@ export const presets = JSON.parse(readFileSync(join(treeDir, 'CMakePresets.json'
 /** The build folder of a preset. */
 export const buildDir = (preset) => join(treeDir, 'build', preset);
 
-/** Runs a command in the build root with this tree writable; gives its exit code. */
-export async function runInRoot(command, { env = {}, readable = [], writable = [], cwd = treeDir } = {}) {
+/** Runs a command in the build root with this tree writable; gives its exit code. `stdout` and `stderr` as in runThrough. */
+export async function runInRoot(command, { env = {}, readable = [], writable = [], cwd = treeDir, stdout, stderr } = {}) {
   checkCacheDir();
   const ccache = join(cacheDir, 'ccache');
   mkdirSync(ccache, { recursive: true });
@@ -38,7 +38,7 @@ export async function runInRoot(command, { env = {}, readable = [], writable = [
     ...env,
   };
   const access = { readable, writable: [treeDir, ccache, ...writable] };
-  return runThrough(sandboxed(await buildRoot(), command, { ...access, env: settings, cwd }));
+  return runThrough(sandboxed(await buildRoot(), command, { ...access, env: settings, cwd }), { stdout, stderr });
 }
 
 async function windowsOptions() {
