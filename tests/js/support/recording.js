@@ -66,18 +66,16 @@ async function record(plan, options) {
   return { ...recording, log };
 }
 
-/**
- * One recording without video that must succeed; it goes on until the file has so many bytes.
- */
-async function recordSound({ settings, bytes = 64 * 1024, dir = scratchFolder() }) {
-  const given = { settings: [['setOutputDir', dir], ['setMode', -1], ...settings], bytes };
+/** One recording without video that must succeed, of so many seconds. */
+async function recordSound({ settings, seconds = 4, dir = scratchFolder() }) {
+  const given = { settings: [['setOutputDir', dir], ['setMode', -1], ...settings], seconds };
   const { value, log } = await scenario(makeSoundRecording, given);
   assert.deepEqual([value.started, value.stopped], [true, true], log.text);
   return { ...value, log };
 }
 
-async function makeSoundRecording({ Brisolte, require: load, waitFor }, { settings, bytes }) {
-  const { statSync } = load('node:fs');
+async function makeSoundRecording({ Brisolte, require: load }, { settings, seconds }) {
+  const { setTimeout: delay } = load('node:timers/promises');
   const capture = new Brisolte();
   for (const [method, ...words] of settings) {
     if (capture[method](...words) !== true) {
@@ -85,11 +83,10 @@ async function makeSoundRecording({ Brisolte, require: load, waitFor }, { settin
     }
   }
   const started = capture.startRecord();
-  const file = capture.getSaveFilePath();
   if (started) {
-    await waitFor(`${bytes} bytes of sound`, () => statSync(file).size >= bytes);
+    await delay(seconds * 1000);
   }
-  return { started, stopped: capture.stopRecord(), file };
+  return { started, stopped: capture.stopRecord(), file: capture.getSaveFilePath() };
 }
 
 module.exports = { record, recordAll, recordSound };
