@@ -32,7 +32,7 @@ class Connection {
   #error;
 
   /**
-   * @param {() => import('node:child_process').ChildProcess} launch
+   * @param {() => import('node:child_process').ChildProcess | import('./utility-child').UtilityChild} launch
    * @param {object} listeners
    * @param {(event: string, given: any) => void} [listeners.told] hears what the process tells
    * @param {Record<string, Function>} [listeners.calls] what the process may ask

@@ -5,7 +5,7 @@ const fs = require('node:fs/promises');
 const { Connection } = require('./connection');
 const { playsWithoutEnd } = require('./containers');
 const { RecorderError } = require('./errors');
-const { launch } = require('./launch');
+const { launcher } = require('./launch');
 const { recordingOf, screenshotOf, signalOf } = require('./options');
 const { Shared } = require('./shared');
 const { limit } = require('./time');
@@ -24,13 +24,13 @@ const SLOWEST_DISK_BYTES_PER_MS = 5000;
 const SAME_SECOND = /^Cannot write to output file/;
 const DISK_FULL = /The disk is nearly full, the recording ends here/;
 
-const shared = new Shared(launch);
+const shared = new Shared(launcher);
 
 /** Records in a process of its own; recorder.d.ts says what it does. */
 class Recorder extends EventEmitter {
   #wanted;
   #signal;
-  #launch;
+  #launcher;
   #limits;
   #connection;
   #refused = [];
@@ -39,11 +39,11 @@ class Recorder extends EventEmitter {
   #result;
 
   /** What follows the options is for tests: how the process is started, and how long it may take. */
-  constructor(options, { launch: start = launch, limits = {} } = {}) {
+  constructor(options, { launcher: how = launcher, limits = {} } = {}) {
     super();
     this.#wanted = recordingOf(options);
     this.#signal = signalOf(options);
-    this.#launch = start;
+    this.#launcher = how;
     this.#limits = { ...LIMITS, ...limits };
   }
 
@@ -110,7 +110,7 @@ class Recorder extends EventEmitter {
   }
 
   async #startNow() {
-    const connection = this.#connect();
+    const connection = this.#connect(await this.#launcher());
     const ask = () => connection.ask('start', this.#wanted, this.#limits.start);
     const { file } = await ask().catch((error) => {
       // A recording that began in the same second keeps a file of the name that this one would have. In the next second it
@@ -123,8 +123,8 @@ class Recorder extends EventEmitter {
     this.#begun(connection, file);
   }
 
-  #connect() {
-    this.#connection ??= new Connection(this.#launch, {
+  #connect(launch) {
+    this.#connection ??= new Connection(launch, {
       calls: { progress: (progress) => this.#progress(progress) },
       told: (event, given) => this.#told[event]?.(given),
       logged: (entry) => this.#logged(entry),

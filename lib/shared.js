@@ -7,11 +7,12 @@ const ASK_MS = 30_000;
 
 /** A process that lists and takes screenshots for all who ask; there is one while somebody does, and some seconds longer. */
 class Shared {
-  #launch;
+  #launcher;
   #connection;
 
-  constructor(launch) {
-    this.#launch = launch;
+  /** @param {() => Promise<Function>} launcher gives what starts the process */
+  constructor(launcher) {
+    this.#launcher = launcher;
   }
 
   get pid() {
@@ -23,8 +24,13 @@ class Shared {
     if (signal?.aborted) {
       return Promise.reject(signal.reason);
     }
-    this.#connection ??= new Connection(this.#launch, { gone: () => (this.#connection = undefined) });
-    return unlessAborted(this.#connection.ask(call, given, ASK_MS), signal);
+    return unlessAborted(this.#ask(call, given), signal);
+  }
+
+  async #ask(call, given) {
+    const launch = await this.#launcher();
+    this.#connection ??= new Connection(launch, { gone: () => (this.#connection = undefined) });
+    return this.#connection.ask(call, given, ASK_MS);
   }
 }
 

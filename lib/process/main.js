@@ -1,14 +1,16 @@
 'use strict';
 
 // The process in which a recorder runs the module. It takes orders over the channel of the process that started it, and of
-// nobody else; when that process is gone it completes what it records, and ends.
+// nobody else; when that process is gone or lets it go, it completes what it records, and ends.
 
 const fs = require('node:fs');
 const { markOf } = require('../log-lines');
 const { Peer } = require('../protocol');
 const { Service } = require('./service');
 
-if (!process.send) {
+// A process of Electron's `utilityProcess` has this in place of Node.js's channel, and ends with the application.
+const { parentPort } = process;
+if (!process.send && !parentPort) {
   throw new Error('this program is started by a Recorder, not by hand');
 }
 
@@ -25,7 +27,9 @@ function post(message) {
   if (message.answer !== undefined) {
     mark(message.answer);
   }
-  if (process.connected) {
+  if (parentPort) {
+    parentPort.postMessage(message);
+  } else if (process.connected) {
     // With a function that takes it, an error of the channel is not thrown at the process.
     process.send(message, () => {});
   }
@@ -35,12 +39,18 @@ const service = new Service({
   tell: (event, given) => peer.tell(event, given),
   ask: (call, given, within) => peer.ask(call, given, within, () => new Error('no answer')),
 });
-const peer = new Peer({ post, calls: service.calls });
-
-process.on('message', (message) => peer.receive(message));
-process.on('disconnect', async () => {
+async function end() {
   await service.end();
   process.exit();
-});
+}
+
+const peer = new Peer({ post, calls: service.calls, told: (event) => (event === 'end' ? end() : undefined) });
+
+if (parentPort) {
+  parentPort.on('message', ({ data }) => peer.receive(data));
+} else {
+  process.on('message', (message) => peer.receive(message));
+  process.on('disconnect', end);
+}
 // What is typed at the application's terminal is for the application, which then ends or not.
 process.on('SIGINT', () => {});

@@ -6,7 +6,7 @@ const assert = require('node:assert/strict');
 const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
-const { launch } = require('../../lib/launch');
+const { launchNode } = require('../../lib/launch');
 const { Recorder, RecorderError } = require('../../recorder');
 const { waitFor } = require('../js/support/wait');
 const { isThere } = require('../js/support/processes');
@@ -135,7 +135,7 @@ test('a process that cannot be started is told', async () => {
   ];
   for (const start of launches) {
     let launched = 0;
-    const recorder = new Recorder({ directory: '.' }, { launch: () => start((launched += 1)) });
+    const recorder = new Recorder({ directory: '.' }, { launcher: async () => () => start((launched += 1)) });
     for (let i = 0; i < 2; i += 1) {
       await assert.rejects(recorder.start(), { code: 'ERR_RECORDER_SPAWN', message: /^The recorder's process could not be started: / });
       assert.equal(recorder.pid, undefined);
@@ -147,7 +147,7 @@ test('a process that cannot be started is told', async () => {
 test('a program that is no recorder is told', async (t) => {
   const program = path.join(folderOf(t), 'other.js');
   fs.writeFileSync(program, "console.error('not a recorder'); process.exit(3);");
-  const recorder = new Recorder({ directory: '.' }, { launch: () => launch(program) });
+  const recorder = new Recorder({ directory: '.' }, { launcher: async () => () => launchNode(program) });
   await assert.rejects(recorder.start(), (error) => {
     assert.deepEqual([error.code, error.log.map(({ text }) => text)], ['ERR_RECORDER_LOST', ['not a recorder']]);
     return true;

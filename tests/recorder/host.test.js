@@ -3,30 +3,14 @@
 // What becomes of a recording whose application ends, or stands still.
 
 const assert = require('node:assert/strict');
-const { spawn } = require('node:child_process');
-const { once } = require('node:events');
 const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
 const { waitFor } = require('../js/support/wait');
 const { isThere } = require('../js/support/processes');
-const { folderOf } = require('./support/recorder');
+const { hostOf } = require('./support/application');
 
 const STAY = 'setInterval(() => {}, 1000)';
-
-/** An application that records and then does this. */
-async function hostOf(t, body, options = {}) {
-  const folder = folderOf(t);
-  const file = path.join(folder, 'talk.mp4');
-  const told = path.join(folder, 'told');
-  const words = [path.join(__dirname, 'support', 'host.js'), JSON.stringify({ file, ...options }), told, body];
-  const child = spawn(process.execPath, words, { stdio: ['ignore', 'pipe', 'pipe'] });
-  let output = '';
-  child.stdout.on('data', (text) => (output += text));
-  const ended = once(child, 'close');
-  await waitFor('the recording', () => fs.existsSync(told));
-  return { child, ended, file, output: () => output, recorder: Number(fs.readFileSync(told, 'utf8')) };
-}
 
 const ENDS = {
   'process.exit': { body: 'process.exit(3)', code: 3 },

@@ -4,12 +4,12 @@
 // names the recorder's process.
 
 const fs = require('node:fs');
-const path = require('node:path');
-const { launch } = require('../../../lib/launch');
 const { Recorder } = require('../../../recorder');
+const { launcherOfStandIn } = require('./launch');
 
-const [options, told, body] = process.argv.slice(2);
-const recorder = new Recorder(JSON.parse(options), { launch: () => launch(path.join(__dirname, 'process.js')) });
+const [job, told, body] = process.argv.slice(2);
+const { limits, ...options } = JSON.parse(job);
+const recorder = new Recorder(options, { launcher: launcherOfStandIn, limits });
 
 recorder.once('start', () => {
   fs.writeFileSync(`${told}.new`, String(recorder.pid));

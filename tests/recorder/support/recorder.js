@@ -5,10 +5,8 @@
 const fs = require('node:fs');
 const os = require('node:os');
 const path = require('node:path');
-const { launch } = require('../../../lib/launch');
 const { Recorder } = require('../../../recorder');
-
-const launchStandIn = () => launch(path.join(__dirname, 'process.js'));
+const { launcherOfStandIn } = require('./launch');
 
 /** A new empty folder, which is gone after the test. */
 function folderOf(t) {
@@ -19,7 +17,7 @@ function folderOf(t) {
 
 /** A recorder, which is closed after the test, and all that it tells as [event, given]. */
 function recorderOf(t, options, { limits } = {}) {
-  const recorder = new Recorder({ directory: folderOf(t), ...options }, { launch: launchStandIn, limits });
+  const recorder = new Recorder({ directory: folderOf(t), ...options }, { launcher: launcherOfStandIn, limits });
   t.after(() => recorder.close());
   const events = [];
   ['start', 'segment', 'stop', 'error', 'progress', 'log'].forEach((name) => recorder.on(name, (given) => events.push([name, given])));
@@ -27,4 +25,4 @@ function recorderOf(t, options, { limits } = {}) {
   return { recorder, events, named };
 }
 
-module.exports = { folderOf, launchStandIn, recorderOf };
+module.exports = { folderOf, recorderOf };

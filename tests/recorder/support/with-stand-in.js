@@ -2,8 +2,7 @@
 
 // Loaded before a program, this gives its recorders processes with the stand-in for the module.
 
-const path = require('node:path');
 const launching = require('../../../lib/launch');
+const { launcherOfStandIn } = require('./launch');
 
-const { launch } = launching;
-launching.launch = () => launch(path.join(__dirname, 'process.js'));
+launching.launcher = launcherOfStandIn;
