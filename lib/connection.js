@@ -138,6 +138,8 @@ class Connection {
     const { stdout, stderr } = this.#child;
     stdout.setEncoding('utf8').on('data', (text) => this.#log.output(text));
     stderr.setEncoding('utf8').on('data', (text) => this.#log.errors(text));
+    // Such an error is no more than an end.
+    [stdout, stderr].forEach((stream) => stream.on('error', () => {}));
     this.#child.on('message', (message) => this.#take(message));
     this.#child.on('error', (error) => this.#unlessStarted(error));
     // Not the child's own `close`, which does not come after a `disconnect` from this side.

@@ -6,6 +6,7 @@ const path = require('node:path');
 const { containerOf } = require('./containers');
 const { targetOfSource } = require('./electron');
 
+/** The levels of a log, from all of it to the least. */
 const LEVELS = ['debug', 'info', 'warning', 'error'];
 const MOST_SECONDS = 10 * 365 * 24 * 3600;
 
@@ -184,4 +185,4 @@ function screenshotOf(options = {}, file) {
   return { target: target(options), file: path.resolve(file) };
 }
 
-module.exports = { recordingOf, screenshotOf, signalOf };
+module.exports = { LEVELS, recordingOf, screenshotOf, signalOf };

@@ -6,7 +6,7 @@ const { Connection } = require('./connection');
 const { playsWithoutEnd } = require('./containers');
 const { RecorderError } = require('./errors');
 const { launcher } = require('./launch');
-const { recordingOf, screenshotOf, signalOf } = require('./options');
+const { LEVELS, recordingOf, screenshotOf, signalOf } = require('./options');
 const { Shared } = require('./shared');
 const { limit } = require('./time');
 
@@ -16,7 +16,7 @@ const LIMITS = {
   start: 30_000,
   // To complete a file takes the longer the larger it is, since its index goes to its front: this, and what comes of its size.
   stop: 60_000,
-  // The process tells of its progress each second.
+  // The process tells of its progress each second, and before it begins or completes a file, for which the above holds.
   signOfLife: 20_000,
 };
 const SLOWEST_DISK_BYTES_PER_MS = 5000;
@@ -35,6 +35,7 @@ class Recorder extends EventEmitter {
   #connection;
   #refused = [];
   #starting;
+  #closing;
   #recording;
   #result;
 
@@ -135,20 +136,32 @@ class Recorder extends EventEmitter {
 
   #begun(connection, file) {
     connection.hold();
-    const watch = limit(this.#limits.signOfLife, () => connection.giveUp(this.#limits.signOfLife));
-    watch.start();
     const abort = () => this.#end('aborted').catch(() => {});
     this.#signal?.addEventListener('abort', abort, { once: true });
     const forget = () => {
-      watch.stop();
       this.#signal?.removeEventListener('abort', abort);
       connection.release();
     };
-    this.#recording = { connection, file, done: [], latest: { seconds: 0, bytes: 0 }, failures: connection.failures, watch, forget };
+    this.#recording = { connection, file, done: [], latest: { seconds: 0, bytes: 0 }, failures: connection.failures, forget };
     this.#result = new Promise((resolve, reject) => Object.assign(this.#recording, { resolve, reject }));
     // Told by events as well: nobody has to wait for it.
     this.#result.catch(() => {});
+    this.#watch(this.#limits.signOfLife);
     this.#tell('start', { file });
+  }
+
+  /** The recording counts as lost unless its process tells something within so many milliseconds. */
+  #watch(within) {
+    const { connection, watch, stopping } = this.#recording;
+    watch?.stop();
+    if (!stopping) {
+      this.#recording.watch = limit(within, () => connection.giveUp(within));
+      this.#recording.watch.start();
+    }
+  }
+
+  #stopLimit(bytes) {
+    return this.#limits.stop + bytes / SLOWEST_DISK_BYTES_PER_MS;
   }
 
   /** Completes the recording, or gives what became of the latest one. */
@@ -164,8 +177,7 @@ class Recorder extends EventEmitter {
     if (this.#recording && !this.#recording.stopping) {
       const { connection, watch, latest } = this.#recording;
       watch.stop();
-      const within = this.#limits.stop + latest.bytes / SLOWEST_DISK_BYTES_PER_MS;
-      this.#recording.stopping = connection.ask('stop', reason, within).then(
+      this.#recording.stopping = connection.ask('stop', reason, this.#stopLimit(latest.bytes)).then(
         (result) => this.#finish(result),
         (error) => this.#failed(error),
       );
@@ -173,7 +185,11 @@ class Recorder extends EventEmitter {
     return this.#result;
   }
 
-  async close() {
+  close() {
+    return (this.#closing ??= this.#close().finally(() => (this.#closing = undefined)));
+  }
+
+  async #close() {
     if (this.#starting || this.#recording) {
       await this.stop().catch(() => {});
     }
@@ -195,14 +211,15 @@ class Recorder extends EventEmitter {
     if (this.#recording) {
       this.#recording.latest = progress;
       this.#recording.file = progress.file;
-      if (!this.#recording.stopping) {
-        this.#recording.watch.start();
-      }
+      this.#watch(this.#limits.signOfLife);
       this.#tell('progress', progress);
     }
   }
 
   #told = {
+    // It hears nothing meanwhile.
+    begins: () => this.#recording && this.#watch(this.#limits.start),
+    completes: ({ bytes }) => this.#recording && this.#watch(this.#stopLimit(bytes)),
     ended: (result) => this.#finish(result),
     segment: (segment) => {
       this.#recording?.done.push(segment.file);
@@ -212,7 +229,9 @@ class Recorder extends EventEmitter {
   };
 
   #logged(entry) {
-    this.#tell('log', entry);
+    if (entry.source !== 'brisolte' || LEVELS.indexOf(entry.level) >= LEVELS.indexOf(this.#wanted.logLevel)) {
+      this.#tell('log', entry);
+    }
     if (DISK_FULL.test(entry.text)) {
       this.#end('freeBytes')?.catch(() => {});
     }
@@ -270,6 +289,7 @@ class Recorder extends EventEmitter {
   #over() {
     const recording = this.#recording;
     this.#recording = undefined;
+    recording.watch.stop();
     recording.forget();
     return recording;
   }

@@ -39,8 +39,8 @@ class Recording {
   /**
    * @param {Function} Brisolte the module's class
    * @param {object} wanted what options.js makes of a caller's options
-   * @param {{tell: Function, ask: Function}} host hears `progress`, `segment`, `ended` and
-   *   `refused`, with the file of a start that failed
+   * @param {{tell: Function, ask: Function}} host hears `progress`, `segment`, `ended`; `begins` and `completes`, with how many
+   *   bytes, before a file is; and `refused`, with the file of a start that failed
    */
   constructor(Brisolte, wanted, host) {
     this.#Brisolte = Brisolte;
@@ -56,7 +56,7 @@ class Recording {
   start() {
     return this.#alone(async () => {
       await this.#refuseExisting();
-      this.#instance(0).setLogLevel(LEVELS[this.#wanted.logLevel]);
+      this.#setLogLevel(this.#wanted.logLevel);
       this.#take = await this.#newTake(0);
       this.#startedAt = this.#toldAt = performance.now();
       this.#lookIn(0);
@@ -146,6 +146,9 @@ class Recording {
       return;
     }
     const progress = await this.#progress();
+    if (this.#ending) {
+      return;
+    }
     this.#tell(progress);
     const reason = this.#limitReached(progress);
     if (reason) {
@@ -183,6 +186,7 @@ class Recording {
 
   async #beginSegment() {
     let next;
+    this.#host.tell('begins');
     try {
       next = await this.#newTake(this.#done.length + 1);
     } catch {
@@ -199,6 +203,7 @@ class Recording {
 
   async #complete(take) {
     const name = this.#nameOf(this.#done.length);
+    this.#host.tell('completes', { bytes: await take.bytes() });
     take.stop();
     const complete = await isComplete(take.file);
     const found = { file: take.file, seconds: take.seconds, bytes: await take.bytes(), complete };
@@ -232,8 +237,9 @@ class Recording {
       });
   }
 
+  // Warnings are always written: it is one that tells that the disk is nearly full.
   #setLogLevel(level) {
-    this.#instance(0).setLogLevel(LEVELS[level]);
+    this.#instance(0).setLogLevel(level === 'nothing' ? LEVELS.nothing : Math.min(LEVELS[level], LEVELS.warning));
   }
 }
 

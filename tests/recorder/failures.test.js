@@ -10,6 +10,7 @@ const { launchNode } = require('../../lib/launch');
 const { Recorder, RecorderError } = require('../../recorder');
 const { waitFor } = require('../js/support/wait');
 const { isThere } = require('../js/support/processes');
+const { launcherOfStandIn } = require('./support/launch');
 const { folderOf, recorderOf } = require('./support/recorder');
 
 /** What the next `stop` tells; unlike `once` of Node.js it does not mind an `error` before it. */
@@ -110,6 +111,37 @@ test('a process that hangs while it records is ended in time', async (t) => {
   const { reason } = await stopOf(recorder);
   assert.deepEqual([reason, named('error')[0].code], ['failed', 'ERR_RECORDER_TIMEOUT']);
   await waitFor('the end of the process', () => !isThere(pid));
+});
+
+test('a process that takes its time to begin and to complete a file is waited for, whoever asked it to', async (t) => {
+  const options = { encoder: 'slow', segments: { seconds: 1 }, stopAfter: { seconds: 7 } };
+  const { recorder, named } = recorderOf(t, options, { limits: { start: 8000, stop: 8000, signOfLife: 2500 } });
+  await recorder.start();
+  const { reason, files } = await stopOf(recorder);
+  assert.deepEqual([reason, named('error')], ['seconds', []]);
+  assert.equal(files.length, 2);
+});
+
+test('a process that hangs while it completes a file by itself is ended in time', async (t) => {
+  const { recorder, named } = recorderOf(t, { encoder: 'hangsAtStop', stopAfter: { seconds: 0.5 } }, SHORT);
+  await recorder.start();
+  const { reason } = await stopOf(recorder);
+  assert.deepEqual([reason, named('error')[0].code], ['failed', 'ERR_RECORDER_TIMEOUT']);
+});
+
+test('an output that breaks off does not end the host, and the recording is completed', async (t) => {
+  let child;
+  const launcher = async () => {
+    const launch = await launcherOfStandIn();
+    return () => (child = launch());
+  };
+  const recorder = new Recorder({ directory: folderOf(t) }, { launcher });
+  t.after(() => recorder.close());
+  await recorder.start();
+  [child.stdout, child.stderr].forEach((stream) => stream.destroy(new Error('broken off')));
+  const { file, reason } = await recorder.stop();
+  assert.equal(reason, 'requested');
+  assert.ok(fs.existsSync(file));
 });
 
 test('a file that could not be completed is told, and does not take the place of another', async (t) => {

@@ -28,13 +28,17 @@ for (const [reason, [options, holds]] of Object.entries(LIMITS)) {
   });
 }
 
-test('a recording is stopped when the module says that its disk is nearly full', async (t) => {
-  const { recorder } = recorderOf(t, { encoder: 'full' });
-  await recorder.start();
-  const [{ reason, file }] = await once(recorder, 'stop');
-  assert.equal(reason, 'freeBytes');
-  assert.ok(fs.existsSync(file));
-});
+for (const logLevel of ['debug', 'error']) {
+  test(`a recording with the log level ${logLevel} is stopped when the module says that its disk is nearly full`, async (t) => {
+    const { recorder, named } = recorderOf(t, { encoder: 'full', logLevel, stopAfter: { seconds: 5 } });
+    await recorder.start();
+    const [{ reason, file }] = await once(recorder, 'stop');
+    assert.equal(reason, 'freeBytes');
+    assert.ok(fs.existsSync(file));
+    const told = named('log').filter(({ source }) => source === 'brisolte');
+    assert.equal(told.some(({ level }) => level === 'warning'), logLevel === 'debug');
+  });
+}
 
 test('a long recording is split, and each part is told when it is complete', async (t) => {
   const file = path.join(folderOf(t), 'talk.mp4');

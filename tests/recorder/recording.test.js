@@ -155,6 +155,14 @@ test('its process ends when it is closed, and the recording is complete', async 
   assert.notEqual(recorder.pid, pid);
 });
 
+test('who closes it while it is closed waits for the same end', async (t) => {
+  const { recorder } = recorderOf(t, {});
+  await recorder.start();
+  const { pid } = recorder;
+  const there = await Promise.all([0, 1].map(() => recorder.close().then(() => isThere(pid))));
+  assert.deepEqual(there, [false, false]);
+});
+
 test('it is closed at the end of the block that uses it', { skip: !Symbol.asyncDispose }, async (t) => {
   const { recorder, named } = recorderOf(t, {});
   await recorder.start();

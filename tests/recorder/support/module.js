@@ -6,7 +6,10 @@
 const fs = require('node:fs');
 const path = require('node:path');
 
+const SLOW_MS = 4000;
+
 let level = 2;
+let starts = 0;
 const two = (number) => String(number).padStart(2, '0');
 
 function clock(separators) {
@@ -26,7 +29,7 @@ function log(tag, text) {
   }
 }
 
-const hang = () => Atomics.wait(new Int32Array(new SharedArrayBuffer(4)), 0, 0);
+const hang = (milliseconds) => Atomics.wait(new Int32Array(new SharedArrayBuffer(4)), 0, 0, milliseconds);
 const die = () => process.kill(process.pid, 'SIGKILL');
 
 const AT_START = {
@@ -40,12 +43,12 @@ const AT_START = {
     throw new Error('resource deadlock would occur');
   },
   dies: die,
-  hangs: hang,
+  hangs: () => hang(),
 };
 const WHILE_RECORDING = {
   diesLater: () => setTimeout(die, 300),
-  hangsLater: () => setTimeout(hang, 300),
-  full: () => setTimeout(() => log('INFO', 'FFmpegEncoder: The disk is nearly full, the recording ends here'), 300),
+  hangsLater: () => setTimeout(() => hang(), 300),
+  full: () => setTimeout(() => log('WARNING', 'FFmpegEncoder: The disk is nearly full, the recording ends here'), 300),
   // Fills a pipe in some seconds.
   floods: () => setInterval(() => log('ERROR', 'x'.repeat(1500)), 100),
 };
@@ -88,6 +91,10 @@ class Brisolte {
     const ending = { libvpx: 'webm', mjpeg: 'avi' }[encoder] ?? 'mp4';
     this.#file = path.join(directory, `Qorvex-${clock(['-', '-', '-', '-', '-'])}.${ending}`);
     fs.writeFileSync(this.#file, '');
+    starts += 1;
+    if (encoder === 'slow' && starts > 1) {
+      hang(SLOW_MS);
+    }
     if (encoder in AT_START) {
       return AT_START[encoder]();
     }
@@ -102,6 +109,9 @@ class Brisolte {
     clearInterval(this.#writer);
     if (this.#settings.encoder === 'hangsAtStop') {
       hang();
+    }
+    if (this.#settings.encoder === 'slow') {
+      hang(SLOW_MS);
     }
     if (this.#settings.encoder === 'breaks') {
       log('ERROR', 'FFmpegEncoder: Failed to write trailer!!!!!');
