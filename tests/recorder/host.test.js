@@ -3,13 +3,19 @@
 // What becomes of a recording whose application ends, or stands still.
 
 const assert = require('node:assert/strict');
+const { spawnSync } = require('node:child_process');
+const { once } = require('node:events');
 const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
+const { Worker } = require('node:worker_threads');
 const { waitFor } = require('../js/support/wait');
 const { isThere } = require('../js/support/processes');
 const { hostOf } = require('./support/application');
+const { folderOf } = require('./support/recorder');
 
+const RECORDER = path.join(__dirname, '..', '..', 'recorder');
+const LAUNCH = path.join(__dirname, 'support', 'launch');
 const STAY = 'setInterval(() => {}, 1000)';
 
 const ENDS = {
@@ -32,6 +38,47 @@ for (const [name, { body, options, kill, code }] of Object.entries(ENDS)) {
     assert.deepEqual(fs.readdirSync(path.dirname(file)).sort(), ['talk.mp4', 'told']);
   });
 }
+
+const WHILE_STARTING = {
+  'with the start of the process': ['setTimeout(end)', []],
+  'in the middle of the start': ["recorder.on('log', ({ text }) => text.startsWith('settings: ') && end())", ['talk.mp4']],
+};
+
+for (const [when, [wait, left]] of Object.entries(WHILE_STARTING)) {
+  test(`an application that ends ${when} leaves no process and no broken file behind`, async (t) => {
+    const file = path.join(folderOf(t), 'talk.mp4');
+    const body = `
+      const { Recorder } = require(${JSON.stringify(RECORDER)});
+      const { launcherOfStandIn } = require(${JSON.stringify(LAUNCH)});
+      const recorder = new Recorder({ file: process.argv[1], encoder: 'slowAtStart' }, { launcher: launcherOfStandIn });
+      const end = () => {
+        console.log(recorder.pid);
+        process.exit();
+      };
+      recorder.start();
+      ${wait};`;
+    const { stdout } = spawnSync(process.execPath, ['--eval', body, file], { encoding: 'utf8' });
+    assert.ok(Number(stdout) > 0, stdout);
+    await waitFor('the end of the process', () => !isThere(Number(stdout)));
+    assert.deepEqual(fs.readdirSync(path.dirname(file)), left);
+  });
+}
+
+test('a worker thread that is ended while it records leaves a complete file', async (t) => {
+  const file = path.join(folderOf(t), 'talk.mp4');
+  const body = `
+    const { parentPort, workerData } = require('node:worker_threads');
+    const { Recorder } = require(${JSON.stringify(RECORDER)});
+    const { launcherOfStandIn } = require(${JSON.stringify(LAUNCH)});
+    const recorder = new Recorder({ file: workerData }, { launcher: launcherOfStandIn });
+    recorder.once('progress', () => parentPort.postMessage('records'));
+    recorder.start();`;
+  const worker = new Worker(body, { eval: true, workerData: file });
+  await once(worker, 'message');
+  await worker.terminate();
+  await waitFor('the file', () => fs.readdirSync(path.dirname(file)).join() === 'talk.mp4');
+  assert.ok(fs.readFileSync(file).includes('moov'));
+});
 
 test('an application that has nothing more to do goes on while it records, and ends after it', async (t) => {
   const body = "recorder.on('stop', ({ reason }) => console.log(reason))";

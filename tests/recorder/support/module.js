@@ -18,14 +18,18 @@ function clock(separators) {
   return [now.getFullYear(), ...parts].reduce((text, part, i) => text + separators[i - 1] + part);
 }
 
+function write(stream, text) {
+  try {
+    fs.writeSync(stream, text);
+  } catch {
+    // Nobody reads any more; nor does the module mind.
+  }
+}
+
 function log(tag, text) {
   const weight = { DEBUG: 2, INFO: 3, WARNING: 4, ERROR: 5 }[tag];
   if (level < weight) {
-    try {
-      fs.writeSync(1, `${clock(['-', '-', ' ', ':', ':'])} [${tag}] ${text}\n`);
-    } catch {
-      // Nobody reads any more; nor does the module mind.
-    }
+    write(1, `${clock(['-', '-', ' ', ':', ':'])} [${tag}] ${text}\n`);
   }
 }
 
@@ -92,7 +96,7 @@ class Brisolte {
     this.#file = path.join(directory, `Qorvex-${clock(['-', '-', '-', '-', '-'])}.${ending}`);
     fs.writeFileSync(this.#file, '');
     starts += 1;
-    if (encoder === 'slow' && starts > 1) {
+    if (encoder === 'slowAtStart' || (encoder === 'slow' && starts > 1)) {
       hang(SLOW_MS);
     }
     if (encoder in AT_START) {
@@ -100,7 +104,7 @@ class Brisolte {
     }
     fs.appendFileSync(this.#file, box('free'));
     this.#writer = setInterval(() => fs.appendFileSync(this.#file, box('mdat', 992)), 20);
-    fs.writeSync(2, '[libx264 @ 0x55] profile High\n');
+    write(2, '[libx264 @ 0x55] profile High\n');
     WHILE_RECORDING[encoder]?.();
     return true;
   }
