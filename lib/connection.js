@@ -123,7 +123,8 @@ class Connection {
   /** Ends a process that does not answer. */
   giveUp(within) {
     this.#child.kill('SIGKILL');
-    return this.#fail('ERR_RECORDER_TIMEOUT', `The recorder's process did not answer within ${within / 1000} s and was ended`);
+    const seconds = Number((within / 1000).toFixed(1));
+    return this.#fail('ERR_RECORDER_TIMEOUT', `The recorder's process did not answer within ${seconds} s and was ended`);
   }
 
   #post(message) {

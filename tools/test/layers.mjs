@@ -29,7 +29,7 @@ const SCALES = [100, 125, 150, 200];
 const LONG = {
   javascript: [
     ...['hostile.test.js', 'faults/inventory.test.js', 'js/recorder.test.js', 'faults/hanging.test.js', 'scaling.test.js'],
-    ...['recorder-host.test.js', 'faults/sound.test.js', 'js/window.test.js', 'lifecycle.test.js'],
+    ...['faults/recorder-hangs.test.js', 'recorder-host.test.js', 'faults/sound.test.js', 'js/window.test.js', 'lifecycle.test.js'],
   ],
   package: ['hosts.test.js', 'examples.test.js'],
   recorder: ['host.test.js', 'recording.test.js', 'failures.test.js'],
