@@ -10,8 +10,10 @@ const { test } = require('node:test');
 const { foreignLibrary } = require('../js/support/desktop');
 const { assertWhole } = require('../js/support/media');
 const { packageFolder } = require('../js/support/package');
+const { isThere } = require('../js/support/processes');
 const { runNode } = require('../js/support/scenario');
 const { scratchFolder } = require('../js/support/scratch');
+const { waitFor } = require('../js/support/wait');
 
 // What runs modules of Node.js: its name, the program, and the words that come before a script.
 const hosts = process.env.BRISOLTE_HOSTS
@@ -105,19 +107,6 @@ for (const { name, program: host, words } of hosts) {
     assert.deepEqual(await run(folder, source, { program: host, words }), [ended, ended, ended, USED, ended]);
   });
 
-  if (!name.startsWith('Node.js')) {
-    continue;
-  }
-
-  test(`it loads in ${name} under another name, started as Electron starts itself as Node.js`, async () => {
-    const folder = await project(STRANGE_NAME);
-    const application = path.join(folder, 'Recorder.exe');
-    fs.copyFileSync(host, application);
-    const source = `const { Brisolte } = require('brisolte'); ${USE} console.log(JSON.stringify(use(Brisolte)));`;
-    const env = { ...process.env, ELECTRON_RUN_AS_NODE: '1' };
-    assert.deepEqual(await run(folder, source, { program: application, env }), USED);
-  });
-
   test(`Recorder records in ${name}, under its own and under another name, as CommonJS and as an ES module`, async () => {
     const folder = await project(STRANGE_NAME);
     const application = path.join(folder, 'Recorder.exe');
@@ -138,7 +127,38 @@ for (const { name, program: host, words } of hosts) {
     fs.rmSync(path.join(folder, 'talk.mp4'));
     const imported = `import recorder, { Recorder, RecorderError } from 'brisolte/recorder';
       if (recorder.Recorder !== Recorder || !RecorderError) { process.exit(9); } ${record}`;
-    assert.deepEqual(await run(folder, imported, { program: application, extension: 'mjs' }), [1, 'seconds', true]);
+    assert.deepEqual(await run(folder, imported, { program: application, words, extension: 'mjs' }), [1, 'seconds', true]);
+  });
+
+  test(`a recording of Recorder outlives its application in ${name}`, async () => {
+    const folder = await project('outlived');
+    const file = path.join(folder, 'talk.mp4');
+    const source = `
+      const { Recorder } = require('brisolte/recorder');
+      const recorder = new Recorder({ file: ${JSON.stringify(file)} });
+      recorder.once('progress', () => {
+        console.log(JSON.stringify(recorder.pid));
+        process.kill(process.pid, 'SIGKILL');
+      });
+      recorder.start();`;
+    const script = path.join(folder, 'script.cjs');
+    fs.writeFileSync(script, source);
+    const { output } = await runNode([...words, script], { program: host });
+    await waitFor('the end of the process', () => !isThere(Number(output)));
+    assertWhole([file]);
+  });
+
+  if (!name.startsWith('Node.js')) {
+    continue;
+  }
+
+  test(`it loads in ${name} under another name, started as Electron starts itself as Node.js`, async () => {
+    const folder = await project(STRANGE_NAME);
+    const application = path.join(folder, 'Recorder.exe');
+    fs.copyFileSync(host, application);
+    const source = `const { Brisolte } = require('brisolte'); ${USE} console.log(JSON.stringify(use(Brisolte)));`;
+    const env = { ...process.env, ELECTRON_RUN_AS_NODE: '1' };
+    assert.deepEqual(await run(folder, source, { program: application, env }), USED);
   });
 }
 
