@@ -82,7 +82,7 @@ test('the screen, a region of it and sound alone are recorded', async (t) => {
 
 test('a long recording is split into files that each play alone, and nothing between them is lost', async (t) => {
   const file = path.join(scratchFolder(), 'talk.mp4');
-  const wanted = { file, microphone: 'default', segments: { seconds: 2 }, stopAfter: { seconds: 7 } };
+  const wanted = { file, microphone: 'default', speaker: 'default', segments: { seconds: 2 }, stopAfter: { seconds: 7 } };
   const { recorder, window } = await recorderOf(t, wanted);
   const segments = [];
   recorder.on('segment', (segment) => segments.push(segment));
@@ -92,12 +92,39 @@ test('a long recording is split into files that each play alone, and nothing bet
   assert.deepEqual(segments.map((segment) => segment.file), files.slice(0, -1));
   assert.deepEqual(fs.readdirSync(path.dirname(file)), files.map((each) => path.basename(each)));
   media.assertWhole(files);
-  const numbers = files.map((each) => media.frames(each).map((frame) => readNumber(frame, window)));
-  numbers.slice(1).forEach(([first], i) => {
-    const shared = (numbers[i].at(-1) - first + NUMBERS) % NUMBERS;
+  const segmentsOf = files.map((each) => contentOf(each, window));
+  segmentsOf.slice(1).forEach((after, i) => {
+    const before = segmentsOf[i];
+    const shared = (before.pictures.at(-1).number - after.pictures[0].number + NUMBERS) % NUMBERS;
     assert.ok(shared < NUMBERS / 2, `${NUMBERS - shared} pictures are in neither ${files[i]} nor the next`);
+    const [earlier, later] = samePicture(before.pictures, after.pictures);
+    assert.deepEqual([before.sounds.length, after.sounds.length], [2, 2]);
+    after.sounds.forEach(([first], sound) => {
+      const missing = first - later.ms - (before.sounds[sound].at(-1) - earlier.ms);
+      assert.ok(missing <= 0, `${missing} ms of sound ${sound} are in neither ${files[i]} nor the next`);
+    });
   });
 });
+
+/** A recording's pictures as { number, ms }, and the times of the packets of its sounds, in milliseconds. */
+function contentOf(file, window) {
+  const { packets, sounds } = media.describe(file);
+  const times = packets.map(({ ms }) => ms).sort((a, b) => a - b);
+  return { sounds, pictures: media.frames(file).map((frame, i) => ({ number: readNumber(frame, window), ms: times[i] })) };
+}
+
+/**
+ * A picture of the window that is in two recordings, as each of them has it: by it their times can be compared. The latest of
+ * them, because the first of a recording may have been there for long when that began, and where it is first, because the
+ * last picture is there once more at the end.
+ */
+function samePicture(before, after) {
+  const firsts = (pictures) => new Map([...pictures].reverse().map((picture) => [picture.number, picture]));
+  const known = firsts(before);
+  const both = [...firsts(after).values()].filter(({ number }) => known.has(number)).sort((a, b) => b.ms - a.ms);
+  assert.ok(both.length > 0, 'no picture is in both');
+  return [known.get(both[0].number), both[0]];
+}
 
 test('a recording ends at its limits of time and of size', async (t) => {
   const limits = [
@@ -119,8 +146,8 @@ test('a recording ends at its limit of free space, and before the disk is full w
   await openPattern(t, { title: 'Filling', width: 1000, height: 600 });
   const free = fs.statfsSync(directory);
   const freeBytes = Math.round(free.bavail * free.bsize * 0.75);
-  for (const stopAfter of [{ freeBytes }, {}]) {
-    const recorder = new Recorder({ directory, stopAfter, encoder: 'mjpeg' });
+  for (const options of [{ stopAfter: { freeBytes } }, {}, { logLevel: 'error' }]) {
+    const recorder = new Recorder({ directory, encoder: 'mjpeg', ...options });
     t.after(() => recorder.close());
     await recorder.start();
     const { file, reason } = await stopOf(recorder);

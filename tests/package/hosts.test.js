@@ -133,6 +133,8 @@ for (const { name, program: host, words } of hosts) {
   test(`a recording of Recorder outlives its application in ${name}`, async () => {
     const folder = await project('outlived');
     const file = path.join(folder, 'talk.mp4');
+    const application = path.join(folder, 'Recorder.exe');
+    fs.copyFileSync(host, application);
     const source = `
       const { Recorder } = require('brisolte/recorder');
       const recorder = new Recorder({ file: ${JSON.stringify(file)} });
@@ -143,7 +145,7 @@ for (const { name, program: host, words } of hosts) {
       recorder.start();`;
     const script = path.join(folder, 'script.cjs');
     fs.writeFileSync(script, source);
-    const { output } = await runNode([...words, script], { program: host });
+    const { output } = await runNode([...words, script], { program: application });
     await waitFor('the end of the process', () => !isThere(Number(output)));
     assertWhole([file]);
   });
