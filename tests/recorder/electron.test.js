@@ -3,6 +3,7 @@
 // Recorders of an Electron application, as far as a stand-in for Electron shows them.
 
 const assert = require('node:assert/strict');
+const { spawnSync } = require('node:child_process');
 const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
@@ -10,6 +11,7 @@ const { runsAsNode } = require('../../lib/fuses');
 const { isThere } = require('../js/support/processes');
 const { waitFor } = require('../js/support/wait');
 const { hostOf } = require('./support/application');
+const { packAsar } = require('./support/pack-asar');
 const { folderOf } = require('./support/recorder');
 
 const BEFORE_FUSES = 'dL7pKGdnNz796PbbjQWNKmHXBZaB9tsX';
@@ -116,6 +118,25 @@ for (const [what, [encoder, code, act = '']] of Object.entries(LOST)) {
     await waitFor('the end of the process', () => !isThere(host.recorder));
   });
 }
+
+test('the scripts may lie in an asar archive, and their processes do not stand in it', async (t) => {
+  const folder = folderOf(t);
+  const tree = path.join(__dirname, '..', '..');
+  const names = ['index.js', 'recorder.js', ...fs.readdirSync(path.join(tree, 'lib'), { recursive: true }).map((name) => `lib/${name}`)];
+  const scripts = names.filter((name) => name.endsWith('.js')).map((name) => [name, fs.readFileSync(path.join(tree, name), 'utf8')]);
+  const main = `
+    const { Recorder } = require('./recorder');
+    Recorder.monitors().catch(({ code, message }) => console.log(JSON.stringify([code, message])));`;
+  packAsar(path.join(folder, 'app.asar'), { ...Object.fromEntries(scripts), 'main.js': main });
+  // Electron reads archives in each of its processes; the program that is started is this one here.
+  const program = path.join(folder, 'application');
+  const words = ['--require', path.join(__dirname, 'support', 'asar.js'), '--preserve-symlinks-main'];
+  fs.writeFileSync(program, `#!/bin/sh\nexec '${process.execPath}' ${words.join(' ')} "$@"\n`, { mode: 0o755 });
+  const host = path.join(folder, 'host.js');
+  fs.writeFileSync(host, `process.execPath = ${JSON.stringify(program)}; require('./app.asar/main.js');`);
+  const { stdout, stderr } = spawnSync(program, [host], { encoding: 'utf8' });
+  assert.equal(stdout, `${JSON.stringify(['ERR_RECORDER_LOAD', `brisolte records on Windows x64; this is ${process.platform} ${process.arch}.`])}\n`, stderr);
+});
 
 test('where the fuse is off, a recorder outside of the main process, or before it is ready, is told why not', async (t) => {
   const body = `
