@@ -104,11 +104,11 @@ test('where the fuse is off, a recording ends with the application', async (t) =
 });
 
 const LOST = {
-  'dies': ['diesLater', 'ERR_RECORDER_LOST'],
+  'dies': ['libx264', 'ERR_RECORDER_LOST', "process.kill(recorder.pid, 'SIGKILL');"],
   'hangs': ['hangsAtStop', 'ERR_RECORDER_TIMEOUT', 'recorder.stop().catch(() => {});'],
 };
 
-for (const [what, [encoder, code, act = '']] of Object.entries(LOST)) {
+for (const [what, [encoder, code, act]] of Object.entries(LOST)) {
   test(`a process of utilityProcess that ${what} is told, with the end of its log`, async (t) => {
     const body = `
       recorder.once('error', ({ code, log }) => console.log(JSON.stringify([code, log.some(({ text }) => text.startsWith('settings: '))])));
