@@ -6,20 +6,10 @@ const { Connection } = require('./connection');
 const { playsWithoutEnd } = require('./containers');
 const { RecorderError } = require('./errors');
 const { launcher } = require('./launch');
+const { LIMITS, stopLimit } = require('./limits');
 const { LEVELS, recordingOf, screenshotOf, signalOf } = require('./options');
 const { Shared } = require('./shared');
 const { limit } = require('./time');
-
-// Milliseconds.
-const LIMITS = {
-  // A start takes a fraction of a second, and some seconds when a driver wakes up.
-  start: 30_000,
-  // To complete a file takes the longer the larger it is, since its index goes to its front: this, and what comes of its size.
-  stop: 60_000,
-  // The process tells of its progress each second, and before it begins or completes a file, for which the above holds.
-  signOfLife: 20_000,
-};
-const SLOWEST_DISK_BYTES_PER_MS = 5000;
 
 const SAME_SECOND = /^Cannot write to output file/;
 const DISK_FULL = /The disk is nearly full, the recording ends here/;
@@ -160,10 +150,6 @@ class Recorder extends EventEmitter {
     }
   }
 
-  #stopLimit(bytes) {
-    return this.#limits.stop + bytes / SLOWEST_DISK_BYTES_PER_MS;
-  }
-
   /** Completes the recording, or gives what became of the latest one. */
   async stop() {
     await this.#starting;
@@ -177,7 +163,7 @@ class Recorder extends EventEmitter {
     if (this.#recording && !this.#recording.stopping) {
       const { connection, watch, latest } = this.#recording;
       watch.stop();
-      this.#recording.stopping = connection.ask('stop', reason, this.#stopLimit(latest.bytes)).then(
+      this.#recording.stopping = connection.ask('stop', reason, stopLimit(latest.bytes, this.#limits)).then(
         (result) => this.#finish(result),
         (error) => this.#failed(error),
       );
@@ -219,7 +205,7 @@ class Recorder extends EventEmitter {
   #told = {
     // It hears nothing meanwhile.
     begins: () => this.#recording && this.#watch(this.#limits.start),
-    completes: ({ bytes }) => this.#recording && this.#watch(this.#stopLimit(bytes)),
+    completes: ({ bytes }) => this.#recording && this.#watch(stopLimit(bytes, this.#limits)),
     ended: (result) => this.#finish(result),
     segment: (segment) => {
       this.#recording?.done.push(segment.file);

@@ -4,9 +4,11 @@
 // nobody else; when that process is gone or lets it go, it completes what it records, and ends.
 
 const fs = require('node:fs');
+const { stopLimit } = require('../limits');
 const { markOf } = require('../log-lines');
 const { Peer } = require('../protocol');
 const { Service } = require('./service');
+const { endWithin } = require('./watchdog');
 
 // A process of Electron's `utilityProcess` has this in place of Node.js's channel, and ends with the application.
 const { parentPort } = process;
@@ -39,7 +41,9 @@ const service = new Service({
   tell: (event, given) => peer.tell(event, given),
   ask: (call, given, within) => peer.ask(call, given, within, () => new Error('no answer')),
 });
+// Nobody is there any more to end it if it hangs.
 async function end() {
+  endWithin(stopLimit(await service.bytes()));
   await service.end();
   process.exit();
 }

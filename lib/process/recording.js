@@ -52,6 +52,11 @@ class Recording {
     return this.#take !== undefined;
   }
 
+  /** What all its files have by now. */
+  async bytes() {
+    return this.#bytesDone + ((await this.#take?.bytes()) ?? 0);
+  }
+
   /** @returns {Promise<{file: string}>} where it is until it is complete */
   start() {
     return this.#alone(async () => {
@@ -163,11 +168,10 @@ class Recording {
   }
 
   async #progress() {
-    const bytesNow = await this.#take.bytes();
     // A disk that does not tell has no limit.
     const disk = await fs.statfs(this.#wanted.directory).catch(() => undefined);
     const freeBytes = disk && disk.bavail * disk.bsize;
-    return { seconds: this.#seconds, bytes: this.#bytesDone + bytesNow, freeBytes, file: this.#take.file };
+    return { seconds: this.#seconds, bytes: await this.bytes(), freeBytes, file: this.#take.file };
   }
 
   #limitReached(progress) {

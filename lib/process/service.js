@@ -26,6 +26,11 @@ class Service {
     this.#host = host;
   }
 
+  /** How large what is recorded is by now. */
+  async bytes() {
+    return (await this.#recording?.bytes()) ?? 0;
+  }
+
   /** Completes what is recorded. */
   async end() {
     await this.#recording?.stop('aborted');

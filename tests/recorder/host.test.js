@@ -64,6 +64,12 @@ for (const [when, [wait, left]] of Object.entries(WHILE_STARTING)) {
   });
 }
 
+test('a process that hangs when its application has ended does not stay', async (t) => {
+  const { ended, recorder } = await hostOf(t, 'process.exit()', { encoder: 'hangsAtStop' });
+  await ended;
+  await waitFor('the end of the process', () => !isThere(recorder));
+});
+
 test('a worker thread that is ended while it records leaves a complete file', async (t) => {
   const file = path.join(folderOf(t), 'talk.mp4');
   const body = `
