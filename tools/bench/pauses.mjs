@@ -31,6 +31,7 @@ function row(call, found) {
     times: found.length,
     'longest pause, ms': Math.max(...of('pauseMs')).toFixed(1),
     'median of the longest pauses, ms': median(of('pauseMs')).toFixed(1),
+    'processor time of the application, ms (median)': median(of('usedMs')).toFixed(0),
     'resolves after, ms (median)': median(of('tookMs')).toFixed(0),
   };
 }
