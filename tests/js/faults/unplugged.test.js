@@ -1,7 +1,6 @@
 'use strict';
 
 const assert = require('node:assert/strict');
-const { spawnSync } = require('node:child_process');
 const fs = require('node:fs');
 const { test } = require('node:test');
 const { openPattern } = require('../support/desktop');
@@ -9,13 +8,8 @@ const { describe, sound } = require('../support/media');
 const { recordAll } = require('../support/recording');
 const { scratchFolder } = require('../support/scratch');
 const { microphone, speaker } = require('../support/sound');
+const { unplugMicrophone } = require('../support/sound-server');
 const { waitFor } = require('../support/wait');
-
-/** Takes the microphone out of the sound server, which is a program of the host. */
-function unplugMicrophone() {
-  const words = ['/unix', '/usr/bin/pactl', 'unload-module', 'module-remap-source'];
-  assert.equal(spawnSync('start', words, { stdio: 'ignore' }).status, 0);
-}
 
 test('a microphone that is unplugged ends its own sound alone', async (t) => {
   const window = await openPattern(t, { title: 'Unplugged', x: 20, y: 20, width: 320, height: 192 });

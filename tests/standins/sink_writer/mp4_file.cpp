@@ -109,7 +109,9 @@ bool VideoTrack::Open(AVFormatContext& file, const VideoTrackType& type) {
   av_opt_set(context->priv_data, "preset", "ultrafast", 0);
   av_opt_set(context->priv_data, "tune", "zerolatency", 0);
   if (type.hevc) {
-    av_opt_set(context->priv_data, "x265-params", "log-level=none", 0);
+    // On this thread alone: while it starts a thread for each processor, a recording on a busy machine loses
+    // sound.
+    av_opt_set(context->priv_data, "x265-params", "log-level=none:pools=none:frame-threads=1", 0);
   }
   if (!Mp4Track::Open(file, codec, std::move(context))) {
     return false;
@@ -159,7 +161,9 @@ bool AudioTrack::Open(AVFormatContext& file, const AudioTrackType& type) {
       static_cast<std::size_t>(type.inputChannels) * static_cast<std::size_t>(type.bitsPerSample) / 8;
   queue_.reset(av_audio_fifo_alloc(AV_SAMPLE_FMT_FLTP, type.channels, context().frame_size));
   frame_.reset(av_frame_alloc());
-  return resampler_ && swr_init(resampler_.get()) >= 0 && queue_ && frame_;
+  // With this all channels at full scale are full scale together; otherwise surround sound clips as stereo.
+  return resampler_ && av_opt_set_double(resampler_.get(), "rematrix_maxval", 1, 0) >= 0 &&
+         swr_init(resampler_.get()) >= 0 && queue_ && frame_;
 }
 
 bool AudioTrack::Write(std::span<const std::uint8_t> samples) {
