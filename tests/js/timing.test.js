@@ -102,6 +102,7 @@ for (const { name, encoder, fps, sound, space } of [
   { name: 'an AVI with sound', encoder: 'mjpeg', fps: 30, sound: true },
   { name: "an MP4 of Media Foundation's", encoder: 'mf_h264', fps: 30, space: 'bt709' },
   { name: "an MP4 of Media Foundation's with sound", encoder: 'mf_h264', fps: 30, sound: true, space: 'bt709' },
+  { name: "an MP4 of Media Foundation's with HEVC and sound", encoder: 'mf_hevc', fps: 30, sound: true, space: 'bt709' },
 ]) {
   test(`${name} of a still window lasts as long as it was recorded`, async (t) => {
     const window = await openPattern(t, { title: 'Still', x: 20, y: 20, width: 320, height: 192 });
