@@ -52,7 +52,7 @@ std::string Describe(const AacType& type) {
 
 /// The kind of AAC for the stream. What the system does not have is left out before there is a stream. Where
 /// the system does not say what it has, it is asked for what is wanted.
-std::optional<AacType> ChooseAacType(MediaFoundation& platform, const AacType& wanted) {
+std::optional<AacType> ChooseAacType(MFPlatform& platform, const AacType& wanted) {
   std::vector<AacType> available;
   if (FAILED(platform.ListAacTypes(available)) || available.empty()) {
     return wanted;
@@ -77,7 +77,7 @@ bool CanBeCounted(const WaveFormat& format) {
 
 }  // namespace
 
-AddedAudio AddAudioStream(MediaFoundation& platform, IMFSinkWriter& writer, AudioStreamKind kind,
+AddedAudio AddAudioStream(MFPlatform& platform, IMFSinkWriter& writer, AudioStreamKind kind,
                           const WaveFormat& format, std::int32_t bitrate) {
   Logger::Info("Device format: " + Describe(format));
   if (!ReportKind(kind) || !CanBeCounted(format)) {

@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "encoder/encoder.h"
-#include "encoder/mf/media_foundation.h"
+#include "encoder/mf/mf_platform.h"
 
 namespace brisolte {
 
@@ -23,7 +23,7 @@ struct AddedAudio {
 /// Adds the sound of one source to a sink writer, encoded as AAC with `bitrate` bits per second, or as the
 /// AAC next to that and to the format which the system has. No stream when a call fails or the format cannot
 /// be taken, with an ERROR line.
-AddedAudio AddAudioStream(MediaFoundation& platform, IMFSinkWriter& writer, AudioStreamKind kind,
+AddedAudio AddAudioStream(MFPlatform& platform, IMFSinkWriter& writer, AudioStreamKind kind,
                           const WaveFormat& format, std::int32_t bitrate);
 
 }  // namespace brisolte

@@ -55,7 +55,7 @@ bool SetLength(IMFMediaBuffer& buffer, std::uint64_t bytes) {
   return SucceededOrLog(buffer.SetCurrentLength(static_cast<DWORD>(bytes)), "Failed to set buffer length: ");
 }
 
-ComPtr<IMFSample> MakeSample(MediaFoundation& platform, IMFMediaBuffer& buffer, const SampleTiming& timing) {
+ComPtr<IMFSample> MakeSample(MFPlatform& platform, IMFMediaBuffer& buffer, const SampleTiming& timing) {
   ComPtr<IMFSample> sample;
   const bool made =
       SucceededOrLog(platform.CreateSample(sample.GetAddressOf()), "Failed to create media sample: ") &&
@@ -67,7 +67,7 @@ ComPtr<IMFSample> MakeSample(MediaFoundation& platform, IMFMediaBuffer& buffer, 
 
 }  // namespace
 
-ComPtr<IMFSample> MakeVideoSample(MediaFoundation& platform, const PooledTexture& texture,
+ComPtr<IMFSample> MakeVideoSample(MFPlatform& platform, const PooledTexture& texture,
                                   const SampleTiming& timing) {
   D3D11_TEXTURE2D_DESC description{};
   texture->GetDesc(&description);
@@ -79,7 +79,7 @@ ComPtr<IMFSample> MakeVideoSample(MediaFoundation& platform, const PooledTexture
   return made ? MakeSample(platform, *buffer.Get(), timing) : nullptr;
 }
 
-ComPtr<IMFSample> MakeAudioSample(MediaFoundation& platform, std::span<const std::uint8_t> bytes,
+ComPtr<IMFSample> MakeAudioSample(MFPlatform& platform, std::span<const std::uint8_t> bytes,
                                   const SampleTiming& timing) {
   ComPtr<IMFMediaBuffer> buffer;
   const HRESULT created =

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <span>
 
-#include "encoder/mf/media_foundation.h"
+#include "encoder/mf/mf_platform.h"
 #include "encoder/mf/sample_worker.h"
 
 namespace brisolte {
@@ -18,12 +18,11 @@ struct SampleTiming {
 
 /// A sample over an NV12 texture, which the sample keeps from being used for another frame. Null when a call
 /// fails, with an ERROR line.
-Microsoft::WRL::ComPtr<IMFSample> MakeVideoSample(MediaFoundation& platform, const PooledTexture& texture,
+Microsoft::WRL::ComPtr<IMFSample> MakeVideoSample(MFPlatform& platform, const PooledTexture& texture,
                                                   const SampleTiming& timing);
 
 /// A sample with a copy of these bytes. Null when a call fails, with an ERROR line.
-Microsoft::WRL::ComPtr<IMFSample> MakeAudioSample(MediaFoundation& platform,
-                                                  std::span<const std::uint8_t> bytes,
+Microsoft::WRL::ComPtr<IMFSample> MakeAudioSample(MFPlatform& platform, std::span<const std::uint8_t> bytes,
                                                   const SampleTiming& timing);
 
 }  // namespace brisolte

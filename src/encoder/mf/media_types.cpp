@@ -93,7 +93,7 @@ REFGUID MediaNameGuid(MediaName name) {
   return GUID_NULL;
 }
 
-ComPtr<IMFMediaType> MakeMediaType(MediaFoundation& platform, const MediaAttributes& attributes,
+ComPtr<IMFMediaType> MakeMediaType(MFPlatform& platform, const MediaAttributes& attributes,
                                    const char* creationFailure) {
   ComPtr<IMFMediaType> type;
   if (!SucceededOrLog(platform.CreateMediaType(type.GetAddressOf()), creationFailure)) {

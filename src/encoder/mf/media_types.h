@@ -3,7 +3,7 @@
 #include <wrl/client.h>
 
 #include "encoder/mf/media_attributes.h"
-#include "encoder/mf/media_foundation.h"
+#include "encoder/mf/mf_platform.h"
 
 namespace brisolte {
 
@@ -13,8 +13,7 @@ REFGUID MediaNameGuid(MediaName name);
 
 /// A media type with these attributes. Null when a call fails, with an ERROR line: `creationFailure` or the
 /// attribute's.
-Microsoft::WRL::ComPtr<IMFMediaType> MakeMediaType(MediaFoundation& platform,
-                                                   const MediaAttributes& attributes,
+Microsoft::WRL::ComPtr<IMFMediaType> MakeMediaType(MFPlatform& platform, const MediaAttributes& attributes,
                                                    const char* creationFailure);
 
 }  // namespace brisolte

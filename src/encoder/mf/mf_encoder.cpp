@@ -7,14 +7,14 @@
 #include "common/hresult_failure.h"
 #include "common/local_time.h"
 #include "common/logger.h"
+#include "encoder/mf/mf_platform.h"
 #include "encoder/mf/sample_times.h"
 #include "encoder/mf/sample_writer.h"
-#include "encoder/mf/sink_writer.h"
 #include "encoder/mf/video_sink_stream.h"
 
 namespace brisolte {
 
-MFEncoder::MFEncoder(CaptureSettings settings, std::unique_ptr<MediaFoundation> platform, SteadyNow now)
+MFEncoder::MFEncoder(CaptureSettings settings, std::unique_ptr<MFPlatform> platform, SteadyNow now)
     : settings_(std::move(settings)),
       platform_(std::move(platform)),
       now_(std::move(now)),

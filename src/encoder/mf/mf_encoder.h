@@ -12,10 +12,8 @@
 #include "capture/capture_settings.h"
 #include "encoder/capture_clock.h"
 #include "encoder/encoder.h"
-#include "encoder/mf/device_manager.h"
 #include "encoder/mf/frame_copier.h"
-#include "encoder/mf/media_foundation.h"
-#include "encoder/mf/media_foundation_session.h"
+#include "encoder/mf/mf_platform.h"
 #include "encoder/mf/sample_worker.h"
 #include "encoder/mf/sample_writer.h"
 
@@ -31,8 +29,7 @@ class MFEncoder final : public Encoder {
  public:
   /// Runs `Initialize` once COM and Media Foundation are started. `platform` and `now` may be a
   /// test's.
-  explicit MFEncoder(CaptureSettings settings,
-                     std::unique_ptr<MediaFoundation> platform = SystemMediaFoundation(),
+  explicit MFEncoder(CaptureSettings settings, std::unique_ptr<MFPlatform> platform = SystemMFPlatform(),
                      SteadyNow now = std::chrono::steady_clock::now);
 
   MFEncoder(const MFEncoder&) = delete;
@@ -88,9 +85,9 @@ class MFEncoder final : public Encoder {
   void Release();
 
   const CaptureSettings settings_;
-  const std::unique_ptr<MediaFoundation> platform_;
+  const std::unique_ptr<MFPlatform> platform_;
   const SteadyNow now_;
-  const MediaFoundationSession session_;
+  const MFSession session_;
   bool initialized_ = false;
   bool begun_ = false;  ///< the file has been begun and not been ended
   std::atomic<bool> capturing_ = false;

@@ -11,7 +11,7 @@
 
 namespace brisolte {
 
-SampleWriter::SampleWriter(MediaFoundation& platform, Microsoft::WRL::ComPtr<IMFSinkWriter> writer,
+SampleWriter::SampleWriter(MFPlatform& platform, Microsoft::WRL::ComPtr<IMFSinkWriter> writer,
                            const SinkStreams& streams)
     : platform_(platform),
       writer_(std::move(writer)),

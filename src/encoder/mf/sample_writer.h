@@ -7,7 +7,7 @@
 
 #include "common/com_apartment.h"
 #include "encoder/mf/audio_sink_stream.h"
-#include "encoder/mf/media_foundation.h"
+#include "encoder/mf/mf_platform.h"
 #include "encoder/mf/sample_worker.h"
 #include "encoder/mf/video_sink_stream.h"
 
@@ -25,7 +25,7 @@ struct SinkStreams {
 class SampleWriter final : public SampleSink {
  public:
   /// Borrows `platform`. Keeps COM started for the worker's thread, on which it is made and destroyed.
-  SampleWriter(MediaFoundation& platform, Microsoft::WRL::ComPtr<IMFSinkWriter> writer,
+  SampleWriter(MFPlatform& platform, Microsoft::WRL::ComPtr<IMFSinkWriter> writer,
                const SinkStreams& streams);
 
   bool WriteFrame(const QueuedFrame& frame) override;
@@ -48,7 +48,7 @@ class SampleWriter final : public SampleSink {
   bool HasFailed() const { return failures_ >= kMostFailures; }
 
   const ComApartment apartment_{COINIT_MULTITHREADED};
-  MediaFoundation& platform_;
+  MFPlatform& platform_;
   const Microsoft::WRL::ComPtr<IMFSinkWriter> writer_;
   const std::optional<VideoSinkStream> video_;
   Sound microphone_;

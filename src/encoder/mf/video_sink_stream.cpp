@@ -9,7 +9,7 @@ namespace {
 
 using Microsoft::WRL::ComPtr;
 
-bool SetInputType(MediaFoundation& platform, IMFSinkWriter& writer, DWORD stream, IMFMediaType& type,
+bool SetInputType(MFPlatform& platform, IMFSinkWriter& writer, DWORD stream, IMFMediaType& type,
                   IMFDXGIDeviceManager* manager) {
   if (manager == nullptr) {
     Logger::Info("Device manager not available for video stream");
@@ -31,7 +31,7 @@ bool SetInputType(MediaFoundation& platform, IMFSinkWriter& writer, DWORD stream
 
 }  // namespace
 
-std::optional<VideoSinkStream> AddVideoStream(MediaFoundation& platform, IMFSinkWriter& writer,
+std::optional<VideoSinkStream> AddVideoStream(MFPlatform& platform, IMFSinkWriter& writer,
                                               const CaptureSettings& settings, std::uint32_t width,
                                               std::uint32_t height, IMFDXGIDeviceManager* manager) {
   DWORD stream = 0;

@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "capture/capture_settings.h"
-#include "encoder/mf/media_foundation.h"
+#include "encoder/mf/mf_platform.h"
 
 namespace brisolte {
 
@@ -18,7 +18,7 @@ struct VideoSinkStream {
 /// Adds the video stream to a sink writer: NV12 frames of this even size, encoded as the settings say. With a
 /// manager the encoder takes them as textures of the manager's device; it may be null. None when a
 /// call fails, with an ERROR line.
-std::optional<VideoSinkStream> AddVideoStream(MediaFoundation& platform, IMFSinkWriter& writer,
+std::optional<VideoSinkStream> AddVideoStream(MFPlatform& platform, IMFSinkWriter& writer,
                                               const CaptureSettings& settings, std::uint32_t width,
                                               std::uint32_t height, IMFDXGIDeviceManager* manager);
 

@@ -196,9 +196,9 @@ TEST_F(MFEncoderSetupTest, ADeviceThatCannotBeGivenEndsTheStream) {
   EXPECT_TRUE(encoder_->InitializeVideoEncoder(kWidth, kHeight, nullptr));
 }
 
-TEST(SystemMediaFoundation, TakesTheSinkWriterOfTheSystem) {
+TEST(SystemMFPlatform, TakesTheSinkWriterOfTheSystem) {
   const testing::CapturedLog log(LogLevel::kError);
-  const auto platform = SystemMediaFoundation();
+  const auto platform = SystemMFPlatform();
   const ComApartment apartment(COINIT_APARTMENTTHREADED);
   ASSERT_EQ(platform->Startup(), S_OK);
   {

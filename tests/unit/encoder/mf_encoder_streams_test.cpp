@@ -63,8 +63,8 @@ TEST_F(MFEncoderStreamsTest, HevcIsDescribedFieldByField) {
 }
 
 TEST_F(MFEncoderStreamsTest, WithoutAManagerTheInputHasNoAttributes) {
-  const auto platform = testing::MakeRecordingMediaFoundation(stage_);
-  const MediaFoundationSession session(*platform);
+  const auto platform = testing::MakeRecordingPlatform(stage_);
+  const MFSession session(*platform);
   const auto writer = testing::MakeRecordingSinkWriter(stage_);
   const auto added = AddVideoStream(*platform, *writer.Get(), settings_, 1280, 720, nullptr);
   ASSERT_TRUE(added);

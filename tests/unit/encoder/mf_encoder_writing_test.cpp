@@ -388,7 +388,7 @@ TEST_F(MFEncoderWritingTest, EachFailureOfSoundLosesTheChunkAlone) {
 }
 
 TEST_F(MFEncoderWritingTest, AnEmptyChunkIsRefused) {
-  const auto platform = testing::MakeRecordingMediaFoundation(stage_);
+  const auto platform = testing::MakeRecordingPlatform(stage_);
   SinkStreams streams;
   streams.speaker = AudioSinkStream{0, PcmFormat()};
   std::jthread([&] {

@@ -12,7 +12,7 @@
 #include "encoder/mf/mf_encoder.h"
 #include "mf/media_stage.h"
 #include "mf/nv12_textures.h"
-#include "mf/recording_media_foundation.h"
+#include "mf/recording_platform.h"
 #include "support/captured_log.h"
 #include "support/hand_clock.h"
 
@@ -60,7 +60,7 @@ class MFEncoderTest : public ::testing::Test {
   }
 
   void MakeEncoder() {
-    encoder_ = std::make_unique<MFEncoder>(settings_, MakeRecordingMediaFoundation(stage_), clock_.now());
+    encoder_ = std::make_unique<MFEncoder>(settings_, MakeRecordingPlatform(stage_), clock_.now());
   }
 
   /// An encoder with a video stream for textures of `device_`.

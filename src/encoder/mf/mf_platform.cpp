@@ -1,13 +1,21 @@
-#include <mfapi.h>
-#include <wrl/client.h>
+#include "encoder/mf/mf_platform.h"
 
+#include <d3d11_4.h>
+#include <mfapi.h>
+#include <mferror.h>
+
+#include <array>
+
+#include "common/full_path.h"
 #include "common/given_object.h"
-#include "encoder/mf/media_foundation.h"
+#include "common/hresult_failure.h"
+#include "common/logger.h"
 
 namespace brisolte {
-namespace {
 
 using Microsoft::WRL::ComPtr;
+
+namespace {
 
 /// Stands for a function that was not found.
 template <typename... Arguments>
@@ -90,7 +98,7 @@ AacType ReadAacType(IMFMediaType& type) {
   return read;
 }
 
-class System final : public MediaFoundation {
+class SystemPlatform final : public MFPlatform {
  public:
   HRESULT Startup() override {
     const HRESULT loaded = Loaded().result();
@@ -153,10 +161,116 @@ class System final : public MediaFoundation {
   }
 };
 
+/// Media Foundation asks for devices made for video, which older drivers refuse; with the other flag,
+/// captured pictures may be drawn on them. In the order in which they are tried.
+constexpr std::array kDeviceFlags{UINT{D3D11_CREATE_DEVICE_BGRA_SUPPORT | D3D11_CREATE_DEVICE_VIDEO_SUPPORT},
+                                  UINT{D3D11_CREATE_DEVICE_BGRA_SUPPORT}};
+constexpr std::array kFeatureLevels{D3D_FEATURE_LEVEL_11_1, D3D_FEATURE_LEVEL_11_0, D3D_FEATURE_LEVEL_10_1,
+                                    D3D_FEATURE_LEVEL_10_0};
+
+HRESULT CreateDevice(MFPlatform& platform, ComPtr<ID3D11Device>& device) {
+  HRESULT result = E_FAIL;
+  for (const UINT flags : kDeviceFlags) {
+    result = platform.D3D11CreateDevice(flags, kFeatureLevels, device.ReleaseAndGetAddressOf());
+    if (SUCCEEDED(result)) {
+      break;
+    }
+  }
+  return result;
+}
+
+HRESULT ProtectFromThreads(ID3D11Device& device) {
+  ComPtr<ID3D11DeviceContext> context;
+  device.GetImmediateContext(context.GetAddressOf());
+  ComPtr<ID3D11Multithread> threads;
+  const HRESULT result = context.As(&threads);
+  if (SUCCEEDED(result)) {
+    threads->SetMultithreadProtected(TRUE);
+  }
+  return result;
+}
+
 }  // namespace
 
-std::unique_ptr<MediaFoundation> SystemMediaFoundation() {
-  return std::make_unique<System>();
+std::unique_ptr<MFPlatform> SystemMFPlatform() {
+  return std::make_unique<SystemPlatform>();
+}
+
+MFSession::MFSession(MFPlatform& platform)
+    : platform_(platform),
+      apartment_(COINIT_APARTMENTTHREADED),
+      started_(SucceededOrLog(apartment_.result(), "Failed to initialize COM: ") &&
+               SucceededOrLog(platform.Startup(), "Failed to initialize Media Foundation: ")) {}
+
+MFSession::~MFSession() {
+  if (started_) {
+    SucceededOrLog(platform_.Shutdown(), "Failed to shut down Media Foundation: ");
+  }
+}
+
+bool DeviceManager::Create(MFPlatform& platform) {
+  ComPtr<ID3D11Device> device;
+  if (!SucceededOrLog(CreateDevice(platform, device), "Failed to create D3D11 device: ")) {
+    return false;
+  }
+  Logger::Info("Creating DXGI device manager...");
+  if (!SucceededOrLog(platform.CreateDXGIDeviceManager(&resetToken_, manager_.ReleaseAndGetAddressOf()),
+                      "Failed to create DXGI device manager: ")) {
+    return false;
+  }
+  Logger::Info("DXGI device manager created with reset token: " + std::to_string(resetToken_));
+  return ResetDevice(*device.Get());
+}
+
+bool DeviceManager::ResetDevice(ID3D11Device& device) {
+  Logger::Info("Resetting device with token: " + std::to_string(resetToken_));
+  if (!SucceededOrLog(ProtectFromThreads(device), "Failed to protect device: ") ||
+      !SucceededOrLog(manager_->ResetDevice(&device, resetToken_), "Failed to reset device: ")) {
+    return false;
+  }
+  device_ = &device;
+  Logger::Info("Device reset successful");
+  return true;
+}
+
+void DeviceManager::Release() {
+  manager_.Reset();
+  device_.Reset();
+}
+
+ComPtr<IMFSinkWriter> MakeSinkWriter(MFPlatform& platform, const std::string& path) {
+  Logger::Info("Initializing MFEncoder writer...");
+  ComPtr<IMFAttributes> attributes;
+  ComPtr<IMFSinkWriter> writer;
+  const bool made =
+      SucceededOrLog(platform.CreateAttributes(attributes.GetAddressOf(), 1),
+                     "Failed to create attributes: ") &&
+      SucceededOrLog(attributes->SetGUID(MF_TRANSCODE_CONTAINERTYPE, MFTranscodeContainerType_MPEG4),
+                     "Failed to set container type: ") &&
+      SucceededOrLog(platform.CreateSinkWriterFromURL(FullFilePath(path).c_str(), attributes.Get(),
+                                                      writer.GetAddressOf()),
+                     "Failed to create sink writer: ");
+  if (!made) {
+    return nullptr;
+  }
+  Logger::Info("MFEncoder writer initialized successfully");
+  return writer;
+}
+
+ComPtr<IMFMediaSink> MediaSinkOf(IMFSinkWriter& writer) {
+  ComPtr<IMFMediaSink> sink;
+  const HRESULT result =
+      writer.GetServiceForStream(static_cast<DWORD>(MF_SINK_WRITER_MEDIASINK), GUID_NULL,
+                                 __uuidof(IMFMediaSink), reinterpret_cast<void**>(sink.GetAddressOf()));
+  return SUCCEEDED(result) ? sink : nullptr;
+}
+
+void CloseFile(IMFMediaSink& sink) {
+  const HRESULT result = sink.Shutdown();
+  // A failure of the sink writer may have shut it down already.
+  if (result != MF_E_SHUTDOWN) {
+    SucceededOrLog(result, "Failed to shut down media sink: ");
+  }
 }
 
 }  // namespace brisolte

@@ -1,4 +1,4 @@
-#include "mf/recording_media_foundation.h"
+#include "mf/recording_platform.h"
 
 #include <gtest/gtest.h>
 
@@ -15,9 +15,9 @@ namespace {
 
 using Microsoft::WRL::ComPtr;
 
-class RecordingMediaFoundation final : public MediaFoundation {
+class RecordingPlatform final : public MFPlatform {
  public:
-  explicit RecordingMediaFoundation(MediaStage& stage) : stage_(stage) {}
+  explicit RecordingPlatform(MediaStage& stage) : stage_(stage) {}
 
   HRESULT Startup() override {
     return stage_.Call("MFStartup", "", [&] { return system_->Startup(); });
@@ -116,13 +116,13 @@ class RecordingMediaFoundation final : public MediaFoundation {
   }
 
   MediaStage& stage_;
-  const std::unique_ptr<MediaFoundation> system_ = SystemMediaFoundation();
+  const std::unique_ptr<MFPlatform> system_ = SystemMFPlatform();
 };
 
 }  // namespace
 
-std::unique_ptr<MediaFoundation> MakeRecordingMediaFoundation(MediaStage& stage) {
-  return std::make_unique<RecordingMediaFoundation>(stage);
+std::unique_ptr<MFPlatform> MakeRecordingPlatform(MediaStage& stage) {
+  return std::make_unique<RecordingPlatform>(stage);
 }
 
 }  // namespace brisolte::testing
