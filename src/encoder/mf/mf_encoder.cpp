@@ -10,7 +10,6 @@
 #include "encoder/mf/mf_platform.h"
 #include "encoder/mf/sample_times.h"
 #include "encoder/mf/sample_writer.h"
-#include "encoder/mf/video_sink_stream.h"
 
 namespace brisolte {
 

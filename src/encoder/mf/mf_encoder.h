@@ -15,7 +15,7 @@
 #include "encoder/mf/frame_copier.h"
 #include "encoder/mf/mf_platform.h"
 #include "encoder/mf/sample_worker.h"
-#include "encoder/mf/sample_writer.h"
+#include "encoder/mf/sink_streams.h"
 
 namespace brisolte {
 

@@ -6,19 +6,11 @@
 #include <optional>
 
 #include "common/com_apartment.h"
-#include "encoder/mf/audio_sink_stream.h"
 #include "encoder/mf/mf_platform.h"
 #include "encoder/mf/sample_worker.h"
-#include "encoder/mf/video_sink_stream.h"
+#include "encoder/mf/sink_streams.h"
 
 namespace brisolte {
-
-/// The streams of one recording; what was not added is empty.
-struct SinkStreams {
-  std::optional<VideoSinkStream> video;
-  std::optional<AudioSinkStream> microphone;
-  std::optional<AudioSinkStream> speaker;
-};
 
 /// Turns frames and sound into samples and hands them to the sink writer. The time of sound is what was
 /// written of its stream before, from 0; that of a frame is the frame's.

@@ -1,4 +1,4 @@
-#include "encoder/mf/video_sink_stream.h"
+#include "encoder/mf/sink_streams.h"
 
 #include <algorithm>
 
@@ -60,6 +60,13 @@ TEST_F(MFEncoderStreamsTest, HevcIsDescribedFieldByField) {
                           "{DFA21BAF-245A-4C94-A56C-D01CC00CB9D6} = 40, " +
                               kVideoOutputEnd,
                           "input 0: " + kVideoInput, "parameters 0: MF_SINK_WRITER_D3D_MANAGER = an object"));
+}
+
+TEST_F(MFEncoderStreamsTest, AnyOtherNameDescribesNoEncoder) {
+  settings_.encoderName = "MF_H264";
+  MakeEncoder();
+  EXPECT_TRUE(AddVideo());
+  EXPECT_EQ(stage_.types().front(), "output 0: MF_MT_MAJOR_TYPE = MFMediaType_Video, " + kVideoOutputEnd);
 }
 
 TEST_F(MFEncoderStreamsTest, WithoutAManagerTheInputHasNoAttributes) {
@@ -162,6 +169,7 @@ TEST_F(MFEncoderStreamsTest, SoundOfEachTagAndSourceIsDescribedFieldByField) {
                                    {WaveFormat::kPcmTag, false, "MFAudioFormat_PCM"},
                                    {WaveFormat::kExtensibleTag, true, "MFAudioFormat_Float"},
                                    {WaveFormat::kExtensibleTag, false, "MFAudioFormat_PCM"}};
+  settings_.audioBitrate = 128'007;  // of which whole bytes are asked for
   for (const AudioStreamKind kind : {kMicrophone, kSpeaker}) {
     for (const auto& [tag, floatingPoint, subtype] : cases) {
       SCOPED_TRACE(std::to_string(tag) + " " + subtype);
