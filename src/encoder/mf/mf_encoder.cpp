@@ -7,7 +7,6 @@
 #include "common/hresult_failure.h"
 #include "common/local_time.h"
 #include "common/logger.h"
-#include "encoder/mf/mf_platform.h"
 #include "encoder/mf/sample_times.h"
 #include "encoder/mf/sample_writer.h"
 

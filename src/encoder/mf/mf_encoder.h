@@ -12,7 +12,7 @@
 #include "capture/capture_settings.h"
 #include "encoder/capture_clock.h"
 #include "encoder/encoder.h"
-#include "encoder/mf/frame_copier.h"
+#include "encoder/mf/frame_textures.h"
 #include "encoder/mf/mf_platform.h"
 #include "encoder/mf/sample_worker.h"
 #include "encoder/mf/sink_streams.h"

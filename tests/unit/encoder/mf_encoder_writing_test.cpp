@@ -1,8 +1,8 @@
 #include <algorithm>
 #include <thread>
 
+#include "encoder/mf/frame_textures.h"
 #include "encoder/mf/sample_writer.h"
-#include "encoder/mf/texture_pool.h"
 #include "mf/mf_encoder_fixture.h"
 #include "mf/recording_sink_writer.h"
 #include "support/standin_fault.h"
