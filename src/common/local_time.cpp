@@ -3,19 +3,52 @@
 #include <chrono>
 #include <string_view>
 
+#ifdef _WIN32
+#include <windows.h>
+
+#include <limits>
+#endif
+
 namespace brisolte {
 namespace {
 
+#ifdef _WIN32
+
+/// In the time zone of the system. The C runtime's local time is that of the variable TZ where there is one,
+/// as shells of other systems set it, and takes what they write, "Europe/Berlin", for UTC.
+std::tm BreakDown(std::time_t time) {
+  constexpr std::int64_t kTicks = 10'000'000;              // of a FILETIME in a second
+  constexpr std::int64_t kSecondsTo1970 = 11'644'473'600;  // since its beginning in 1601
+  constexpr std::int64_t kLast = std::numeric_limits<std::int64_t>::max() / kTicks - kSecondsTo1970;
+  if (time < -kSecondsTo1970 || time > kLast) {
+    return {};
+  }
+  const std::int64_t ticks = (time + kSecondsTo1970) * kTicks;
+  const FILETIME fileTime{static_cast<DWORD>(ticks & 0xFFFFFFFF), static_cast<DWORD>(ticks >> 32)};
+  SYSTEMTIME utc{};
+  SYSTEMTIME local{};
+  if (FileTimeToSystemTime(&fileTime, &utc) == FALSE ||
+      SystemTimeToTzSpecificLocalTime(nullptr, &utc, &local) == FALSE) {
+    return {};
+  }
+  std::tm parts{};
+  parts.tm_year = local.wYear - 1900;
+  parts.tm_mon = local.wMonth - 1;
+  parts.tm_mday = local.wDay;
+  parts.tm_hour = local.wHour;
+  parts.tm_min = local.wMinute;
+  parts.tm_sec = local.wSecond;
+  return parts;
+}
+
+#else
+
 std::tm BreakDown(std::time_t time) {
   std::tm local{};
-#ifdef _WIN32
-  const bool known = _localtime64_s(&local, &time) == 0;
-#else
-  const bool known = localtime_r(&time, &local) != nullptr;
-#endif
-  // The runtime of Windows sets what it cannot break down to -1.
-  return known ? local : std::tm{};
+  return localtime_r(&time, &local) != nullptr ? local : std::tm{};
 }
+
+#endif
 
 std::string Digits(int number, std::size_t count) {
   std::string digits = std::to_string(number);

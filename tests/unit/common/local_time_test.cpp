@@ -4,6 +4,14 @@
 
 #include <limits>
 
+#ifdef _WIN32
+#include <windows.h>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#endif
+
 namespace brisolte {
 namespace {
 
@@ -34,6 +42,32 @@ TEST(LocalTimeText, IsOfNowWithoutATime) {
   EXPECT_THAT(text, ::testing::AllOf(::testing::Ge(LocalTimeText(kName, before)),
                                      ::testing::Le(LocalTimeText(kName, std::time(nullptr)))));
 }
+
+#ifdef _WIN32
+
+/// What the system says, to the minute.
+std::string SystemsLocalTime() {
+  SYSTEMTIME now{};
+  GetLocalTime(&now);
+  std::array<char, 32> text{};
+  const int length = std::snprintf(text.data(), text.size(), "%04d-%02d-%02d-%02d-%02d", now.wYear,
+                                   now.wMonth, now.wDay, now.wHour, now.wMinute);
+  return {text.data(), static_cast<std::size_t>(length)};
+}
+
+TEST(LocalTimeText, IsTheSystemsWhateverTheEnvironmentSays) {
+  for (const auto* zone : {"Europe/Berlin", "ABC-7"}) {
+    _putenv_s("TZ", zone);
+    _tzset();
+    const std::string before = SystemsLocalTime();
+    const std::string text = LocalTimeText("%Y-%m-%d-%H-%M");
+    EXPECT_THAT(text, ::testing::AllOf(::testing::Ge(before), ::testing::Le(SystemsLocalTime()))) << zone;
+  }
+  _putenv_s("TZ", "");
+  _tzset();
+}
+
+#endif
 
 }  // namespace
 }  // namespace brisolte
