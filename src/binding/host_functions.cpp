@@ -6,13 +6,27 @@
 #include <string>
 
 namespace brisolte {
+namespace {
 
-/// A Node-API function of the program that runs this module, one of a list of all.
+/// What has Node-API: the program itself, or the Node.js that it is linked with as a library.
+HMODULE FindNode() {
+  for (const auto* name : {static_cast<const wchar_t*>(nullptr), L"libnode.dll"}) {
+    const HMODULE loaded = GetModuleHandleW(name);
+    if (loaded != nullptr && GetProcAddress(loaded, "napi_throw_error") != nullptr) {
+      return loaded;
+    }
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+/// A Node-API function of the Node.js that runs this module, one of a list of all.
 ///
 /// The module does not import Node-API by the name of a program file, because an application built on Node.js
-/// has a name of its own. Each function is found by its name in the running program instead. The usual way, a
-/// delayed import of "node.exe" that a hook of the linker's redirects, is one of MSVC's alone, and ends the
-/// process where a function is missing; here that is an error of `require`.
+/// has a name of its own. Each function is found by its name in what runs instead. The usual way, a delayed
+/// import of "node.exe" that a hook of the linker's redirects, is one of MSVC's alone, and ends the process
+/// where a function is missing; here that is an error of `require`.
 class HostFunction {
  public:
   explicit HostFunction(const char* name) : name_(name), next_(first) { first = this; }
@@ -26,10 +40,11 @@ class HostFunction {
 
   /// Looks all of them up; gives the name of one that is not there, or null.
   static const char* FindAll() {
-    const HMODULE program = GetModuleHandleW(nullptr);
+    const HMODULE node = FindNode();
     const char* missing = nullptr;
     for (HostFunction* function = first; function != nullptr; function = function->next_) {
-      function->function_ = reinterpret_cast<AnyFunction>(GetProcAddress(program, function->name_));
+      function->function_ =
+          node != nullptr ? reinterpret_cast<AnyFunction>(GetProcAddress(node, function->name_)) : nullptr;
       missing = function->found() ? missing : function->name_;
     }
     return missing;
@@ -48,7 +63,7 @@ class HostFunction {
 }  // namespace brisolte
 
 // Defines each function that <node_api.h> declares, as a call of its HostFunction.
-#include "host_functions.inc"
+#include "binding/host_functions.inc"
 
 namespace brisolte {
 

@@ -1,13 +1,13 @@
 'use strict';
 
-// The package in the programs that load it: each version of Node.js, Deno, Bun, a program of another name, worker threads,
-// several places of one process.
+// The package in the programs that load it: each version of Node.js, Deno, Bun, a program of another name, one that has Node.js
+// in a library, worker threads, several places of one process.
 
 const assert = require('node:assert/strict');
 const fs = require('node:fs');
 const path = require('node:path');
 const { test } = require('node:test');
-const { foreignLibrary } = require('../js/support/desktop');
+const { foreignLibrary, nodeLibrary } = require('../js/support/desktop');
 const { assertWhole } = require('../js/support/media');
 const { packageFolder } = require('../js/support/package');
 const { isThere } = require('../js/support/processes');
@@ -37,6 +37,30 @@ async function run(folder, source, { extension = 'cjs', words = [], ...options }
   const { exitCode, output, errors } = await runNode([...words, script], options);
   assert.equal(exitCode, 0, `${output}\n${errors}`);
   return JSON.parse(output.trim().split('\n').at(-1));
+}
+
+/** A copy of a Node.js that shows its Node-API functions under names where no addon looks: napj_ instead of napi_. */
+function copyWithoutNodeApi(host, file) {
+  const image = fs.readFileSync(host);
+  const headers = image.readUInt32LE(0x3c);
+  const optional = headers + 24;
+  const sections = Array.from({ length: image.readUInt16LE(headers + 6) }, (_, i) => {
+    const at = optional + image.readUInt16LE(headers + 20) + 40 * i;
+    return { begin: image.readUInt32LE(at + 12), size: image.readUInt32LE(at + 16), inFile: image.readUInt32LE(at + 20) };
+  });
+  const offsetOf = (address) => {
+    const { begin, inFile } = sections.find((section) => address >= section.begin && address < section.begin + section.size);
+    return address - begin + inFile;
+  };
+  const exported = offsetOf(image.readUInt32LE(optional + 112));
+  const names = offsetOf(image.readUInt32LE(exported + 32));
+  for (let i = 0; i < image.readUInt32LE(exported + 24); i += 1) {
+    const name = offsetOf(image.readUInt32LE(names + 4 * i));
+    if (image.toString('latin1', name, name + 5) === 'napi_') {
+      image.write('napj_', name, 'latin1');
+    }
+  }
+  fs.writeFileSync(file, image);
 }
 
 const USE = `function use(Brisolte) {
@@ -161,6 +185,21 @@ for (const { name, program: host, words } of hosts) {
     const source = `const { Brisolte } = require('brisolte'); ${USE} console.log(JSON.stringify(use(Brisolte)));`;
     const env = { ...process.env, ELECTRON_RUN_AS_NODE: '1' };
     assert.deepEqual(await run(folder, source, { program: application, env }), USED);
+  });
+
+  test(`it loads in ${name} that has Node-API in a libnode.dll, and says so where there is none`, async () => {
+    const folder = await project('library');
+    const application = path.join(folder, 'Recorder.exe');
+    copyWithoutNodeApi(host, application);
+    const without = `try { require('brisolte'); } catch ({ message }) { console.log(JSON.stringify(message)); }`;
+    assert.match(await run(folder, without, { program: application }), /this program does not let addons use Node-API/);
+    // It is no addon, which Node.js says when it has loaded it.
+    const source = `
+      try { process.dlopen({ exports: {} }, ${JSON.stringify(nodeLibrary)}); } catch ({ message }) { console.error(message); }
+      const { Brisolte } = require('brisolte');
+      ${USE}
+      console.log(JSON.stringify(use(Brisolte)));`;
+    assert.deepEqual(await run(folder, source, { program: application }), USED);
   });
 }
 

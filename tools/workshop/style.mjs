@@ -1,7 +1,8 @@
-// The formatter and the linter over all of our own files, and the page that is made from another.
+// The formatter and the linter over all of our own files, and the files that are made from others.
 
 import { readdirSync } from 'node:fs';
 import { join } from 'node:path';
+import { areHostFunctionsCurrent } from '../host-functions/host-functions.mjs';
 import { isReferenceCurrent } from '../reference/reference.mjs';
 import { runThrough } from './processes.mjs';
 import { npmPackages } from './npm-packages.mjs';
@@ -26,6 +27,9 @@ export async function checkStyle() {
   }
   if (!(await isReferenceCurrent())) {
     throw new WorkshopError('docs/api.md is not what index.d.ts says any more; npm run reference makes it anew.');
+  }
+  if (!areHostFunctionsCurrent()) {
+    throw new WorkshopError("src/binding/host_functions.inc is not what Node's headers say any more; npm run host-functions makes it anew.");
   }
 }
 

@@ -14,6 +14,8 @@ const folder =
 
 /** A library with the name of one of FFmpeg's, and nothing of it. */
 const foreignLibrary = path.join(folder, 'foreign', 'avcodec-61.dll');
+/** Node.js as a library, for a program that has Node-API under other names. */
+const nodeLibrary = path.join(folder, 'foreign', 'libnode.dll');
 /** The programs that the tests start. */
 const programs = Object.fromEntries(['pattern', 'hold', 'tone', 'usage', 'bare'].map((name) => [name, path.join(folder, `${name}.exe`)]));
 
@@ -112,4 +114,4 @@ async function openPattern(t, options) {
   return window;
 }
 
-module.exports = { foreignLibrary, openPattern, painted, paintedMore, programs };
+module.exports = { foreignLibrary, nodeLibrary, openPattern, painted, paintedMore, programs };
