@@ -69,6 +69,8 @@ for (const { encoder, space } of [{ encoder: 'libx264' }, { encoder: 'mf_h264', 
       { place: within('blank'), form: (place) => `${place} ` },
       { place: within('dots'), form: (place) => `${place}...` },
       { place: within('up'), form: () => `${folder}\\.\\x\\..\\up` },
+      { place: within('shared'), form: (place) => `\\\\localhost\\C$${place.slice(2)}` },
+      { place: within('shared and marked'), form: (place) => `\\\\?\\UNC\\localhost\\C$${place.slice(2)}` },
     ];
     assert.ok(forms[0].place.length > 300 && forms[3].place.length < 248);
     forms.forEach(({ place }) => fs.mkdirSync(place, { recursive: true }));
@@ -115,6 +117,19 @@ test('a folder of any form is made again when it is gone', async (t) => {
   assert.equal(log.messages('INFO').filter((line) => line === 'Output directory created successfully').length, 2);
 });
 
+test('setOutputDir takes the root of a disk and of a share', async () => {
+  const roots = ['C:', 'C:\\', '\\\\?\\C:\\', '\\\\localhost\\C$', '\\\\localhost\\C$\\', '\\\\?\\UNC\\localhost\\C$', '\\\\?\\UNC\\localhost\\C$\\'];
+  const others = ['\\\\localhost\\no such share', '\\\\?\\UNC\\localhost\\no such share', '\\\\?\\Q:\\'];
+  const { value } = await scenario(
+    ({ Brisolte }, paths) => {
+      const capture = new Brisolte();
+      return paths.map((text) => capture.setOutputDir(text));
+    },
+    [...roots, ...others],
+  );
+  assert.deepEqual(value, [...roots.map(() => true), ...others.map(() => false)]);
+});
+
 test('setOutputDir throws when the system cannot tell what is there', async () => {
   // Wine has an error for the first, Windows for the second; each calls the other missing.
   const texts = ['\\\\.\\pipe\\none', 'x'.repeat(70000)];
@@ -139,7 +154,6 @@ test('setOutputDir throws when the system cannot tell what is there', async () =
   thrown.forEach((answer) => assert.match(String(answer), /^Error: .*status/));
   assert.deepEqual(value.recorded, [true, true]);
 });
-
 
 // Records while `second` says so.
 async function recordWhile({ Brisolte, log, painted, paintedMore, waitFor, require: load }, { dir, handle, progress, files }) {

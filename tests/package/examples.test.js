@@ -9,36 +9,12 @@ const { before, test } = require('node:test');
 const { openPattern } = require('../js/support/desktop');
 const media = require('../js/support/media');
 const { packageFolder } = require('../js/support/package');
-const { runNode } = require('../js/support/scenario');
 const { scratchFile, scratchFolder } = require('../js/support/scratch');
 const { playTone } = require('../js/support/sound');
 const { waitFor } = require('../js/support/wait');
+const { example, pngSize, recorded, run } = require('./support/examples');
 
 const TITLE = 'Window of the examples';
-const example = (name) => path.join(packageFolder, 'examples', name);
-
-/** Runs a script in a folder of its own; gives { output, errors, cwd, recordings }. */
-async function run(words, { exitCode: wanted = 0, cwd = scratchFolder(), ...options } = {}) {
-  const { exitCode, output, errors } = await runNode(words, { cwd, ...options });
-  assert.equal(exitCode, wanted, `${output}\n${errors}`);
-  const recordings = fs.readdirSync(cwd).filter((name) => name.startsWith('Qorvex-'));
-  return { output, errors, cwd, recordings: recordings.map((name) => path.join(cwd, name)) };
-}
-
-/** The streams of the one recording of a run, which its output names last. */
-function recorded({ output, recordings }) {
-  assert.equal(recordings.length, 1, output);
-  const [file] = recordings;
-  assert.ok(output.trimEnd().endsWith(file), output);
-  const { streams, video, packets, format } = media.describe(file);
-  return { kinds: streams.map((stream) => stream.codec_type), video, frames: packets.length, seconds: Number(format.duration) };
-}
-
-function pngSize(file) {
-  const head = fs.readFileSync(file).subarray(0, 24);
-  assert.equal(head.toString('latin1', 1, 4), 'PNG');
-  return [head.readUInt32BE(16), head.readUInt32BE(20)];
-}
 
 // All examples see the same desktop, on which something moves.
 before((t) => openPattern(t, { title: TITLE, x: 40, y: 30, width: 640, height: 360 }));
@@ -180,19 +156,4 @@ test('electron-main.js records from its menu and shows where the file is', async
   });
   assert.ok(whole.includes(path.basename(first)));
   whole.forEach((name) => assert.equal(media.describe(path.join(cwd, name)).video.codec_name, 'h264'));
-});
-
-test('the first recordings of the README work as they stand there', async () => {
-  const readme = fs.readFileSync(path.join(packageFolder, 'README.md'), 'utf8');
-  const programs = [...readme.matchAll(/```js\n([^]*?)```/g)].map(([, code]) => code);
-  assert.equal(programs.length, 2);
-  for (const code of programs) {
-    const cwd = scratchFolder();
-    fs.mkdirSync(path.join(cwd, 'node_modules'));
-    fs.cpSync(packageFolder, path.join(cwd, 'node_modules', 'brisolte'), { recursive: true });
-    fs.writeFileSync(path.join(cwd, 'first.js'), code);
-    const { video, frames } = recorded(await run(['first.js'], { cwd }));
-    assert.deepEqual([video.codec_name, video.width, video.height], ['h264', 1280, 720]);
-    assert.ok(frames > 1);
-  }
 });

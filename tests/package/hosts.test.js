@@ -14,11 +14,8 @@ const { isThere } = require('../js/support/processes');
 const { runNode } = require('../js/support/scenario');
 const { scratchFolder } = require('../js/support/scratch');
 const { waitFor } = require('../js/support/wait');
+const { hosts } = require('./support/hosts');
 
-// What runs modules of Node.js: its name, the program, and the words that come before a script.
-const hosts = process.env.BRISOLTE_HOSTS
-  ? JSON.parse(process.env.BRISOLTE_HOSTS)
-  : [{ name: `Node.js ${process.versions.node}`, program: process.execPath, words: [] }];
 const STRANGE_NAME = 'Meine Geräte & 漢字';
 
 /** A project with the package in it, in a folder of its own. */

@@ -45,6 +45,9 @@ prefix() {
   export WINEPREFIX=/prefix
   cp -a /template/*.reg /template/.update-timestamp /template/dosdevices "$WINEPREFIX"
   cp -a /template/drive_c/users "$WINEPREFIX/drive_c"
+  # Every Windows shares its disks with its administrators under such names.
+  mkdir -p "$WINEPREFIX/dosdevices/unc/localhost"
+  ln -s "$WINEPREFIX/drive_c" "$WINEPREFIX/dosdevices/unc/localhost/C\$"
   # Read when the session's first process starts, and never again.
   printf '\n[Control Panel\\\\Desktop]\n"LogPixels"=dword:%08x\n' "$BRISOLTE_DPI" >> "$WINEPREFIX/user.reg"
   if [ -n "${BRISOLTE_STANDINS:-}" ]; then
