@@ -31,7 +31,7 @@ const LONG = {
     ...['hostile.test.js', 'faults/inventory.test.js', 'js/recorder.test.js', 'faults/hanging.test.js', 'scaling.test.js'],
     ...['faults/recorder-hangs.test.js', 'recorder-host.test.js', 'faults/sound.test.js', 'js/window.test.js', 'lifecycle.test.js'],
   ],
-  package: ['hosts.test.js', 'examples.test.js'],
+  package: ['hosts.test.js', 'examples-in-hosts.test.js', 'examples.test.js'],
   recorder: ['host.test.js', 'recording.test.js', 'failures.test.js'],
   windows: ['capture_tests.exe', 'video_tests.exe', 'encoder_tests.exe'],
 };
