@@ -175,7 +175,7 @@ TEST_F(MFEncoderLifecycleTest, ASilentSoundGetsTicksWhileThePictureGoesOn) {
   for (int time = 0; time <= 3000; time += 40) {
     EXPECT_TRUE(ProcessFrame(time));
   }
-  EXPECT_TRUE(stage_.AwaitCalls("SendStreamTick stream 1", 12));
+  ASSERT_TRUE(stage_.AwaitCalls("SendStreamTick stream 1", 12));
   EXPECT_THAT(stage_.calls("SendStreamTick stream 1").front(), "SendStreamTick stream 1, 0");
   EXPECT_THAT(stage_.calls("SendStreamTick stream 0"), IsEmpty());
 }
@@ -189,7 +189,7 @@ TEST_F(MFEncoderLifecycleTest, AStillPictureGetsATickForEachFrameWhileSoundGoesO
   stage_.AwaitSamples(1);
   EXPECT_TRUE(ProcessAudio("speaker", 2 * 384'000));
   // Two seconds less the half for which a picture may be late: 25 frames a second.
-  EXPECT_TRUE(stage_.AwaitCalls("SendStreamTick stream 0", 35));
+  ASSERT_TRUE(stage_.AwaitCalls("SendStreamTick stream 0", 35));
   EXPECT_EQ(stage_.calls("SendStreamTick stream 0")[0], "SendStreamTick stream 0, 400000");
 }
 
