@@ -43,12 +43,14 @@ async function record() {
     }
     const pauses = monitorEventLoopDelay({ resolution: 1 });
     pauses.enable();
+    const used = process.cpuUsage();
     await delay(1000 * request.seconds);
+    const { user, system } = process.cpuUsage(used);
     pauses.disable();
     const after = painted();
     const [stopMs] = timed(() => recorder.stopRecord());
     const longestPauseMs = pauses.max / 1e6;
-    writeFileSync(request.result, JSON.stringify({ startMs, stopMs, longestPauseMs, painted: after - before }));
+    writeFileSync(request.result, JSON.stringify({ startMs, stopMs, longestPauseMs, cpuSeconds: (user + system) / 1e6, painted: after - before }));
   } finally {
     source.kill();
   }

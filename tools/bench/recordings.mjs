@@ -50,6 +50,7 @@ function row(fps, found) {
     'delivered by the stand-in': found.delivered,
     recorded: found.recorded,
     'recorded / due': (found.recorded / due).toFixed(2),
+    'CPU, s': found.cpuSeconds.toFixed(2),
     'startRecord, ms': found.startMs.toFixed(0),
     'D3D11CreateDevice alone, ms': found.deviceMs.toFixed(0),
     'stopRecord, ms': found.stopMs.toFixed(0),
