@@ -10,6 +10,7 @@ import { WorkshopError } from '../workshop/report.mjs';
 import { scratchFolder } from '../workshop/scratch.mjs';
 import { buildDir, runInRoot, treeDir } from '../workshop/tree.mjs';
 import { packageHosts } from '../workshop/windows-node.mjs';
+import { unlessDisplayFails } from './display-failures.mjs';
 import { HeldOutput, inLanes } from './lanes.mjs';
 import { installedPackage } from './installed-package.mjs';
 
@@ -106,7 +107,8 @@ export async function runLayer(name, wanted, note, scales) {
   const total = { files: chosen.length, passed: 0, failed: 0, broken: [] };
   const count = async (file, output) => {
     for (const scale of scales ?? scalesOf(file)) {
-      const { passed, failed, code } = await run(file, name, { ...output, scale });
+      const runOnce = (given) => run(file, name, { ...given, scale });
+      const { passed, failed, code } = await (preset === 'windows' ? unlessDisplayFails(output, runOnce) : runOnce(output));
       total.passed += passed;
       total.failed += failed;
       // A program that dies in the middle has no failed test to show for it.
