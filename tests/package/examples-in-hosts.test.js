@@ -4,7 +4,7 @@
 
 const assert = require('node:assert/strict');
 const path = require('node:path');
-const { before, test } = require('node:test');
+const { test } = require('node:test');
 const { openPattern } = require('../js/support/desktop');
 const { playTone } = require('../js/support/sound');
 const { example, pngSize, programsOfReadme, recorded, run } = require('./support/examples');
@@ -12,13 +12,13 @@ const { hosts } = require('./support/hosts');
 
 const TITLE = 'Window of the hosts';
 
-// All of them see the same desktop, on which something moves.
-before((t) => openPattern(t, { title: TITLE, x: 40, y: 30, width: 640, height: 360 }));
+const openMovingWindow = (t) => openPattern(t, { title: TITLE, x: 40, y: 30, width: 640, height: 360 });
 
 for (const { name, program, words } of hosts) {
   const runExample = (script, ...rest) => run([...words, example(script), ...rest], { program });
 
   test(`the examples run in ${name}`, async (t) => {
+    await openMovingWindow(t);
     const { output } = await runExample('list.js');
     assert.ok(output.includes('1280 x 720 at 0, 0  primary'), output);
     const { video: ofWindow } = recorded(await runExample('record-window.js', 'of the hosts'));
@@ -32,7 +32,8 @@ for (const { name, program, words } of hosts) {
     assert.deepEqual(pngSize(path.join(cwd, 'screen.png')), [1280, 720]);
   });
 
-  test(`the first recordings of the README work as they stand there in ${name}`, async () => {
+  test(`the first recordings of the README work as they stand there in ${name}`, async (t) => {
+    await openMovingWindow(t);
     for (const cwd of programsOfReadme()) {
       const { video, frames } = recorded(await run([...words, 'first.cjs'], { program, cwd }));
       assert.deepEqual([video.codec_name, video.width, video.height], ['h264', 1280, 720]);
