@@ -85,6 +85,17 @@ void FillYcbcr(const D3D11_VIDEO_COLOR_YCbCrA& color, const Rectangle& target, c
   }
 }
 
+/// As a driver may that thinks a film is shown.
+void Brighten(const Nv12Picture& out, const Rectangle& part) {
+  constexpr int kMore = 24;
+  static constexpr int kWhite = 235;
+  for (int y = part.top; y < part.bottom; ++y) {
+    std::uint8_t* row = out.luma + static_cast<std::size_t>(y) * out.pitch;
+    std::transform(row + part.left, row + part.right, row + part.left,
+                   [](int luma) { return static_cast<std::uint8_t>(std::min(luma + kMore, kWhite)); });
+  }
+}
+
 void WriteNv12(const ProcessorState& state, const Geometry& where, const BgraPicture& in,
                const Nv12Picture& out) {
   const auto range = [](UINT nominal) {
@@ -106,6 +117,9 @@ void WriteNv12(const ProcessorState& state, const Geometry& where, const BgraPic
     std::uint8_t* luma = out.luma + static_cast<std::size_t>(y) * out.pitch + drawn.left;
     convert.ConvertRows(upper, lower, drawn.width(), luma, luma + out.pitch,
                         out.chroma + static_cast<std::size_t>(y / 2) * out.pitch + drawn.left);
+  }
+  if (state.automatic) {
+    Brighten(out, drawn);
   }
 }
 

@@ -38,6 +38,7 @@ Slot<void(STDMETHODCALLTYPE*)(ID3D11VideoContext*, ID3D11VideoProcessor*, UINT, 
     setSourceRect;
 Slot<void(STDMETHODCALLTYPE*)(ID3D11VideoContext*, ID3D11VideoProcessor*, UINT, WINBOOL, const RECT*)>
     setDestRect;
+Slot<void(STDMETHODCALLTYPE*)(ID3D11VideoContext*, ID3D11VideoProcessor*, UINT, WINBOOL)> setAutomatic;
 Slot<HRESULT(STDMETHODCALLTYPE*)(ID3D11VideoContext*, ID3D11VideoProcessor*, ID3D11VideoProcessorOutputView*,
                                  UINT, UINT, const D3D11_VIDEO_PROCESSOR_STREAM*)>
     blt;
@@ -215,6 +216,13 @@ void STDMETHODCALLTYPE SetDestRectHook(ID3D11VideoContext* /*self*/, ID3D11Video
   }
 }
 
+void STDMETHODCALLTYPE SetAutomaticHook(ID3D11VideoContext* /*self*/, ID3D11VideoProcessor* processor,
+                                        UINT stream, WINBOOL enable) {
+  if (auto* own = Own(processor); own != nullptr && stream == 0) {
+    own->state().automatic = enable != FALSE;
+  }
+}
+
 HRESULT STDMETHODCALLTYPE BltHook(ID3D11VideoContext* self, ID3D11VideoProcessor* processor,
                                   ID3D11VideoProcessorOutputView* view, UINT /*frame*/, UINT streamCount,
                                   const D3D11_VIDEO_PROCESSOR_STREAM* streams) {
@@ -254,6 +262,7 @@ void HookVideo(ID3D11VideoDevice& device, ID3D11VideoContext& context) {
   setStreamSpace.Replace(&context, 28, SetStreamSpaceHook);
   setSourceRect.Replace(&context, 30, SetSourceRectHook);
   setDestRect.Replace(&context, 31, SetDestRectHook);
+  setAutomatic.Replace(&context, 37, SetAutomaticHook);
   blt.Replace(&context, 53, BltHook);
 }
 

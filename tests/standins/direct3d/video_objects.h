@@ -124,6 +124,7 @@ struct ProcessorState {
   bool backgroundIsYcbcr = false;
   D3D11_VIDEO_PROCESSOR_COLOR_SPACE outputSpace{};
   D3D11_VIDEO_PROCESSOR_COLOR_SPACE streamSpace{};
+  bool automatic = true;  // as long as nobody says otherwise drivers do as they think best
 };
 
 class VideoProcessor final : public DeviceChild<ID3D11VideoProcessor, IOwnProcessor> {

@@ -40,6 +40,7 @@ class VideoProcessorTest : public testing::Test {
     ASSERT_EQ(device_.context.As(&context_), S_OK);
     ASSERT_EQ(video_->CreateVideoProcessorEnumerator(&content_, enumerator_.GetAddressOf()), S_OK);
     ASSERT_EQ(video_->CreateVideoProcessor(enumerator_.Get(), 0, processor_.GetAddressOf()), S_OK);
+    context_->VideoProcessorSetStreamAutoProcessingMode(processor_.Get(), 0, FALSE);
     std::vector<std::uint32_t> pixels(kWidth * kHeight, kRed);
     for (std::size_t i = 0; i < pixels.size(); ++i) {
       pixels[i] = i % kWidth < kWidth / 2 ? kRed : kBlue;
@@ -116,6 +117,14 @@ TEST_F(VideoProcessorTest, ConvertsWithBt709AndBothRanges) {
   context_->VideoProcessorSetOutputColorSpace(processor_.Get(), &space);
   ASSERT_EQ(Blt(), S_OK);
   EXPECT_EQ(At(0, 0).y, 54);
+}
+
+TEST_F(VideoProcessorTest, DoesMoreThanItWasAskedUnlessThatIsSwitchedOff) {
+  ASSERT_EQ(Blt(), S_OK);
+  EXPECT_EQ(At(0, 0), kRed601);
+  context_->VideoProcessorSetStreamAutoProcessingMode(processor_.Get(), 0, TRUE);
+  ASSERT_EQ(Blt(), S_OK);
+  EXPECT_NE(At(0, 0), kRed601);
 }
 
 TEST_F(VideoProcessorTest, TakesAPieceOfTheSource) {
