@@ -1,7 +1,8 @@
 // Failures of the display that Wine draws on, which are none of what is tested.
 
-// Wine makes a window on one connection to the X server and draws in it with OpenGL on another. A busy server may hear of the
-// drawing first: then it knows no such window, and Wine ends the process.
+// Rarely, when a process makes a further Direct3D device on a busy machine, the X server answers Wine's drawing with this error,
+// and Wine ends the process. Why is not known: hundreds of devices made and released in two dozen processes at once do not
+// show it. That a file ran again is said each time.
 const FAILURE = 'GLXBadWindow';
 
 /** Runs something, and once more when it failed on a display that failed. `output` as in runThrough. */
