@@ -120,6 +120,15 @@ class Connection {
     await inTime(this.#ended ?? Promise.resolve(), END_MS, () => this.#child.kill('SIGKILL')).catch(() => {});
   }
 
+  /** Ends the process without letting it complete what it does; resolves when it has ended. */
+  async kill() {
+    this.#idle.stop();
+    this.#gone();
+    this.#keepHost(true);
+    this.#child?.kill('SIGKILL');
+    await this.#ended;
+  }
+
   /** Ends a process that does not answer. */
   giveUp(within) {
     this.#child.kill('SIGKILL');

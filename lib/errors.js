@@ -6,9 +6,9 @@
 const ADVICE = [
   [/^Invalid or non-existent output directory/, 'Give a directory that exists.'],
   [/^Cannot write to output file/, 'Give a directory into which this user may write.'],
-  [/Unable to open output file/, 'Look whether the disk is full.'],
   [/^Encoder .* not found!/, 'Recorder.encoders() lists the names that can be given.'],
   [/^Failed to open encoder/, 'Try the encoder libx264.'],
+  [/Failed to write file header: No space/, 'Make room on the disk.'],
   [/Failed to write file header/, 'Leave out the sound, or choose an encoder for MP4.'],
   [/^Invalid monitor index/, 'Recorder.monitors() lists the monitors that there are.'],
   [/^Invalid window handle/, 'The window is gone; Recorder.windows() lists those that there are.'],

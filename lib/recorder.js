@@ -13,6 +13,7 @@ const { limit } = require('./time');
 
 const SAME_SECOND = /^Cannot write to output file/;
 const DISK_FULL = /The disk is nearly full, the recording ends here/;
+const NO_HEADER = /Failed to write file header/;
 
 const shared = new Shared(launcher);
 
@@ -102,6 +103,7 @@ class Recorder extends EventEmitter {
 
   async #startNow() {
     const connection = this.#connect(await this.#launcher());
+    const before = connection.failures;
     const ask = () => connection.ask('start', this.#wanted, this.#limits.start);
     const { file } = await ask().catch((error) => {
       // A recording that began in the same second keeps a file of the name that this one would have. In the next second it
@@ -111,7 +113,19 @@ class Recorder extends EventEmitter {
       }
       throw error;
     });
+    const failures = connection.failuresSince(before);
+    if (failures.some((text) => NO_HEADER.test(text))) {
+      await this.#abandon(connection, file);
+      throw new RecorderError('ERR_RECORDER_START', 'The recording did not start', { failures, log: connection.log });
+    }
     this.#begun(connection, file);
+  }
+
+  // Without a header nothing is recorded, though the module says so. Its process must not complete the file: that would give it
+  // the name that was asked for, in place of a file that may have it.
+  async #abandon(connection, file) {
+    await connection.kill();
+    await fs.rm(file, { force: true }).catch(() => {});
   }
 
   #connect(launch) {

@@ -210,6 +210,10 @@ test('the lists are what the module says, and screenshots are taken', async (t) 
   assert.deepEqual([head.readUInt32BE(16), head.readUInt32BE(20)], [320, 192]);
 });
 
+// The module says of these that they record.
+const NO_HEADER =
+  'The recording did not start. FFmpegEncoder: Failed to write file header: Invalid argument. Leave out the sound, or choose an encoder for MP4.';
+
 test('a start that is refused says why, leaves nothing, and the next one records', async (t) => {
   const window = await openPattern(t, { title: 'After a refusal', ...SMALL });
   const directory = scratchFolder();
@@ -217,6 +221,9 @@ test('a start that is refused says why, leaves nothing, and the next one records
     [{ monitor: 9 }, 'The recording did not start. Invalid monitor index: 9. Recorder.monitors() lists the monitors that there are.'],
     [{ window: 1 }, 'The recording did not start. Invalid window handle. The window is gone; Recorder.windows() lists those that there are.'],
     [{ encoder: 'nonesuch' }, 'The recording did not start. Encoder nonesuch not found! Recorder.encoders() lists the names that can be given.'],
+    [{ encoder: 'libvpx', microphone: 'default' }, NO_HEADER],
+    [{ picture: false, microphone: 'default', speaker: 'default' }, NO_HEADER],
+    [{ encoder: 'h263', region: { left: 0, top: 0, width: 352, height: 288 } }, NO_HEADER],
   ];
   for (const [options, message] of refused) {
     const recorder = new Recorder({ directory, ...options });

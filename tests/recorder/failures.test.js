@@ -41,6 +41,22 @@ test('a start that throws says why', async (t) => {
   await assert.rejects(recorder.start(), { code: 'ERR_RECORDER_START', failures: ['Failed to start video capture'] });
 });
 
+test('a start after which nothing would be recorded is refused, and leaves nothing', async (t) => {
+  const directory = folderOf(t);
+  const file = path.join(directory, 'talk.mp4');
+  fs.writeFileSync(file, 'old');
+  const { recorder, named } = recorderOf(t, { directory: undefined, file, overwrite: true, encoder: 'headless' });
+  await assert.rejects(recorder.start(), (error) => {
+    assert.equal(error.code, 'ERR_RECORDER_START');
+    assert.match(error.message, /^The recording did not start\. FFmpegEncoder: Failed to write file header: Invalid argument\. Leave out the sound, /);
+    assert.match(error.failures[1], /cannot hold mp3 sound/);
+    return true;
+  });
+  assert.deepEqual([named('start'), named('error'), named('stop'), recorder.recording], [[], [], [], false]);
+  assert.deepEqual(fs.readdirSync(directory), ['talk.mp4']);
+  assert.equal(fs.readFileSync(file, 'utf8'), 'old');
+});
+
 test('a directory that does not exist is named', async (t) => {
   const directory = path.join(folderOf(t), 'nonesuch');
   const { recorder } = recorderOf(t, { directory });

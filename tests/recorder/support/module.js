@@ -46,6 +46,11 @@ const AT_START = {
     log('ERROR', 'Failed to start video capture');
     throw new Error('resource deadlock would occur');
   },
+  headless: () => {
+    log('ERROR', 'FFmpegEncoder: Failed to write file header: Invalid argument');
+    log('ERROR', 'FFmpegEncoder: A webm file cannot hold mp3 sound; record without sound or choose another video encoder');
+    return true;
+  },
   dies: die,
   hangs: () => hang(),
 };
