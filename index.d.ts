@@ -22,10 +22,14 @@ export interface Monitor {
   rect: Rect;
 }
 
-/** A top-level window that is visible, has a title and is larger than 50 pixels both ways. */
+/**
+ * A top-level window that is visible, has a title and is larger than 50 pixels both ways. Windows of the shell that it keeps
+ * out of sight are among these; recording one fails, or shows nothing.
+ */
 export interface WindowInfo {
   /** What `setWindow` takes. */
   handle: number;
+  /** Its first 255 UTF-16 code units. */
   title: string;
   /** The name under which its program registered this kind of window. */
   className: string;
@@ -48,7 +52,10 @@ export interface AudioDevice {
   isActive: boolean;
 }
 
-/** A video encoder that works on this machine. */
+/**
+ * A video encoder that works on this machine. `h263` is listed too, because FFmpeg's `mpeg4` brings it along, and records
+ * nothing: no container of the package holds it.
+ */
 export interface VideoCodec {
   /** FFmpeg's number of the codec. */
   id: number;
@@ -82,8 +89,10 @@ export type LogLevel = 0 | 1 | 2 | 3 | 4 | 5;
  * Each instance has settings and a recording of its own; the log level is shared. Settings stay from one recording to the
  * next. While a recording runs, every setter but `setLogLevel` answers `false` and changes nothing.
  *
- * An argument of another type than the declared one, or out of range, throws an `Error`; numbers lose their fraction. What
- * goes wrong otherwise is told by a `false` result and a line on standard output.
+ * An argument of another type than the declared one, or out of range, throws an `Error`. Before a number's range is looked at
+ * it becomes a whole one of 32 bits, a window's handle one of 64: `30.9` and `2 ** 32 + 30` are 30, `NaN` is 0. What goes wrong
+ * otherwise is told by a `false` result. Why a recording does not start or a screenshot fails is a line on standard output;
+ * most setters refuse without one.
  *
  * A recording goes on until `stopRecord`, also when nothing refers to its instance any more, or until its process or worker
  * thread ends. When that announces its end with the event `exit`, what still records is stopped first, and its file completed.
@@ -102,16 +111,20 @@ export class Brisolte {
   /**
    * Starts a recording into a new file in the output directory; see `getSaveFilePath`.
    *
-   * @returns `false` when it cannot start; the log says why
-   * @throws {Error} "resource deadlock would occur" when all parts of the recording were made but one would not start, or
-   *   the system's text when the file could not be prepared; the instance can be used again
+   * It answers `true` also when all parts run but the file's header could not be written, and nothing is recorded: with sound
+   * in a WebM, two sounds or none in an MP3, the encoder `h263`, a full disk. An ERROR line says so.
+   *
+   * @returns `false` when it cannot start, as into a file that cannot be written; the log says why
+   * @throws {Error} "resource deadlock would occur" when all parts of the recording were made but one would not start,
+   *   "HRESULT: 0x" and so on when that is the capture, or the system's text when the file system fails in an unusual way;
+   *   the instance can be used again
    */
   startRecord(): boolean;
 
   /**
    * Ends the recording and completes its file. Blocks until what was captured is encoded and written.
    *
-   * @returns `false` when none runs
+   * @returns `false` when none runs, without a line in the log
    */
   stopRecord(): boolean;
 
@@ -132,7 +145,7 @@ export class Brisolte {
   getMonitors(): Monitor[];
 
   /**
-   * Lists the windows that can be recorded.
+   * Lists the windows that are visible, have a title and are larger than 50 pixels both ways.
    *
    * @returns the windows from front to back, made anew at each call
    * @throws {Error} "Error getting windows: " and the reason
@@ -145,7 +158,8 @@ export class Brisolte {
    * another program has it open this takes up to a second longer.
    *
    * A region is cut out of the picture of the monitor nearest to it, at its desktop coordinates: it is exact on a monitor
-   * that begins at (0, 0). One that begins left of the picture or above it keeps its size and is moved to its edge.
+   * that begins at (0, 0). What reaches beyond the picture's right or lower edge is cut off; one that begins left of it or
+   * above it is moved to its edge.
    *
    * @param filePath the file to write; its folder must exist
    * @returns `false` when there is no such target (a hidden or minimised window is not restored), no picture in time, or
@@ -199,8 +213,12 @@ export class Brisolte {
   setRegion(region: Region): boolean;
 
   /**
-   * Sets how many frames a second are recorded at most. A picture that does not change is not recorded again, but
-   * for the last one, which is shown until `stopRecord`, and in pauses of more than five minutes.
+   * Sets about how many frames a second are recorded at most: a frame that comes sooner than four fifths of the time from one
+   * to the next is dropped. From 60 pictures a second, 10 gives 12, and 25, 30 and 40
+   * give 30.
+   *
+   * A frame comes when the system says that something on the monitor or the window has changed. When nothing does none is
+   * recorded, but for the last one, which is shown until `stopRecord`, and in pauses of more than five minutes.
    *
    * @param framesPerSecond 1 to 120; 30 at first
    * @returns `false` while a recording runs
@@ -209,7 +227,8 @@ export class Brisolte {
   setFrameRate(framesPerSecond: number): boolean;
 
   /**
-   * Sets where recordings go. Without it they go to the root of the current drive.
+   * Sets where recordings go. Call it: without it they go to the root of the current drive, into which users of Windows who are
+   * no administrators may not write.
    *
    * @param directory an existing directory, of any length; a relative one begins at what is the current directory when a
    *   recording starts, and stays there for that recording
@@ -225,6 +244,7 @@ export class Brisolte {
    * @param name a `VideoCodec`'s `name`, or "mf_h264" or "mf_hevc" for Media Foundation, which has not encoded on a real
    *   Windows yet; "libx264" at first
    * @returns `false` while a recording runs
+   * @throws {Error} "Setting output file path requires a string parameter", the words of `setOutputDir`, for what is no text
    */
   setEncoder(name: string): boolean;
 
@@ -273,7 +293,8 @@ export class Brisolte {
    * Tells where the latest recording is, from its start on.
    *
    * @returns the output directory as it was set, a backslash and the file's name: a relative path if the directory was
-   *   one, from the current directory of the start. Also when that recording failed to start; "" before the first
+   *   one, from the current directory of the start. Also when that recording failed to start, in which case an empty file may
+   *   be there, open until the instance starts anew or is collected; "" before the first
    */
   getSaveFilePath(): string;
 
@@ -311,7 +332,7 @@ export class Brisolte {
 
   /**
    * Sets the bit rate of the sound. Only `mf_h264` and `mf_hevc` follow it: sound beside FFmpeg's encoders always has
-   * 128 kbit/s. The system's AAC encoder has 96000, 128000, 160000 and 192000; other rates become the nearest.
+   * 128 kbit/s, or 64 when the device's rate is below 16 kHz. The system's AAC encoder has 96000, 128000, 160000 and 192000; other rates become the nearest.
    *
    * @param bitsPerSecond 128000 at first
    * @returns `false` for 0 and below, or while a recording runs

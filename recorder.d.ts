@@ -30,7 +30,7 @@ export interface RecorderOptions extends Target {
   microphone?: string;
   /** An `AudioDevice`'s `id`, or `'default'`; none unless given. What it plays is recorded. */
   speaker?: string;
-  /** At most so many pictures a second, 1 to 120; 30 unless given. */
+  /** At most about so many pictures a second, 1 to 120, as with `setFrameRate`; 30 unless given. */
   frameRate?: number;
   /** A `VideoCodec`'s `name`, `'mf_h264'` or `'mf_hevc'`; `'libx264'` unless given. */
   encoder?: string;
@@ -134,7 +134,8 @@ export class Recorder extends EventEmitter {
   /**
    * Starts a recording; the process first, if there is none.
    *
-   * Rejected with a `RecorderError` that says why it did not start, or with the reason of the signal.
+   * Rejected with a `RecorderError` that says why it did not start, or with the reason of the signal. It is also when the
+   * container cannot hold what is to be recorded.
    */
   start(): Promise<void>;
 
@@ -158,7 +159,7 @@ export class Recorder extends EventEmitter {
   /** Lists the monitors. */
   static monitors(options?: Abortable): Promise<Monitor[]>;
 
-  /** Lists the windows that can be recorded, from front to back. */
+  /** Lists the windows that are visible, have a title and are larger than 50 pixels both ways, from front to back. */
   static windows(options?: Abortable): Promise<WindowInfo[]>;
 
   /** Lists the microphones. */

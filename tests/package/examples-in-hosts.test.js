@@ -7,8 +7,9 @@ const path = require('node:path');
 const { test } = require('node:test');
 const { openPattern } = require('../js/support/desktop');
 const { playTone } = require('../js/support/sound');
-const { example, pngSize, programsOfReadme, recorded, run } = require('./support/examples');
+const { example, pngSize, recorded, run } = require('./support/examples');
 const { hosts } = require('./support/hosts');
+const { programsOfReadme } = require('./support/snippets');
 
 const TITLE = 'Window of the hosts';
 

@@ -9,10 +9,10 @@ const { before, test } = require('node:test');
 const { openPattern } = require('../js/support/desktop');
 const media = require('../js/support/media');
 const { packageFolder } = require('../js/support/package');
-const { scratchFile, scratchFolder } = require('../js/support/scratch');
+const { scratchFolder } = require('../js/support/scratch');
 const { playTone } = require('../js/support/sound');
 const { waitFor } = require('../js/support/wait');
-const { example, pngSize, recorded, run } = require('./support/examples');
+const { example, interruption, pngSize, recorded, run } = require('./support/examples');
 
 const TITLE = 'Window of the examples';
 
@@ -88,10 +88,7 @@ test('npx brisolte records the screen, the microphone and the speaker into the f
 });
 
 test('npx brisolte records until it is interrupted', async () => {
-  // Nobody can press Ctrl+C in a test: a console that two programs share would end both.
-  const interrupt = scratchFile('js');
-  fs.writeFileSync(interrupt, "setTimeout(() => process.emit('SIGINT'), 4000);");
-  const { frames } = recorded(await run(['--require', interrupt, COMMAND_LINE, 'record', '--region=10,20,301,201']));
+  const { frames } = recorded(await run([...interruption(), COMMAND_LINE, 'record', '--region=10,20,301,201']));
   assert.ok(frames > 1);
 });
 

@@ -8,7 +8,7 @@ const path = require('node:path');
 const media = require('../../js/support/media');
 const { packageFolder } = require('../../js/support/package');
 const { runNode } = require('../../js/support/scenario');
-const { scratchFolder } = require('../../js/support/scratch');
+const { scratchFile, scratchFolder } = require('../../js/support/scratch');
 
 /** The path of an example of the package. */
 const example = (name) => path.join(packageFolder, 'examples', name);
@@ -30,25 +30,31 @@ function recorded({ output, recordings }) {
   return { kinds: streams.map((stream) => stream.codec_type), video, frames: packets.length, seconds: Number(format.duration) };
 }
 
+/**
+ * Words before a script's, with which it is interrupted once it has recorded some pictures. Nobody can press Ctrl+C in a test:
+ * a console that two programs share would end both.
+ */
+function interruption() {
+  const script = scratchFile('js');
+  fs.writeFileSync(
+    script,
+    `const fs = require('node:fs');
+    const hasSome = (name) => name.endsWith('.mp4') && fs.statSync(name).size > 2000;
+    const look = setInterval(() => {
+      if (fs.readdirSync('.').some(hasSome)) {
+        clearInterval(look);
+        process.emit('SIGINT');
+      }
+    }, 100);
+    look.unref();`,
+  );
+  return ['--require', script];
+}
+
 function pngSize(file) {
   const head = fs.readFileSync(file).subarray(0, 24);
   assert.equal(head.toString('latin1', 1, 4), 'PNG');
   return [head.readUInt32BE(16), head.readUInt32BE(20)];
 }
 
-/** The programs that the README shows, each in a folder of a user's own with the package installed. */
-function programsOfReadme() {
-  const readme = fs.readFileSync(path.join(packageFolder, 'README.md'), 'utf8');
-  const programs = [...readme.matchAll(/```js\n([^]*?)```/g)].map(([, code]) => code);
-  assert.equal(programs.length, 2);
-  return programs.map((code) => {
-    const cwd = scratchFolder();
-    fs.cpSync(packageFolder, path.join(cwd, 'node_modules', 'brisolte'), { recursive: true });
-    // Without it Deno looks for nothing in node_modules.
-    fs.writeFileSync(path.join(cwd, 'package.json'), '{ "private": true, "dependencies": { "brisolte": "*" } }\n');
-    fs.writeFileSync(path.join(cwd, 'first.cjs'), code);
-    return cwd;
-  });
-}
-
-module.exports = { example, pngSize, programsOfReadme, recorded, run };
+module.exports = { example, interruption, pngSize, recorded, run };
