@@ -12,7 +12,7 @@ import { fileURLToPath } from 'node:url';
 // sound device of which they know what it plays; that expect what Wine lacks.
 const GROUPS = {
   calls: ['js/arguments', 'js/module', 'package/hosts'],
-  recordings: ['js/encoders', 'js/lifecycle', 'js/lists', 'js/paths', 'js/region', 'js/screen', 'js/screenshot', 'js/session', 'js/settings', 'js/window'],
+  recordings: ['js/encoders', 'js/lifecycle', 'js/lists', 'js/paths', 'js/region', 'js/screen', 'js/screenshot', 'js/session', 'js/settings', 'js/timing', 'js/window'],
 };
 
 const testsDir = fileURLToPath(new URL('../tests', import.meta.url));

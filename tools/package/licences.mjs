@@ -25,6 +25,9 @@ const FROM_HEADERS = {
   'winpthreads.txt': 'usr/share/mingw-w64/include/pthread.h',
 };
 
+// The Debian package that has these notices is part of the build root, which keeps no documentation.
+const FROM_HERE = { 'mingw-w64-runtime.txt': 'mingw-w64-runtime.txt' };
+
 const FROM_PACKAGES = { 'node-addon-api.md': 'node-addon-api/LICENSE.md' };
 
 /** Fills the folder `licenses` of the tree. */
@@ -38,6 +41,7 @@ export async function collectLicences() {
     copyAll(texts, await patchedSource(name));
   }
   copyAll(FROM_PACKAGES, join(treeDir, 'node_modules'));
+  copyAll(FROM_HERE, join(treeDir, 'tools', 'package'));
   for (const [name, path] of Object.entries(FROM_HEADERS)) {
     writeFileSync(join(folder, name), noticesIn(join(root, path)));
   }

@@ -249,7 +249,7 @@ TEST_F(MFEncoderLifecycleTest, FramesAndSoundMayComeWhileItEnds) {
   EXPECT_THAT(stage_.calls("Finalize"), SizeIs(1));
 }
 
-/// Prints the table in docs/media-foundation.md, past the captured log.
+/// Prints the table in docs/media-foundation-calls.md, past the captured log.
 void PrintTable(const std::vector<MediaCall>& calls) {
   std::string table = "| call | with |\n|---|---|\n";
   for (const MediaCall& call : calls) {

@@ -45,6 +45,10 @@ function fitting({ monitor, window, microphone, speaker, badFolders }, folder) {
 function planned(seed, desk, folders) {
   const random = new Random(seed);
   const made = folders.map((folder) => fitting(desk, folder));
+  const missing = Object.keys(PARAMETERS).filter((method) => !(method in made[0]));
+  if (missing.length > 0) {
+    throw new Error(`fitting in ${__filename} has no values for ${missing}`);
+  }
   const pools = { number: numbers, string: texts, boolean: booleans, object: regions };
   const valueFor = (method, on) => {
     if (random.chance(0.75)) {
