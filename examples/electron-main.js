@@ -1,5 +1,5 @@
 // The main process of an Electron application with a menu that starts and stops a recording:
-// npm install electron brisolte, then npx electron electron-main.js
+// npm install electron brisolte-0.1.0.tgz, then npx electron electron-main.js
 //
 // How to package it: docs/electron.md.
 

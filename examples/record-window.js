@@ -7,7 +7,7 @@ const { Brisolte } = require('brisolte');
 const part = process.argv[2] ?? '';
 const recorder = new Brisolte();
 
-// Front to back: without a title this is the frontmost window.
+// Front to back: without a title this is the frontmost of them. The shell's own, which it keeps out of sight, may be among them.
 const window = recorder.getWindows().find(({ title }) => title.includes(part));
 if (!window) {
   throw new Error(`no window has "${part}" in its title`);

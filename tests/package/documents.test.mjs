@@ -55,7 +55,9 @@ test('every command of the pages is there', () => {
   assert.deepEqual(named(/npm run ([\w-]+)/g).filter(({ name }) => !(name in scripts)), []);
   assert.deepEqual(named(/\bnode (tools\/[\w/.-]+)/g).filter(({ name }) => !existsSync(join(treeDir, name))), []);
   assert.deepEqual(named(/node_modules\/brisolte\/(examples\/[\w.-]+)/g).filter(({ name }) => !existsSync(join(folder, name))), []);
-  assert.deepEqual(named(/\bbrisolte-(\d+\.\d+\.\d+)/g).filter(({ name }) => name !== version), []);
+  const examples = readdirSync(join(treeDir, 'examples')).map((name) => `examples/${name}`);
+  const versions = named(/\bbrisolte-(\d+\.\d+\.\d+)/g, [...pages, ...examples]);
+  assert.deepEqual(versions.filter(({ name }) => name !== version), []);
 });
 
 test('every test and every file of the tree that the pages name is there', () => {
