@@ -3,6 +3,8 @@
 import { mkdirSync, readdirSync, statSync, writeFileSync } from 'node:fs';
 import { dirname, join, resolve } from 'node:path';
 import { parseArgs } from 'node:util';
+import { CommandLog } from './demo/command-log.mjs';
+import { writePage } from './demo/page.mjs';
 import { runUnderWine, windowsPath } from './wine/runner.mjs';
 import { buildRoot } from './workshop/build-root.mjs';
 import { main, step, WorkshopError } from './workshop/report.mjs';
@@ -18,7 +20,7 @@ const USAGE = `usage: npm run demo -- [options]
   --region L,T,W,H             the region to record: left, top, width, height
   --encoder NAME               video encoder, libx264 unless said otherwise
   --audio                      records the microphone and the speaker as well
-  --out DIR                    where the recording and frame.png go, demo-out unless said otherwise
+  --out DIR                    where the recording, frame.png and index.html go, demo-out unless said otherwise
   --json FILE                  writes what was measured to FILE
   --screenshot                 also takes screenshot.png of the same, beside that FILE, or else beside the recording
   --verbose                    shows the module's own log`;
@@ -51,12 +53,16 @@ await main(async () => {
   const outputDir = resolve(request.out);
   mkdirSync(outputDir, { recursive: true });
   const screenshot = request.screenshot ? screenshotPath(request, outputDir) : undefined;
-  const file = await step(`Recording: ${request.mode}, ${request.seconds} s`, () => record(request, outputDir, screenshot));
+  const log = new CommandLog(process.stderr, request.verbose);
+  const file = await step(`Recording: ${request.mode}, ${request.seconds} s`, () => record(request, outputDir, screenshot, log));
   if (request.encoder.startsWith('mf_')) {
     console.log("The sink writer is the tests' stand-in for Media Foundation's: see tests/standins/README.md.");
   }
   const found = await step('Reading the recording back', () => readBack(file, outputDir, screenshot));
   showTable(found, outputDir);
+  // Lines for those who look for a fault in the module come by the thousand.
+  const said = log.entries.filter(({ level }) => level !== 'debug');
+  console.log(`The recording with its log, for a browser: ${writePage(outputDir, found, stillIn(outputDir), said)}`);
   if (request.json) {
     writeFileSync(resolve(request.json), `${JSON.stringify(found, null, 2)}\n`);
   }
@@ -103,7 +109,7 @@ function screenshotPath({ json }, outputDir) {
 }
 
 /** Runs the command line in Node.js for Windows, before something to see and hear; gives the path of its recording. */
-async function record(request, outputDir, screenshot) {
+async function record(request, outputDir, screenshot, log) {
   const scratchDir = scratchFolder('demo');
   try {
     const requestFile = join(scratchDir, 'request.json');
@@ -121,6 +127,7 @@ async function record(request, outputDir, screenshot) {
       standins: true,
       timeout: request.seconds + 120,
       writable: [scratchDir, outputDir, ...(screenshot ? [dirname(screenshot)] : [])],
+      stderr: log,
     });
     if (code !== 0) {
       throw new WorkshopError(`The recording ended with exit code ${code}; the lines above say why.`);
@@ -132,7 +139,7 @@ async function record(request, outputDir, screenshot) {
 }
 
 /** What is written behind `node`, once for each command. */
-function commandLines({ mode, window, region, fps, encoder, audio, seconds, verbose }, outputDir, screenshot) {
+function commandLines({ mode, window, region, fps, encoder, audio, seconds }, outputDir, screenshot) {
   const { left, top, width, height } = region ?? DEFAULT_REGION;
   const target = {
     screen: [],
@@ -142,7 +149,7 @@ function commandLines({ mode, window, region, fps, encoder, audio, seconds, verb
   const record = [
     ...['record', ...target, '--fps', String(fps), '--encoder', encoder, '--seconds', String(seconds), '--out', windowsPath(outputDir)],
     ...(audio ? ['--audio'] : []),
-    ...(verbose ? ['--verbose'] : []),
+    '--verbose',
   ];
   const commands = [record, ...(screenshot ? [['screenshot', windowsPath(screenshot), ...target]] : [])];
   return commands.map((words) => [windowsPath(join(treeDir, 'lib', 'command-line', 'main.js')), ...words]);
@@ -161,12 +168,16 @@ async function readBack(file, outputDir, screenshot) {
   // Needs npm packages, which are there only since the build.
   const { measure, pictureSize, writeStill } = await import('./demo/measure.mjs');
   const found = measure(file, inRoot);
-  writeStill(file, found.seconds, join(outputDir, 'frame.png'), inRoot);
+  writeStill(file, found.seconds, stillIn(outputDir), inRoot);
   return screenshot ? { ...found, screenshot: { file: screenshot, ...pictureSize(screenshot, inRoot) } } : found;
 }
 
+function stillIn(outputDir) {
+  return join(outputDir, 'frame.png');
+}
+
 function showTable({ file, container, seconds, streams, screenshot }, outputDir) {
-  console.log(`\n${file}\n${container}, ${seconds.toFixed(2)} s; a still of it: ${join(outputDir, 'frame.png')}\n`);
+  console.log(`\n${file}\n${container}, ${seconds.toFixed(2)} s; a still of it: ${stillIn(outputDir)}\n`);
   console.table(streams);
   if (screenshot) {
     console.log(`a screenshot of ${screenshot.width} by ${screenshot.height}: ${screenshot.file}`);
