@@ -241,10 +241,14 @@ class Recorder extends EventEmitter {
     if (!this.#recording) {
       return;
     }
-    if (incomplete.length > 0) {
+    // On a disk that is full from the start also what needs no end has nothing to play.
+    const isEmpty = result.bytes === 0;
+    if (isEmpty || incomplete.length > 0) {
       const { connection, failures: before } = this.#recording;
-      const known = { failures: connection.failuresSince(before), log: connection.log, files: result.files };
-      this.#failed(new RecorderError('ERR_RECORDER_INCOMPLETE', `${incomplete[0]} could not be completed`, known), result);
+      const files = isEmpty ? [] : result.files;
+      const known = { failures: connection.failuresSince(before), log: connection.log, files };
+      const sentence = `${isEmpty ? result.file : incomplete[0]} could not be completed`;
+      this.#failed(new RecorderError('ERR_RECORDER_INCOMPLETE', sentence, known), { ...result, files });
       return;
     }
     const { resolve } = this.#over();

@@ -12,7 +12,7 @@ const { openPattern } = require('./support/desktop');
 const media = require('./support/media');
 const { loadSilently, packageFolder } = require('./support/package');
 const { NUMBERS, readNumber } = require('./support/pattern');
-const { scratchFolder, smallDisk } = require('./support/scratch');
+const { fillDisk, scratchFolder, smallDisk } = require('./support/scratch');
 const { playTone } = require('./support/sound');
 
 const ENTRY = path.join(packageFolder, 'recorder.js');
@@ -162,6 +162,22 @@ test('a recording ends at its limit of free space, and before the disk is full w
     assert.equal(reason, 'freeBytes');
     media.assertWhole([file]);
     fs.rmSync(file);
+    await recorder.close();
+  }
+});
+
+test('a disk that is full already is told, at the start or at the stop', async (t) => {
+  const directory = smallDisk(t);
+  fillDisk(directory);
+  const starts = { libx264: 'rejected', mjpeg: 'fulfilled' };
+  for (const [encoder, status] of Object.entries(starts)) {
+    const recorder = new Recorder({ directory, encoder });
+    t.after(() => recorder.close());
+    const [started] = await Promise.allSettled([recorder.start()]);
+    assert.equal(started.status, status, started.reason);
+    const told = started.reason ?? (await recorder.stop().catch((error) => error));
+    assert.match(told.code, /^ERR_RECORDER_(START|INCOMPLETE)$/);
+    assert.match(told.message, / Make room on the disk\.$/);
     await recorder.close();
   }
 });

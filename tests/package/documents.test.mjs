@@ -68,6 +68,29 @@ test('every test and every file of the tree that the pages name is there', () =>
   assert.deepEqual(missing, []);
 });
 
+// The words of Windows, Node.js and the C++ runtime.
+const OF_OTHERS = [
+  "Cannot find module './prebuilds/win32-x64/brisolte.node'",
+  'The specified module could not be found',
+  'The specified procedure could not be found',
+  'filesystem error: status:',
+];
+
+test('the lines and texts that errors.md explains are those of the code', () => {
+  const inFolder = (folder) => readdirSync(join(treeDir, folder), { recursive: true }).map((name) => join(folder, name));
+  const files = [...inFolder('src'), ...inFolder('lib'), 'index.js'].filter((name) => /\.(cpp|h|js)$/.test(name));
+  // A text that is too long for a line is in two.
+  const code = files.map((name) => read(treeDir, name).replaceAll(/"\s*"/g, '')).join('\n');
+  const [, ...tables] = read(treeDir, 'docs/errors.md').split(/^\| (?:line|text) \|.*\n.*\n/m);
+  const cells = tables.flatMap((table) => [...table.split('\n\n')[0].matchAll(/^\| ([^|]+) \|/gm)].map(([, cell]) => cell));
+  const texts = cells.flatMap((cell) => cell.split(/, (?=[A-Z])/));
+  assert.ok(texts.length > 60, `${texts.length}`);
+  // Who says it, and which device it is about, is put before such a text.
+  const parts = texts.flatMap((text) => text.replace(/^(Microphone|Speaker|FFmpegEncoder:) /, '').split('…'));
+  const unknown = parts.map((part) => part.trim()).filter((part) => !code.includes(part) && !OF_OTHERS.includes(part));
+  assert.deepEqual(unknown, []);
+});
+
 test('the pages know how many methods there are', () => {
   const counts = named(/\ball (\d+) methods\b/g);
   assert.ok(counts.length > 1);

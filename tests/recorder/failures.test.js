@@ -174,6 +174,13 @@ test('a file that could not be completed is told, and does not take the place of
   assert.deepEqual([named('stop')[0].reason, named('error').length], ['failed', 1]);
 });
 
+test('a file without a byte in it is no recording, whatever its container', async (t) => {
+  const { recorder, named } = recorderOf(t, { encoder: 'empty' });
+  await recorder.start();
+  await assert.rejects(recorder.stop(), { code: 'ERR_RECORDER_INCOMPLETE', message: /\.avi could not be completed\. .* Make room on the disk\.$/, files: [] });
+  assert.deepEqual([named('stop')[0].reason, named('stop')[0].files], ['failed', []]);
+});
+
 test('a process that cannot be started is told', async () => {
   const launches = [
     () => {

@@ -51,6 +51,7 @@ const AT_START = {
     log('ERROR', 'FFmpegEncoder: A webm file cannot hold mp3 sound; record without sound or choose another video encoder');
     return true;
   },
+  empty: () => true,
   dies: die,
   hangs: () => hang(),
 };
@@ -97,7 +98,7 @@ class Brisolte {
   startRecord() {
     const { encoder, directory } = this.#settings;
     log('INFO', `settings: ${JSON.stringify(this.#settings)}`);
-    const ending = { libvpx: 'webm', mjpeg: 'avi' }[encoder] ?? 'mp4';
+    const ending = { libvpx: 'webm', mjpeg: 'avi', empty: 'avi' }[encoder] ?? 'mp4';
     this.#file = path.join(directory, `Qorvex-${clock(['-', '-', '-', '-', '-'])}.${ending}`);
     fs.writeFileSync(this.#file, '');
     starts += 1;
@@ -122,7 +123,7 @@ class Brisolte {
     if (this.#settings.encoder === 'slow') {
       hang(SLOW_MS);
     }
-    if (this.#settings.encoder === 'breaks') {
+    if (['breaks', 'empty'].includes(this.#settings.encoder)) {
       log('ERROR', 'FFmpegEncoder: Failed to write trailer!!!!!');
       return true;
     }
