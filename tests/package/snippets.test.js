@@ -147,12 +147,6 @@ test('every program of the pages is known here', () => {
   assert.deepEqual(Object.fromEntries(Object.entries(PROGRAMS).map(([page, { length }]) => [page, length])), shown);
 });
 
-describe('the programs of the pages work as they stand there', { concurrency: 3 }, () => {
-  for (const [page, checks] of Object.entries(PROGRAMS)) {
-    checks.forEach((check, i) => check && test(`${page}, ${i + 1}`, () => check(page, i + 1)));
-  }
-});
-
 test('the settings of a packager in JSON unpack all that Windows loads', () => {
   const [settings, ...others] = pages.flatMap((page) => blocksOf(page, 'json'));
   assert.deepEqual(others, []);
@@ -161,21 +155,31 @@ test('the settings of a packager in JSON unpack all that Windows loads', () => {
 
 const COMMAND_LINE = path.join(packageFolder, require(path.join(packageFolder, 'package.json')).bin.brisolte);
 
-describe('the lines of the command line work as they stand in the pages', { concurrency: 3 }, () => {
+/** Each line of the pages that begins with `npx brisolte`, once, without its comment. */
+function commandLines() {
   const lines = pages.flatMap((page) => blocksOf(page, 'sh').flatMap((block) => block.split('\n')));
-  const commands = lines.filter((line) => line.startsWith('npx brisolte')).map((line) => line.split('#')[0].trim());
-  for (const command of new Set(commands)) {
-    const [, , ...words] = command.split(/\s+/);
-    test(command, async () => {
-      const cwd = fs.mkdtempSync(path.join(project, 'of-'));
-      const { output } = await run([...(words.includes('--seconds') ? [] : interruption()), COMMAND_LINE, ...words], { cwd });
-      if (words[0] === 'record') {
-        assert.equal(streamsIn(cwd)[0], 'video');
-      } else if (words[0] === 'screenshot') {
-        assert.deepEqual(pngSize(path.join(cwd, words[1])), [1280, 720]);
-      } else {
-        assert.match(output, words[0] === 'list' ? /^Monitors/ : /^usage: brisolte/);
-      }
-    });
+  return new Set(lines.filter((line) => line.startsWith('npx brisolte')).map((line) => line.split('#')[0].trim()));
+}
+
+async function runCommandLine(line) {
+  const [, , ...words] = line.split(/\s+/);
+  const cwd = fs.mkdtempSync(path.join(project, 'of-'));
+  const { output } = await run([...(words.includes('--seconds') ? [] : interruption()), COMMAND_LINE, ...words], { cwd });
+  if (words[0] === 'record') {
+    assert.equal(streamsIn(cwd)[0], 'video');
+  } else if (words[0] === 'screenshot') {
+    assert.deepEqual(pngSize(path.join(cwd, words[1])), [1280, 720]);
+  } else {
+    assert.match(output, words[0] === 'list' ? /^Monitors/ : /^usage: brisolte/);
+  }
+}
+
+// Mostly they wait for their recordings, so that several can at once.
+describe('what the pages show works as it stands there', { concurrency: 5 }, () => {
+  for (const [page, checks] of Object.entries(PROGRAMS)) {
+    checks.forEach((check, i) => check && test(`${page}, ${i + 1}`, () => check(page, i + 1)));
+  }
+  for (const line of commandLines()) {
+    test(line, () => runCommandLine(line));
   }
 });
