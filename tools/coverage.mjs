@@ -13,7 +13,7 @@ const HALVES = {
   windows: {
     title: 'The module, by the Windows programs and the JavaScript tests under Wine',
     preset: 'coverage-windows',
-    gcov: 'x86_64-w64-mingw32-gcov-posix',
+    gcov: 'x86_64-w64-mingw32ucrt-gcov',
     runTests: runUnderWindows,
   },
 };

@@ -8,7 +8,7 @@ namespace brisolte {
 
 // What recordings ask of the file system, for paths in the form that full_path.h gives. On Windows this asks
 // the system itself: of the C runtime, through which the standard library may go, every failure of a status
-// is "not found", and so is every path behind `\\?\`.
+// is "not found".
 
 /// Whether a directory is there; follows symbolic links. @throws std::filesystem::filesystem_error named
 /// "status" when that cannot be told

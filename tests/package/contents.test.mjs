@@ -85,7 +85,7 @@ test('Windows shows the names and versions of the native files', () => {
 test('the symbols beside the package tell the function and the line of an address in the module', async () => {
   const root = await buildRoot();
   const tool = (name, ...words) =>
-    outputOf(sandboxed(root, [`x86_64-w64-mingw32-${name}`, ...words], { readable: [folder, dirname(symbols)] }));
+    outputOf(sandboxed(root, [`x86_64-w64-mingw32ucrt-${name}`, ...words], { readable: [folder, dirname(symbols)] }));
   const exported = tool('objdump', '-p', join(folder, 'prebuilds', 'win32-x64', 'brisolte.node'));
   const [, base] = exported.match(/ImageBase\s+([0-9a-f]+)/);
   const [, offset] = exported.match(/\[ *\d+\] \+base\[ *\d+\] ([0-9a-f]+) Export RVA\n/) ?? exported.match(/([0-9a-f]+) Export RVA/);

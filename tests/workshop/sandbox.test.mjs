@@ -40,7 +40,7 @@ test("a caller's folder can lie among the system's own", () => {
   const folder = '/usr/share/mmdebstrap';
   assert.ok(existsSync(folder), 'a folder of the host that the build root has not');
   assert.notEqual(run(['ls', folder], { readable: [folder] }), '');
-  assert.match(run(['x86_64-w64-mingw32-g++', '--version'], { readable: [folder] }), /Free Software Foundation/);
+  assert.match(run(['x86_64-w64-mingw32ucrt-g++', '--version'], { readable: [folder] }), /Free Software Foundation/);
 });
 
 test("a folder that the build root has itself is refused with its name", () => {

@@ -1,14 +1,14 @@
-// That Debian's patches are in the sources that the package's libraries are built from.
+// What the package's libraries are built from: that Debian's patches are in it, and what they need.
 
 import assert from 'node:assert/strict';
 import { spawnSync } from 'node:child_process';
-import { cpSync } from 'node:fs';
+import { cpSync, mkdirSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
 import { test } from 'node:test';
 import { isOfWindows } from '../../tools/package/natives.mjs';
 import { patchesOf } from '../../tools/package/sources-page.mjs';
 import { buildRoot } from '../../tools/workshop/build-root.mjs';
-import { ffmpegLibraries, patchedSource, sourceList } from '../../tools/workshop/ffmpeg.mjs';
+import { ffmpegLibraries, identityOf, patchedSource, sourceList } from '../../tools/workshop/ffmpeg.mjs';
 import { sandboxed } from '../../tools/workshop/sandbox.mjs';
 import { scratchFolder } from '../../tools/workshop/scratch.mjs';
 
@@ -43,7 +43,20 @@ test("AMD's headers have to be where AMF_ROOT says that they are", async (t) => 
   await assert.rejects(ffmpegLibraries(), /AMF_ROOT is .*, where there is no AMF\/core\/Version\.h/);
 });
 
-test('of Windows the libraries may need only what every edition has', () => {
-  const names = ['KERNEL32.dll', 'api-ms-win-core-winrt-l1-1-0.dll', 'mf.dll', 'mfplat.dll', 'mfreadwrite.dll', 'libwinpthread-1.dll'];
-  assert.deepEqual(names.filter(isOfWindows), ['KERNEL32.dll', 'api-ms-win-core-winrt-l1-1-0.dll']);
+test("AMD's headers count by what is in them, not by where they are", () => {
+  const folderWith = (text) => {
+    const folder = scratchFolder('headers');
+    mkdirSync(join(folder, 'core'));
+    writeFileSync(join(folder, 'core', 'Version.h'), text);
+    return folder;
+  };
+  const first = identityOf(folderWith('1.4.34'));
+  assert.equal(identityOf(folderWith('1.4.34')), first);
+  assert.notEqual(identityOf(folderWith('1.4.35')), first);
+});
+
+test('of Windows the libraries may need only what every edition has, and of its C runtimes the Universal one', () => {
+  const ours = ['KERNEL32.dll', 'api-ms-win-core-winrt-l1-1-0.dll', 'api-ms-win-crt-stdio-l1-1-0.dll'];
+  const others = ['mf.dll', 'mfplat.dll', 'mfreadwrite.dll', 'libwinpthread-1.dll', 'msvcrt.dll', 'ucrtbased.dll'];
+  assert.deepEqual([...ours, ...others].filter(isOfWindows), ours);
 });

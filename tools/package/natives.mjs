@@ -19,7 +19,7 @@ const PURPOSES = [
 ];
 
 // What the files need of Windows, and every edition has; Media Foundation, for one, is not in those for Europe ("N").
-const SYSTEM = /^(advapi32|avrt|bcrypt|d3d11|dwmapi|kernel32|msvcrt|ole32|user32|winmm|api-ms-win-(core-winrt|crt)-[a-z0-9-]+)\.dll$/i;
+const SYSTEM = /^(advapi32|avrt|bcrypt|d3d11|dwmapi|kernel32|ole32|user32|winmm|api-ms-win-(core-winrt|crt)-[a-z0-9-]+)\.dll$/i;
 
 /** Whether a DLL of this name is in every Windows. */
 export const isOfWindows = (name) => SYSTEM.test(name);
@@ -49,6 +49,6 @@ export async function checkNatives(paths) {
 }
 
 function importsOf(root, file) {
-  const dump = outputOf(sandboxed(root, ['x86_64-w64-mingw32-objdump', '-p', file], { readable: [treeDir] }));
+  const dump = outputOf(sandboxed(root, ['x86_64-w64-mingw32ucrt-objdump', '-p', file], { readable: [treeDir] }));
   return [...dump.matchAll(/DLL Name: (\S+)/g)].map(([, name]) => name);
 }

@@ -1,10 +1,11 @@
 // FFmpeg for Windows, from Debian's sources: the libraries the product ships, and the programs of its tests.
 
-import { existsSync, mkdirSync, readFileSync, rmSync } from 'node:fs';
-import { join, relative, resolve } from 'node:path';
+import { createHash } from 'node:crypto';
+import { existsSync, mkdirSync, readdirSync, readFileSync, rmSync, statSync } from 'node:fs';
+import { join, relative, resolve, sep } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { buildRoot, packageVersions } from './build-root.mjs';
-import { cached, cacheDir } from './cache.mjs';
+import { cached, cacheDir, keyOf } from './cache.mjs';
 import { runLogged } from './processes.mjs';
 import { WorkshopError } from './report.mjs';
 import { sandboxed } from './sandbox.mjs';
@@ -13,8 +14,8 @@ const recipesDir = fileURLToPath(new URL('recipes', import.meta.url));
 
 // What of the build root gets into the results; another version of Wine, say, is no reason to build them again.
 const TOOLCHAIN = [
-  ...['g++-mingw-w64-x86-64-posix', 'gcc-mingw-w64-x86-64-posix', 'gcc-mingw-w64-x86-64-posix-runtime'],
-  ...['binutils-mingw-w64-x86-64', 'mingw-w64-x86-64-dev', 'nasm', 'libffmpeg-nvenc-dev'],
+  ...['g++-mingw-w64-ucrt64', 'gcc-mingw-w64-ucrt64', 'gcc-mingw-w64-ucrt64-runtime'],
+  ...['binutils-mingw-w64-ucrt64', 'mingw-w64-ucrt64-dev', 'nasm', 'libffmpeg-nvenc-dev'],
 ];
 
 // Nothing of a result tells where or when it was made: a recipe sees what it takes and what it makes under the same names
@@ -33,18 +34,25 @@ export const sourceList = readFileSync(`${recipesDir}/sources.list`, 'utf8')
     return { name, version, file, sha256 };
   });
 
+/** The licences under which FFmpeg can be built, each with the codec libraries that are in it then. */
+export const codecsUnder = {
+  gpl: ['lame', 'libvpx', 'onevpl', 'x264', 'x265'],
+  lgpl: ['lame', 'libvpx', 'onevpl', 'openh264'],
+};
+
 /**
  * FFmpeg's shared libraries: `bin` with the DLLs, `lib` and `include`. AMD's encoders need the headers of AMD's Advanced
  * Media Framework, which no registry has: the variable AMF_ROOT names their folder, in which `AMF/core/Version.h` lies.
+ * @param {'gpl' | 'lgpl'} [licence]
  */
-export async function ffmpegLibraries() {
+export async function ffmpegLibraries(licence = 'gpl') {
   const { AMF_ROOT: amf } = process.env;
   if (amf && !existsSync(join(amf, 'AMF', 'core', 'Version.h'))) {
     throw new WorkshopError(`AMF_ROOT is ${amf}, where there is no AMF/core/Version.h`);
   }
-  const libraries = await codecLibraries('lame', 'libvpx', 'onevpl', 'x264', 'x265');
+  const libraries = await codecLibraries(...codecsUnder[licence]);
   const needs = { sources: await patchedSource('ffmpeg'), ...libraries };
-  return byRecipe('ffmpeg', 'FFmpeg libraries for Windows', amf ? { ...needs, amf: resolve(amf) } : needs);
+  return byRecipe('ffmpeg', 'FFmpeg libraries for Windows', amf ? { ...needs, 'amf/AMF': resolve(amf, 'AMF') } : needs);
 }
 
 /**
@@ -79,12 +87,12 @@ export async function patchedSource(name) {
 export const ffmpegHeaders = (series, until = '') =>
   byRecipe('ffmpeg-headers', `FFmpeg's headers of Debian ${series}`, {}, { words: [series, until].filter(Boolean), network: true });
 
-/** The entry that the recipe of this name fills: it finds the folders of `needs` at /NAME and makes what is at /out. */
+/** The entry that the recipe of this name fills: it finds the folders of `needs` at /PLACE and makes what is at /out. */
 async function byRecipe(name, title, needs, { words = [], network = false } = {}) {
   const root = await buildRoot();
   const inputs = {
     ...{ SETTINGS, words, toolchain: network ? [] : packageVersions(root, TOOLCHAIN) },
-    needs: Object.entries(needs).map(([place, path]) => [place, relative(cacheDir, path)]),
+    needs: Object.entries(needs).map(([place, path]) => [place, identityOf(path)]),
     script: readFileSync(`${recipesDir}/${name}.sh`, 'utf8'),
   };
   return cached(name, title, inputs, async (folder, note, log) => {
@@ -99,4 +107,16 @@ async function byRecipe(name, title, needs, { words = [], network = false } = {}
     await runLogged(sandboxed(root, [`/recipes/${name}.sh`, ...words], { mounts, network, env: SETTINGS }), { log, note });
     rmSync(scratch, { recursive: true, force: true });
   });
+}
+
+/** What a result that is made from a folder depends on: an entry of the cache says it in its name, of another each file counts. */
+export function identityOf(folder) {
+  if (folder.startsWith(cacheDir + sep)) {
+    return relative(cacheDir, folder);
+  }
+  const names = readdirSync(folder, { recursive: true }).sort();
+  const contents = names
+    .filter((name) => statSync(join(folder, name)).isFile())
+    .map((name) => [name, createHash('sha256').update(readFileSync(join(folder, name))).digest('hex')]);
+  return keyOf(contents);
 }

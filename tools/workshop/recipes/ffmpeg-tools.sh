@@ -7,7 +7,7 @@ cp -a /sources /scratch/work
 
 cd /scratch/work
 PKG_CONFIG_LIBDIR=/x264/lib/pkgconfig:/x265/lib/pkgconfig ./configure \
-  --prefix=/out --arch=x86_64 --target-os=mingw32 --enable-cross-compile --cross-prefix=x86_64-w64-mingw32- \
+  --prefix=/out --arch=x86_64 --target-os=mingw32 --enable-cross-compile --cross-prefix=x86_64-w64-mingw32ucrt- \
   --pkg-config=pkg-config --pkg-config-flags=--static \
   --extra-ldflags='-static -Wl,--no-insert-timestamp' --extra-libs='-lstdc++' \
   --disable-doc --disable-debug --disable-avdevice --disable-network \
@@ -22,6 +22,6 @@ PKG_CONFIG_LIBDIR=/x264/lib/pkgconfig:/x265/lib/pkgconfig ./configure \
   --enable-protocol=file,pipe
 make -j"$(nproc)"
 make install-libs install-headers install-progs
-x86_64-w64-mingw32-strip /out/bin/*.exe
+x86_64-w64-mingw32ucrt-strip /out/bin/*.exe
 # What the libraries link with, in one file each with nothing of this machine's paths left to look up.
 cp /x264/lib/libx264.a /x265/lib/libx265.a /out/lib

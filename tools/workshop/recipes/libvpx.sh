@@ -3,7 +3,7 @@
 set -eu
 cp -a /sources /scratch/work
 cd /scratch/work
-CROSS=x86_64-w64-mingw32- ./configure --target=x86_64-win64-gcc --prefix=/out --disable-shared --enable-static \
+CROSS=x86_64-w64-mingw32ucrt- ./configure --target=x86_64-win64-gcc --prefix=/out --disable-shared --enable-static \
   --disable-examples --disable-tools --disable-docs --disable-unit-tests \
   --disable-vp8-decoder --disable-vp9-decoder
 make -j"$(nproc)" install

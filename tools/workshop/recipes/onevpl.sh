@@ -2,7 +2,7 @@
 # Cross-builds the dispatcher of Intel's encoders as a static library for FFmpeg, from /sources into /out. It finds the
 # driver's own library on the machine that records.
 set -eu
-host=x86_64-w64-mingw32
+host=x86_64-w64-mingw32ucrt
 cp -a /sources /scratch/work
 cd /scratch/work
 # It would also take a library of the driver's name out of the current directory and out of any folder of PATH, where

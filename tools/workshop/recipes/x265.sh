@@ -1,7 +1,7 @@
 #!/bin/sh
 # Cross-builds x265 as a static library for FFmpeg, from /sources into /out.
 set -eu
-host=x86_64-w64-mingw32
+host=x86_64-w64-mingw32ucrt
 cp -a /sources /scratch/work
 cd /scratch/work
 # A tarball has no repository to read the version from; the build reads this file instead, if it finds a git.
