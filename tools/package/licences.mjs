@@ -3,18 +3,21 @@
 import { cpSync, mkdirSync, readFileSync, rmSync, writeFileSync } from 'node:fs';
 import { join } from 'node:path';
 import { buildRoot } from '../workshop/build-root.mjs';
-import { patchedSource } from '../workshop/ffmpeg.mjs';
+import { codecsUnder, patchedSource } from '../workshop/ffmpeg.mjs';
 import { WorkshopError } from '../workshop/report.mjs';
 import { treeDir } from '../workshop/tree.mjs';
 import { sourcesPage } from './sources-page.mjs';
 
-const folder = join(treeDir, 'licenses');
+const OF_FFMPEG = {
+  gpl: { 'ffmpeg.md': 'LICENSE.md', 'ffmpeg-gpl-2.0.txt': 'COPYING.GPLv2', 'ffmpeg-lgpl-2.1.txt': 'COPYING.LGPLv2.1' },
+  lgpl: { 'ffmpeg.md': 'LICENSE.md', 'ffmpeg-lgpl-2.1.txt': 'COPYING.LGPLv2.1' },
+};
 
-const FROM_SOURCES = {
-  ffmpeg: { 'ffmpeg.md': 'LICENSE.md', 'ffmpeg-gpl-2.0.txt': 'COPYING.GPLv2', 'ffmpeg-lgpl-2.1.txt': 'COPYING.LGPLv2.1' },
+const OF_CODECS = {
   lame: { 'lame.txt': 'COPYING' },
   libvpx: { 'libvpx.txt': 'LICENSE', 'libvpx-patents.txt': 'PATENTS' },
   onevpl: { 'onevpl.txt': 'LICENSE' },
+  openh264: { 'openh264.txt': 'LICENSE' },
   x264: { 'x264.txt': 'COPYING' },
   x265: { 'x265.txt': 'COPYING' },
 };
@@ -30,22 +33,23 @@ const FROM_HERE = { 'mingw-w64-runtime.txt': 'mingw-w64-runtime.txt' };
 
 const FROM_PACKAGES = { 'node-addon-api.md': 'node-addon-api/LICENSE.md' };
 
-/** Fills the folder `licenses` of the tree. */
-export async function collectLicences() {
+/** Fills a folder with the texts for the package with FFmpeg under this licence. */
+export async function collectLicences(folder, licence) {
   const root = await buildRoot();
   rmSync(folder, { recursive: true, force: true });
   mkdirSync(folder);
   const copyAll = (texts, from) =>
     Object.entries(texts).forEach(([name, path]) => cpSync(join(from, path), join(folder, name)));
-  for (const [name, texts] of Object.entries(FROM_SOURCES)) {
-    copyAll(texts, await patchedSource(name));
+  copyAll(OF_FFMPEG[licence], await patchedSource('ffmpeg'));
+  for (const name of codecsUnder[licence]) {
+    copyAll(OF_CODECS[name], await patchedSource(name));
   }
   copyAll(FROM_PACKAGES, join(treeDir, 'node_modules'));
   copyAll(FROM_HERE, join(treeDir, 'tools', 'package'));
   for (const [name, path] of Object.entries(FROM_HEADERS)) {
     writeFileSync(join(folder, name), noticesIn(join(root, path)));
   }
-  writeFileSync(join(folder, 'SOURCES.md'), await sourcesPage());
+  writeFileSync(join(folder, 'SOURCES.md'), await sourcesPage(licence));
 }
 
 /** The comments with which a header begins: the notices of all who wrote it. */

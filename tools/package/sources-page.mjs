@@ -2,7 +2,7 @@
 
 import { existsSync, readFileSync } from 'node:fs';
 import { join } from 'node:path';
-import { patchedSource, sourceList, toolchain } from '../workshop/ffmpeg.mjs';
+import { codecsUnder, patchedSource, sourceList, toolchain } from '../workshop/ffmpeg.mjs';
 import { outputOf } from '../workshop/processes.mjs';
 import { treeDir } from '../workshop/tree.mjs';
 
@@ -13,10 +13,9 @@ export function patchesOf(source) {
   return lines.map((line) => line.replace(/\s*#.*/, '').split(/\s/)[0]).filter(Boolean);
 }
 
-/** The page's text. */
-export async function sourcesPage() {
-  const names = [...new Set(sourceList.map(({ name }) => name))];
-  const sections = await Promise.all(names.map(section));
+/** The page's text for the package with FFmpeg under this licence. */
+export async function sourcesPage(licence) {
+  const sections = await Promise.all(['ffmpeg', ...codecsUnder[licence]].map(section));
   return `# Where the native files come from
 
 \`brisolte.node\` is built from the folder \`src\` of Brisolte's repository, the FFmpeg libraries beside it from the sources below, by the

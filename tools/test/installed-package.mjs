@@ -17,7 +17,11 @@ export const installedPackage = (scratchDir) => (installed ??= install(scratchDi
 
 async function install(scratchDir) {
   await prepare();
-  const { tarball, symbols } = await pack();
+  return installPackage(await pack(), scratchDir);
+}
+
+/** Installs a packed package into an empty folder there, without a network. */
+export function installPackage({ tarball, symbols }, scratchDir) {
   const project = join(scratchDir, 'project');
   mkdirSync(project);
   writeFileSync(join(project, 'package.json'), '{ "private": true }\n');
