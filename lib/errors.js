@@ -7,7 +7,7 @@ const ADVICE = [
   [/^Invalid or non-existent output directory/, 'Give a directory that exists.'],
   [/^Cannot write to output file/, 'Give a directory into which this user may write.'],
   [/^Encoder .* not found!/, 'Recorder.encoders() lists the names that can be given.'],
-  [/^Failed to open encoder/, 'Try the encoder libx264.'],
+  [/^Failed to open encoder/, 'Try another of those that Recorder.encoders() lists.'],
   [/Failed to write file header: No space/, 'Make room on the disk.'],
   [/Failed to write file header/, 'Leave out the sound, or choose an encoder for MP4.'],
   [/^Invalid monitor index/, 'Recorder.monitors() lists the monitors that there are.'],

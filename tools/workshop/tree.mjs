@@ -1,7 +1,7 @@
 // Building this tree inside the build root.
 
-import { mkdirSync, readFileSync } from 'node:fs';
-import { join } from 'node:path';
+import { existsSync, mkdirSync, readFileSync, writeFileSync } from 'node:fs';
+import { basename, join } from 'node:path';
 import { fileURLToPath } from 'node:url';
 import { buildRoot } from './build-root.mjs';
 import { cacheDir, checkCacheDir, keyOf, withLock } from './cache.mjs';
@@ -46,20 +46,28 @@ async function windowsOptions() {
   return { env, readable: Object.values(env) };
 }
 
+/** What says in which build root a build folder was configured. */
+const rootNote = (folder) => join(folder, 'build-root');
+
+/** Whether a build folder was configured in this build root. In another one the compilers may have had other names. */
+export const isConfiguredIn = (folder, root) =>
+  existsSync(rootNote(folder)) && readFileSync(rootNote(folder), 'utf8') === basename(root);
+
 /** Configures and builds a preset. @throws {WorkshopError} when it does not build */
 export async function buildTree(preset, targets = []) {
   await npmPackages(treeDir);
   const options = preset.endsWith('windows') ? await windowsOptions() : {};
-  const commands = [
-    ['cmake', '--preset', preset, '--log-level=WARNING'],
-    ['cmake', '--build', '--preset', preset, ...targets.flatMap((target) => ['--target', target])],
-  ];
+  const run = async (...command) => {
+    if ((await runInRoot(command, options)) !== 0) {
+      throw new WorkshopError(`${command.join(' ')} failed; its output is above.`);
+    }
+  };
+  const folder = buildDir(preset);
+  const root = await buildRoot();
   const tellWait = () => console.log('    another run is building this tree; waiting');
   await withLock(join(cacheDir, `build-${preset}-${keyOf(treeDir)}`), tellWait, async () => {
-    for (const command of commands) {
-      if ((await runInRoot(command, options)) !== 0) {
-        throw new WorkshopError(`${command.join(' ')} failed; its output is above.`);
-      }
-    }
+    await run('cmake', '--preset', preset, '--log-level=WARNING', ...(isConfiguredIn(folder, root) ? [] : ['--fresh']));
+    writeFileSync(rootNote(folder), basename(root));
+    await run('cmake', '--build', '--preset', preset, ...targets.flatMap((target) => ['--target', target]));
   });
 }
