@@ -43,7 +43,7 @@ PKG_CONFIG_LIBDIR=$descriptions ./configure --build-suffix=-brisolte \
   --disable-autodetect --disable-everything --enable-w32threads \
   --enable-libvpx --enable-libmp3lame \
   --enable-ffnvcodec --enable-nvenc --enable-libvpl \
-  --enable-encoder=libvpx_vp8,libvpx_vp9,libmp3lame,mpeg4,mjpeg,prores,prores_ks \
+  --enable-encoder=libvpx_vp8,libvpx_vp9,libmp3lame,aac,mpeg4,mjpeg,prores,prores_ks \
   --enable-encoder=h264_nvenc,hevc_nvenc,av1_nvenc \
   --enable-encoder=h264_qsv,hevc_qsv,av1_qsv,vp9_qsv,mjpeg_qsv,mpeg2_qsv --enable-parser=hevc \
   --enable-muxer=mp4,mov,webm,matroska,avi,mp3 --enable-protocol=file $options
