@@ -12,7 +12,6 @@ const { Shared } = require('./shared');
 const { limit } = require('./time');
 
 const SAME_SECOND = /^Cannot write to output file/;
-const DISK_FULL = /The disk is nearly full, the recording ends here/;
 const NO_HEADER = /Failed to write file header/;
 
 const shared = new Shared(launcher);
@@ -231,9 +230,6 @@ class Recorder extends EventEmitter {
   #logged(entry) {
     if (entry.source !== 'brisolte' || LEVELS.indexOf(entry.level) >= LEVELS.indexOf(this.#wanted.logLevel)) {
       this.#tell('log', entry);
-    }
-    if (DISK_FULL.test(entry.text)) {
-      this.#end('freeBytes')?.catch(() => {});
     }
   }
 

@@ -33,6 +33,6 @@ function show({ tarball, size, unpackedSize, files, symbols }, licence) {
   const others = files.filter(({ path }) => !purposeOf(path));
   console.log(`\n${tarball}\n${megabytes(size)}, installed ${megabytes(unpackedSize)}, ${files.length} files\n`);
   natives.forEach((file) => console.log(`${megabytes(file.size).padStart(10)}  ${file.path}\n${' '.repeat(12)}${purposeOf(file.path, licence)}`));
-  console.log(`\nSymbols, not in the package: ${symbols.path}, ${megabytes(symbols.size)}\n`);
+  console.log(`\nSymbols, not in the package: ${symbols.map(({ path, size: bytes }) => `${path}, ${megabytes(bytes)}`).join('; ')}\n`);
   others.forEach((file) => console.log(`${kilobytes(file.size).padStart(10)}  ${file.path}`));
 }

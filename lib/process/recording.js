@@ -125,8 +125,19 @@ class Recording {
 
   /** Two of them take turns, so that a segment begins before the one before it ends. */
   #instance(number) {
-    return (this.#instances[number % 2] ??= new this.#Brisolte());
+    return (this.#instances[number % 2] ??= this.#newInstance());
   }
+
+  #newInstance() {
+    const instance = new this.#Brisolte();
+    instance.onEvent((event) => this.#heard[event]?.());
+    return instance;
+  }
+
+  // What an instance tells while it records.
+  #heard = {
+    diskFull: () => this.#alone(() => (this.#take && !this.#ending ? this.#endBy('freeBytes') : undefined)),
+  };
 
   async #newTake(number) {
     const instance = this.#instance(number);
@@ -157,14 +168,19 @@ class Recording {
     this.#tell(progress);
     const reason = this.#limitReached(progress);
     if (reason) {
-      this.#ending = this.#end(reason);
-      this.#host.tell('ended', await this.#ending);
+      await this.#endBy(reason);
       return;
     }
     if (this.#isFull(progress)) {
       await this.#beginSegment();
     }
     this.#lookIn(this.#untilNextLook());
+  }
+
+  /** Ends by itself. */
+  async #endBy(reason) {
+    this.#ending = this.#end(reason);
+    this.#host.tell('ended', await this.#ending);
   }
 
   async #progress() {
@@ -241,9 +257,8 @@ class Recording {
       });
   }
 
-  // Warnings are always written: it is one that tells that the disk is nearly full.
   #setLogLevel(level) {
-    this.#instance(0).setLogLevel(level === 'nothing' ? LEVELS.nothing : Math.min(LEVELS[level], LEVELS.warning));
+    this.#instance(0).setLogLevel(LEVELS[level]);
   }
 }
 

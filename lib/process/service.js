@@ -38,7 +38,7 @@ class Service {
 
   #load() {
     try {
-      this.#Brisolte ??= require('../../index.js').Brisolte;
+      this.#Brisolte ??= require('./engine').Brisolte;
     } catch ({ message }) {
       throw new RecorderError('ERR_RECORDER_LOAD', message);
     }

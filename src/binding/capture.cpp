@@ -4,6 +4,7 @@
 #include <exception>
 #include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "binding/arguments.h"
 #include "binding/module_data.h"
@@ -33,35 +34,44 @@ Napi::Value ArrayOf(Napi::Env env, const std::string& prefix, List list) {
 }  // namespace
 
 Napi::Function Capture::Define(Napi::Env env) {
-  return DefineClass(env, "Capture",
-                     {
-                         Method<&Capture::StartRecord>("startRecord"),
-                         Method<&Capture::StopRecord>("stopRecord"),
-                         Method<&Capture::IsCapturing>("isCapturing"),
-                         Method<&Capture::GetMonitors>("getMonitors"),
-                         Method<&Capture::GetWindows>("getWindows"),
-                         Method<&Capture::CaptureScreenshot>("captureScreenshot"),
-                         Method<&Capture::SetMode>("setMode"),
-                         Method<&Capture::SetMonitor>("setMonitor"),
-                         Method<&Capture::SetMonitorByName>("setMonitorByName"),
-                         Method<&Capture::SetWindow>("setWindow"),
-                         Method<&Capture::SetRegion>("setRegion"),
-                         Method<&Capture::SetFrameRate>("setFrameRate"),
-                         Method<&Capture::SetOutputDir>("setOutputDir"),
-                         Method<&Capture::SetEncoder>("setEncoder"),
-                         Method<&Capture::SetBitrate>("setBitrate"),
-                         Method<&Capture::SetCursorCapture>("setCursorCapture"),
-                         Method<&Capture::SetBorderHighlight>("setBorderHighlight"),
-                         Method<&Capture::SetLogLevel>("setLogLevel"),
-                         Method<&Capture::GetLogLevel>("getLogLevel"),
-                         Method<&Capture::GetSaveFilePath>("getSaveFilePath"),
-                         Method<&Capture::GetMicrophones>("getMicrophones"),
-                         Method<&Capture::GetSpeakers>("getSpeakers"),
-                         Method<&Capture::SetMicrophoneDevice>("setMicrophoneDevice"),
-                         Method<&Capture::SetSpeakerDevice>("setSpeakerDevice"),
-                         Method<&Capture::SetAudioBitrate>("setAudioBitrate"),
-                         Method<&Capture::GetSupportVideoCodec>("getSupportVideoCodec"),
-                     });
+  return DefineClass(env, "Capture", Methods());
+}
+
+Napi::Function Capture::DefineForRecorder(Napi::Env env) {
+  std::vector<PropertyDescriptor> methods = Methods();
+  methods.push_back(Method<&Capture::OnEvent>("onEvent"));
+  return DefineClass(env, "Capture", methods);
+}
+
+std::vector<Capture::PropertyDescriptor> Capture::Methods() {
+  return {
+      Method<&Capture::StartRecord>("startRecord"),
+      Method<&Capture::StopRecord>("stopRecord"),
+      Method<&Capture::IsCapturing>("isCapturing"),
+      Method<&Capture::GetMonitors>("getMonitors"),
+      Method<&Capture::GetWindows>("getWindows"),
+      Method<&Capture::CaptureScreenshot>("captureScreenshot"),
+      Method<&Capture::SetMode>("setMode"),
+      Method<&Capture::SetMonitor>("setMonitor"),
+      Method<&Capture::SetMonitorByName>("setMonitorByName"),
+      Method<&Capture::SetWindow>("setWindow"),
+      Method<&Capture::SetRegion>("setRegion"),
+      Method<&Capture::SetFrameRate>("setFrameRate"),
+      Method<&Capture::SetOutputDir>("setOutputDir"),
+      Method<&Capture::SetEncoder>("setEncoder"),
+      Method<&Capture::SetBitrate>("setBitrate"),
+      Method<&Capture::SetCursorCapture>("setCursorCapture"),
+      Method<&Capture::SetBorderHighlight>("setBorderHighlight"),
+      Method<&Capture::SetLogLevel>("setLogLevel"),
+      Method<&Capture::GetLogLevel>("getLogLevel"),
+      Method<&Capture::GetSaveFilePath>("getSaveFilePath"),
+      Method<&Capture::GetMicrophones>("getMicrophones"),
+      Method<&Capture::GetSpeakers>("getSpeakers"),
+      Method<&Capture::SetMicrophoneDevice>("setMicrophoneDevice"),
+      Method<&Capture::SetSpeakerDevice>("setSpeakerDevice"),
+      Method<&Capture::SetAudioBitrate>("setAudioBitrate"),
+      Method<&Capture::GetSupportVideoCodec>("getSupportVideoCodec"),
+  };
 }
 
 template <Napi::Value (Capture::*method)(const Napi::CallbackInfo& info)>

@@ -3,10 +3,12 @@
 #include <napi.h>
 
 #include <memory>
+#include <vector>
 
 #include "binding/external_memory.h"
 #include "binding/running_captures.h"
 #include "capture/capture_controller.h"
+#include "capture/recording_options.h"
 
 namespace brisolte {
 
@@ -18,6 +20,10 @@ class Capture final : public Napi::ObjectWrap<Capture> {
  public:
   /// Makes the class for an environment.
   static Napi::Function Define(Napi::Env env);
+
+  /// The same, and what only a recorder's process asks for: `onEvent`, which takes the function that hears
+  /// the events of the recordings that start from then on.
+  static Napi::Function DefineForRecorder(Napi::Env env);
 
   explicit Capture(const Napi::CallbackInfo& info);
   Capture(const Capture&) = delete;
@@ -56,6 +62,9 @@ class Capture final : public Napi::ObjectWrap<Capture> {
   Napi::Value SetSpeakerDevice(Info info);
   Napi::Value SetAudioBitrate(Info info);
   Napi::Value GetSupportVideoCodec(Info info);
+  Napi::Value OnEvent(Info info);
+
+  static std::vector<PropertyDescriptor> Methods();
 
   /// Describes a method of the class.
   template <Napi::Value (Capture::*method)(Info)>
@@ -72,6 +81,7 @@ class Capture final : public Napi::ObjectWrap<Capture> {
   const std::shared_ptr<RunningCaptures> running_;
   bool held_ = false;
   const ExternalMemory weight_;
+  RecordingOptions options_;
   CaptureController controller_;
 };
 

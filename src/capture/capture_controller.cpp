@@ -162,6 +162,13 @@ bool CaptureController::setAudioBitrate(std::int32_t audioBitrate) {
   });
 }
 
+bool CaptureController::setOptions(const RecordingOptions& options) {
+  return ChangeWhenIdle({}, [&](CaptureSettings& /*settings*/) {
+    options_ = options;
+    return true;
+  });
+}
+
 bool CaptureController::setOutputDir(const std::string& directory) {
   return ChangeWhenIdle("Cannot set output directory while capturing", [&](CaptureSettings& settings) {
     if (!NamesDirectory(directory)) {

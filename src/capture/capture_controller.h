@@ -9,6 +9,7 @@
 
 #include "capture/capture_settings.h"
 #include "capture/encoder_slots.h"
+#include "capture/recording_options.h"
 #include "capture/recording_parts.h"
 #include "capture/settings_lock.h"
 
@@ -61,6 +62,9 @@ class CaptureController {
   bool setSpeakerDevice(const std::string& deviceId);
   bool setAudioBitrate(std::int32_t audioBitrate);
 
+  /// What the recordings that start from now on are asked beyond the settings.
+  bool setOptions(const RecordingOptions& options);
+
   /// Takes an existing directory (UTF-8). @throws std::filesystem::filesystem_error when its status cannot be
   /// read
   bool setOutputDir(const std::string& directory);
@@ -88,6 +92,7 @@ class CaptureController {
   const std::unique_ptr<RecordingParts> parts_;
   std::atomic<bool> capturing_{false};
   CaptureSettings settings_;
+  RecordingOptions options_;
   mutable SettingsLock lock_;
   std::unique_ptr<CaptureSource> videoCapture_;
   std::unique_ptr<CaptureSource> audioCapture_;

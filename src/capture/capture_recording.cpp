@@ -49,7 +49,7 @@ bool CaptureController::BuildRecording() {
   Logger::Info("Output file path: " + path);
   // A capture that a failed attempt left running feeds the encoder that is about to go.
   DetachCaptures();
-  if (!encoders_.CreateEncoder(*parts_, settings_)) {
+  if (!encoders_.CreateEncoder(*parts_, settings_, options_)) {
     Logger::Error("Failed to initialize encoder");
     return false;
   }

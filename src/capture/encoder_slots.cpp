@@ -4,11 +4,12 @@
 
 namespace brisolte {
 
-bool EncoderSlots::CreateEncoder(RecordingParts& parts, const CaptureSettings& settings) {
+bool EncoderSlots::CreateEncoder(RecordingParts& parts, const CaptureSettings& settings,
+                                 const RecordingOptions& options) {
   const bool useMediaFoundation = settings.useMediaFoundation == 1;
   std::unique_ptr<Encoder>& slot = useMediaFoundation ? mediaFoundation_ : ffmpeg_;
   Clear();
-  slot = useMediaFoundation ? parts.CreateMFEncoder(settings) : parts.CreateFFmpegEncoder(settings);
+  slot = useMediaFoundation ? parts.CreateMFEncoder(settings) : parts.CreateFFmpegEncoder(settings, options);
   active_ = slot.get();
   if (active_ == nullptr) {
     Logger::Error(useMediaFoundation ? "Failed to create Media Foundation encoder"

@@ -6,6 +6,7 @@
 
 #include "audio/audio_device_info.h"
 #include "capture/capture_settings.h"
+#include "capture/recording_options.h"
 #include "desktop/desktop.h"
 #include "encoder/capture_source.h"
 #include "encoder/encoder.h"
@@ -26,7 +27,8 @@ class RecordingParts {
   virtual bool CreateGraphicsDevice() = 0;
   virtual void ReleaseGraphicsDevice() = 0;
 
-  virtual std::unique_ptr<Encoder> CreateFFmpegEncoder(const CaptureSettings& settings) = 0;
+  virtual std::unique_ptr<Encoder> CreateFFmpegEncoder(const CaptureSettings& settings,
+                                                       const RecordingOptions& options) = 0;
   virtual std::unique_ptr<Encoder> CreateMFEncoder(const CaptureSettings& settings) = 0;
 
   /// A capture borrows the encoder until it is destroyed or told to let go of it.

@@ -1,5 +1,6 @@
 #include "capture/windows_recording_parts.h"
 
+#include <chrono>
 #include <utility>
 
 #include "audio/audio_capture.h"
@@ -25,8 +26,9 @@ class WindowsRecordingParts final : public RecordingParts {
     direct3d_.device = nullptr;
   }
 
-  std::unique_ptr<Encoder> CreateFFmpegEncoder(const CaptureSettings& settings) override {
-    return std::make_unique<FFmpegEncoder>(settings);
+  std::unique_ptr<Encoder> CreateFFmpegEncoder(const CaptureSettings& settings,
+                                               const RecordingOptions& options) override {
+    return std::make_unique<FFmpegEncoder>(settings, std::chrono::steady_clock::now, options);
   }
 
   std::unique_ptr<Encoder> CreateMFEncoder(const CaptureSettings& settings) override {

@@ -1,7 +1,7 @@
 import assert from 'node:assert/strict';
 import { execFileSync, spawnSync } from 'node:child_process';
 import { existsSync, readdirSync, readFileSync } from 'node:fs';
-import { dirname, join } from 'node:path';
+import { delimiter, dirname, join } from 'node:path';
 import { test } from 'node:test';
 import { NtExecutable, NtExecutableResource, Resource } from 'resedit';
 import { buildRoot } from '../../tools/workshop/build-root.mjs';
@@ -10,6 +10,7 @@ import { sandboxed } from '../../tools/workshop/sandbox.mjs';
 import support from '../js/support/package.js';
 
 const { BRISOLTE_PACKAGE: folder, BRISOLTE_TARBALL: tarball, BRISOLTE_SYMBOLS: symbols } = process.env;
+const MODULES = ['brisolte.node', 'recorder.node'];
 const project = dirname(dirname(folder));
 
 const packed = execFileSync('tar', ['-tzf', tarball], { encoding: 'utf8' })
@@ -17,10 +18,10 @@ const packed = execFileSync('tar', ['-tzf', tarball], { encoding: 'utf8' })
   .split('\n')
   .map((path) => path.replace(/^package\//, ''));
 
-test('the native files are the module and the libraries it needs', () => {
+test('the native files are the two modules and the libraries they need', () => {
   const natives = packed.filter((path) => /\.(node|dll|exe|so|dylib|lib|a|pdb)$/.test(path)).map((path) => path.replace(/-\d+/, ''));
   const libraries = ['avcodec', 'avformat', 'avutil', 'swresample', 'swscale'].map((name) => `${name}-brisolte.dll`);
-  assert.deepEqual(natives.sort(), [...libraries, 'brisolte.node'].map((name) => `prebuilds/win32-x64/${name}`).sort());
+  assert.deepEqual(natives.sort(), [...libraries, ...MODULES].map((name) => `prebuilds/win32-x64/${name}`).sort());
 });
 
 test('it has the licences of all that is in the native files', () => {
@@ -73,8 +74,10 @@ function versionOf(name) {
 
 test('Windows shows the names and versions of the native files', () => {
   const { version } = JSON.parse(readFileSync(join(folder, 'package.json'), 'utf8'));
-  const { ProductName, ProductVersion, LegalCopyright } = versionOf('brisolte.node');
-  assert.deepEqual([ProductName, ProductVersion, LegalCopyright], ['Brisolte', version, 'MIT']);
+  for (const name of MODULES) {
+    const { ProductName, ProductVersion, LegalCopyright, OriginalFilename } = versionOf(name);
+    assert.deepEqual([ProductName, ProductVersion, LegalCopyright, OriginalFilename], ['Brisolte', version, 'MIT', name]);
+  }
   for (const name of readdirSync(join(folder, 'prebuilds', 'win32-x64')).filter((each) => each.endsWith('.dll'))) {
     const library = versionOf(name);
     assert.equal(library.ProductName, 'FFmpeg', name);
@@ -82,18 +85,25 @@ test('Windows shows the names and versions of the native files', () => {
   }
 });
 
-test('the symbols beside the package tell the function and the line of an address in the module', async () => {
+const ENTRIES = { 'brisolte.node': /src\/binding\/module\.cpp:\d+/, 'recorder.node': /src\/binding\/recorder_module\.cpp:\d+/ };
+
+for (const name of MODULES) {
+  test(`the symbols beside the package tell the function and the line of an address in ${name}`, () => assertSymbols(name));
+}
+
+async function assertSymbols(module) {
   const root = await buildRoot();
+  const file = symbols.split(delimiter).find((path) => path.endsWith(`-${module}.debug`));
   const tool = (name, ...words) =>
-    outputOf(sandboxed(root, [`x86_64-w64-mingw32ucrt-${name}`, ...words], { readable: [folder, dirname(symbols)] }));
-  const exported = tool('objdump', '-p', join(folder, 'prebuilds', 'win32-x64', 'brisolte.node'));
+    outputOf(sandboxed(root, [`x86_64-w64-mingw32ucrt-${name}`, ...words], { readable: [folder, dirname(file)] }));
+  const exported = tool('objdump', '-p', join(folder, 'prebuilds', 'win32-x64', module));
   const [, base] = exported.match(/ImageBase\s+([0-9a-f]+)/);
   const [, offset] = exported.match(/\[ *\d+\] \+base\[ *\d+\] ([0-9a-f]+) Export RVA\n/) ?? exported.match(/([0-9a-f]+) Export RVA/);
   const address = (BigInt(`0x${base}`) + BigInt(`0x${offset}`)).toString(16);
-  const told = tool('addr2line', '-f', '-C', '-e', symbols, `0x${address}`);
+  const told = tool('addr2line', '-f', '-C', '-e', file, `0x${address}`);
   assert.match(told, /napi_register_module_v1|node_api_module_get_api_version_v1/);
-  assert.match(told, /src\/binding\/module\.cpp:\d+/);
-});
+  assert.match(told, ENTRIES[module]);
+}
 
 test('it has the types, the documentation and the examples, and nothing of the workshop', () => {
   for (const path of ['index.d.ts', 'index.d.mts', 'README.md', 'docs/api.md', 'docs/recorder.md', 'recorder.d.ts']) {

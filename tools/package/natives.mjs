@@ -15,6 +15,7 @@ const ENCODERS = {
 
 const PURPOSES = [
   [/^brisolte\.node$/, 'the module: capture, sound, Media Foundation, and the C++ runtime'],
+  [/^recorder\.node$/, 'the same for the processes of recorders'],
   [/^avcodec-brisolte-\d+\.dll$/, 'encoders'],
   [/^avformat-brisolte-\d+\.dll$/, 'MP4, MOV, WebM, AVI and MP3 files'],
   [/^avutil-brisolte-\d+\.dll$/, 'what the other FFmpeg libraries share'],

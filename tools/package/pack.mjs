@@ -19,10 +19,10 @@ export async function prepare() {
 }
 
 /**
- * Packs what has been prepared, and puts the symbols that were taken out of the module beside the package.
+ * Packs what has been prepared, and puts the symbols that were taken out of the modules beside the package.
  * @param {'gpl' | 'lgpl'} [licence] of the FFmpeg in it
  * @returns {Promise<{tarball: string, size: number, unpackedSize: number, files: {path: string, size: number}[],
- *   symbols: {path: string, size: number}}>}
+ *   symbols: {path: string, size: number}[]}>}
  */
 export async function pack(licence = 'gpl') {
   const packageDir = packageDirOf(licence);
@@ -33,9 +33,12 @@ export async function pack(licence = 'gpl') {
   await checkNatives(files.map(({ path }) => path), folder);
   const name = licence === 'gpl' ? filename : filename.replace(/^brisolte-/, 'brisolte-lgpl-');
   renameSync(join(packageDir, filename), join(packageDir, name));
-  const symbols = join(packageDir, name.replace(/\.tgz$/, '-brisolte.node.debug'));
-  cpSync(join(buildDir('windows'), 'symbols', 'brisolte.node.debug'), symbols);
-  return { tarball: join(packageDir, name), size, unpackedSize, files, symbols: { path: symbols, size: statSync(symbols).size } };
+  const symbols = ['brisolte', 'recorder'].map((module) => {
+    const path = join(packageDir, name.replace(/\.tgz$/, `-${module}.node.debug`));
+    cpSync(join(buildDir('windows'), 'symbols', `${module}.node.debug`), path);
+    return { path, size: statSync(path).size };
+  });
+  return { tarball: join(packageDir, name), size, unpackedSize, files, symbols };
 }
 
 // Without the scripts, which would prepare again and mix their words into the list.

@@ -18,7 +18,7 @@ export async function sourcesPage(licence) {
   const sections = await Promise.all(['ffmpeg', ...codecsUnder[licence]].map(section));
   return `# Where the native files come from
 
-\`brisolte.node\` is built from the folder \`src\` of Brisolte's repository, the FFmpeg libraries beside it from the sources below, by the
+\`brisolte.node\` and \`recorder.node\` are built from the folder \`src\` of Brisolte's repository, the FFmpeg libraries beside it from the sources below, by the
 recipes in its folder \`tools/workshop/recipes\`${commit()}. The files are those of Debian's archive, at
 <https://deb.debian.org/debian/pool/main> and, when Debian has replaced them, at <https://snapshot.debian.org>.
 

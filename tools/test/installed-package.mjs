@@ -10,7 +10,7 @@ let installed;
 /**
  * Packs and installs the package, once a run.
  * @param {string} scratchDir an existing folder outside the tree
- * @returns {Promise<{tarball: string, symbols: string, project: string, folder: string}>} `project` is the folder it was installed for,
+ * @returns {Promise<{tarball: string, symbols: string[], project: string, folder: string}>} `project` is the folder it was installed for,
  *   `folder` where it is
  */
 export const installedPackage = (scratchDir) => (installed ??= install(scratchDir));
@@ -28,5 +28,5 @@ export function installPackage({ tarball, symbols }, scratchDir) {
   // A cache of its own has nothing that the registry would otherwise be asked for.
   const offline = ['--offline', '--cache', join(scratchDir, 'npm-cache')];
   outputOf(['npm', 'install', ...offline, '--no-audit', '--no-fund', tarball], { cwd: project });
-  return { tarball, symbols: symbols.path, project, folder: join(project, 'node_modules', 'brisolte') };
+  return { tarball, symbols: symbols.map(({ path }) => path), project, folder: join(project, 'node_modules', 'brisolte') };
 }

@@ -2,7 +2,7 @@
 
 import { readdirSync, readFileSync } from 'node:fs';
 import { cpus } from 'node:os';
-import { basename, dirname, join, relative } from 'node:path';
+import { basename, delimiter, dirname, join, relative } from 'node:path';
 import { runUnderWine, windowsPath } from '../wine/runner.mjs';
 import { ffmpegOfTests } from '../workshop/ffmpeg.mjs';
 import { runThrough } from '../workshop/processes.mjs';
@@ -232,7 +232,7 @@ export async function runJavascript(file, layer, options = {}) {
 async function runWithPackage(file, layer, { stdout, stderr } = {}) {
   const { tarball, symbols, project, folder } = await installedPackage(resultsDir);
   if (file.endsWith('.mjs')) {
-    const env = { BRISOLTE_TARBALL: tarball, BRISOLTE_SYMBOLS: symbols, BRISOLTE_PACKAGE: folder };
+    const env = { BRISOLTE_TARBALL: tarball, BRISOLTE_SYMBOLS: symbols.join(delimiter), BRISOLTE_PACKAGE: folder };
     return runOnThisMachine(file, layer, { env, stdout, stderr });
   }
   const hosts = await packageHosts();

@@ -10,9 +10,11 @@
 
 namespace brisolte {
 
-FFmpegEncoder::FFmpegEncoder(CaptureSettings settings, SteadyNow now)
+FFmpegEncoder::FFmpegEncoder(CaptureSettings settings, SteadyNow now, RecordingOptions options)
     : settings_(std::move(settings)),
+      options_(std::move(options)),
       now_(std::move(now)),
+      file_(options_),
       microphone_(MakeAudioStream("microphone", "Microphone")),
       speaker_(MakeAudioStream("speaker", "Speaker")) {
   LetFFmpegFollowLogLevel();

@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "capture/capture_settings.h"
+#include "capture/recording_options.h"
 #include "encoder/capture_clock.h"
 #include "encoder/encoder.h"
 #include "encoder/ffmpeg/audio_stream.h"
@@ -23,7 +24,8 @@ namespace brisolte {
 class FFmpegEncoder final : public Encoder {
  public:
   /// Runs `Initialize` when the settings name a file. Raises what it raises. `now` may be a test's clock.
-  explicit FFmpegEncoder(CaptureSettings settings, SteadyNow now = std::chrono::steady_clock::now);
+  explicit FFmpegEncoder(CaptureSettings settings, SteadyNow now = std::chrono::steady_clock::now,
+                         RecordingOptions options = {});
 
   FFmpegEncoder(const FFmpegEncoder&) = delete;
   FFmpegEncoder& operator=(const FFmpegEncoder&) = delete;
@@ -69,6 +71,7 @@ class FFmpegEncoder final : public Encoder {
   AudioStream* FindAudioStream(const std::string& name);
 
   const CaptureSettings settings_;
+  const RecordingOptions options_;
   const SteadyNow now_;
   // Taken in this order.
   std::mutex lifecycleMutex_;  ///< guards `file_` but for the writer thread's writing

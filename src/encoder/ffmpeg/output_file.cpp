@@ -167,6 +167,7 @@ int OutputFile::WritePacket(AVPacket& packet) {
   if (!budget_.Admit(static_cast<std::uint64_t>(packet.size))) {
     Logger::Warning("FFmpegEncoder: The disk is nearly full, the recording ends here");
     completed_ = Complete();
+    options_.report(RecordingEvent::kDiskFull);
     return AVERROR(ENOSPC);
   }
   return av_interleaved_write_frame(format_.get(), &packet);

@@ -2,7 +2,9 @@
 
 #include <optional>
 #include <string>
+#include <utility>
 
+#include "capture/recording_options.h"
 #include "encoder/ffmpeg/ffmpeg_types.h"
 #include "encoder/ffmpeg/space_budget.h"
 
@@ -22,6 +24,8 @@ FormatContextPtr CreateFormatContext(const std::string& path);
 /// most once. A call out of order fails without harm. Not synchronised: one thread at a time.
 class OutputFile {
  public:
+  explicit OutputFile(RecordingOptions options = {}) : options_(std::move(options)) {}
+
   /// Prepares the file and its muxer. True without doing anything when that has succeeded before. Raises what
   /// `PrepareOutputFile` raises.
   bool Initialize(const std::string& path);
@@ -67,6 +71,7 @@ class OutputFile {
   int TryHeader();
   bool Complete();
 
+  const RecordingOptions options_;
   FormatContextPtr format_;
   Stage stage_ = Stage::kAddingStreams;
   SpaceBudget budget_;

@@ -58,7 +58,11 @@ const AT_START = {
 const WHILE_RECORDING = {
   diesLater: () => setTimeout(die, 300),
   hangsLater: () => setTimeout(() => hang(), 300),
-  full: () => setTimeout(() => log('WARNING', 'FFmpegEncoder: The disk is nearly full, the recording ends here'), 300),
+  full: (tell) =>
+    setTimeout(() => {
+      log('WARNING', 'FFmpegEncoder: The disk is nearly full, the recording ends here');
+      tell('diskFull');
+    }, 300),
   // Fills a pipe in some seconds.
   floods: () => setInterval(() => log('ERROR', 'x'.repeat(1500)), 100),
 };
@@ -74,6 +78,7 @@ class Brisolte {
   #settings = {};
   #file = '';
   #writer;
+  #tell = () => {};
 
   setLogLevel(wanted) {
     level = wanted;
@@ -95,6 +100,11 @@ class Brisolte {
   setMicrophoneDevice = (id) => this.#set('microphone', id);
   setSpeakerDevice = (id) => this.#set('speaker', id);
 
+  onEvent(listener) {
+    this.#tell = listener;
+    return true;
+  }
+
   startRecord() {
     const { encoder, directory } = this.#settings;
     log('INFO', `settings: ${JSON.stringify(this.#settings)}`);
@@ -111,7 +121,7 @@ class Brisolte {
     fs.appendFileSync(this.#file, box('free'));
     this.#writer = setInterval(() => fs.appendFileSync(this.#file, box('mdat', 992)), 20);
     write(2, '[libx264 @ 0x55] profile High\n');
-    WHILE_RECORDING[encoder]?.();
+    WHILE_RECORDING[encoder]?.(this.#tell);
     return true;
   }
 

@@ -18,6 +18,7 @@ struct Stage {
 
   std::vector<std::string> events;
   std::vector<CaptureSettings> settings;  ///< what each created encoder or capture was given
+  std::vector<RecordingOptions> options;  ///< what each created FFmpeg encoder was given
   FakeDesktop desktop;
 
   bool hasDevice = true;
@@ -127,7 +128,9 @@ class FakeRecordingParts : public RecordingParts {
     return stage_.hasDevice;
   }
   void ReleaseGraphicsDevice() override { stage_.events.emplace_back("destroy device"); }
-  std::unique_ptr<Encoder> CreateFFmpegEncoder(const CaptureSettings& settings) override {
+  std::unique_ptr<Encoder> CreateFFmpegEncoder(const CaptureSettings& settings,
+                                               const RecordingOptions& options) override {
+    stage_.options.push_back(options);
     return CreateEncoder(settings, "ffmpeg");
   }
   std::unique_ptr<Encoder> CreateMFEncoder(const CaptureSettings& settings) override {

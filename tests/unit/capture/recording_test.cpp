@@ -77,6 +77,18 @@ TEST_F(RecordingTest, GivesEachPartACopyOfTheSettings) {
   }
 }
 
+TEST_F(RecordingTest, GivesTheEncoderTheOptionsOfItsStart) {
+  std::vector<RecordingEvent> heard;
+  RecordingOptions options;
+  options.report = [&heard](RecordingEvent event) { heard.push_back(event); };
+  EXPECT_TRUE(controller_->setOptions(options));
+  ASSERT_TRUE(controller_->startRecord());
+  EXPECT_FALSE(controller_->setOptions({}));
+  ASSERT_EQ(stage_.options.size(), 1U);
+  stage_.options.front().report(RecordingEvent::kDiskFull);
+  EXPECT_THAT(heard, ElementsAre(RecordingEvent::kDiskFull));
+}
+
 TEST_F(RecordingTest, LogsAndKeepsThePathOfTheFile) {
   ASSERT_TRUE(controller_->startRecord());
   const std::string path = controller_->getSaveFilePath();

@@ -1,0 +1,30 @@
+// What a recorder's process asks of the class beyond its 26 methods.
+
+#include <memory>
+#include <utility>
+
+#include "binding/arguments.h"
+#include "binding/capture.h"
+#include "binding/event_listener.h"
+
+namespace brisolte {
+namespace {
+
+const char* NameOf(RecordingEvent event) {
+  switch (event) {
+    case RecordingEvent::kDiskFull:
+      return "diskFull";
+  }
+  return "";
+}
+
+}  // namespace
+
+Napi::Value Capture::OnEvent(Info info) {
+  Require(info, info.Length() >= 1 && info[0].IsFunction(), "Listening to events requires a function");
+  auto listener = std::make_shared<EventListener>(info.Env(), info[0].As<Napi::Function>());
+  options_.report = [listener = std::move(listener)](RecordingEvent event) { listener->Tell(NameOf(event)); };
+  return Napi::Boolean::New(info.Env(), controller_.setOptions(options_));
+}
+
+}  // namespace brisolte

@@ -1,0 +1,72 @@
+'use strict';
+
+// recorder.node, the module of a recorder's process: what it has beyond the class of the main entry.
+
+const assert = require('node:assert/strict');
+const fs = require('node:fs');
+const path = require('node:path');
+const { test } = require('node:test');
+const { METHODS, packageFolder } = require('./support/package');
+const { scenario } = require('./support/scenario');
+const { smallDisk } = require('./support/scratch');
+const { openPattern } = require('./support/desktop');
+const media = require('./support/media');
+
+const ENGINE = path.join(packageFolder, 'lib', 'process', 'engine.js');
+const MORE = ['onEvent'];
+
+test('its class has the methods of the main entry in their order, and more', () => {
+  const { Brisolte } = require(ENGINE);
+  new Brisolte().setLogLevel(5);
+  const names = Object.getOwnPropertyNames(Brisolte.prototype).filter((name) => name !== 'constructor');
+  assert.deepEqual(names, [...METHODS, ...MORE]);
+});
+
+test('what is no function cannot listen to events', () => {
+  const { Brisolte } = require(ENGINE);
+  for (const words of [[], [undefined], ['diskFull'], [{}]]) {
+    assert.throws(() => new Brisolte().onEvent(...words), { message: 'Listening to events requires a function' });
+  }
+});
+
+test('a disk that is nearly full is told, once, and the file is whole', async (t) => {
+  const dir = smallDisk(t);
+  await openPattern(t, { title: 'Filling', width: 1000, height: 600 });
+  const { value } = await scenario(
+    async ({ require: load, waitFor }, given) => {
+      const { Brisolte } = load(given.engine);
+      const capture = new Brisolte();
+      const events = [];
+      capture.onEvent(() => events.push('replaced'));
+      capture.onEvent((event) => events.push(event));
+      capture.setOutputDir(given.dir);
+      capture.setEncoder('mjpeg');
+      capture.startRecord();
+      await waitFor('the event', () => events.length > 0);
+      const stopped = capture.stopRecord();
+      return { events, stopped, file: capture.getSaveFilePath() };
+    },
+    { dir, engine: ENGINE },
+  );
+  assert.deepEqual([value.events, value.stopped], [['diskFull'], true]);
+  media.assertWhole([value.file]);
+  fs.rmSync(value.file);
+});
+
+test('a thread that ends while it listens leaves the process alive, and one that nobody stops is not kept by it', async () => {
+  const { value } = await scenario(
+    async ({ require: load }, { engine }) => {
+      const { Worker } = load('node:worker_threads');
+      const program = `
+        const { Brisolte } = require(${JSON.stringify(engine)});
+        const capture = new Brisolte();
+        capture.setLogLevel(5);
+        capture.onEvent(() => {});
+        new Brisolte().onEvent(() => {});`;
+      const end = () => new Promise((resolve) => new Worker(program, { eval: true }).once('exit', resolve));
+      return [await end(), await end(), await end()];
+    },
+    { engine: ENGINE },
+  );
+  assert.deepEqual(value, [0, 0, 0]);
+});
