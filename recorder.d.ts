@@ -42,6 +42,11 @@ export interface RecorderOptions extends Target {
   stopAfter?: { seconds?: number; bytes?: number; freeBytes?: number };
   /** Splits the recording into files of at least this length, 1 s or more, or of at least this size. */
   segments?: { seconds?: number; bytes?: number };
+  /**
+   * Whether an MP4 or MOV can be played up to its last two seconds at any moment of its recording, also when the recorder's process is
+   * killed, the machine loses power or the disk is full; `true` unless given. Not of `mf_h264` and `mf_hevc`.
+   */
+  safeFile?: boolean;
   /** From which level on there are `log` events; `'info'` unless given. */
   logLevel?: LogLevel;
   /** Stops the recording, and keeps its file, when it is aborted. */

@@ -18,7 +18,10 @@ function containerOf({ encoder, picture }) {
   return container;
 }
 
-/** Whether a file of this ending can be played up to where it breaks off; the others have their index at the end. */
-const playsWithoutEnd = (ending) => ['webm', 'avi', 'mp3'].includes(ending);
+/** Whether a file can be played up to where it breaks off; others have their index at the end. */
+function playsWithoutEnd({ encoder, picture, safeFile }) {
+  const ending = containerOf({ encoder, picture });
+  return ['webm', 'avi', 'mp3'].includes(ending) || (safeFile && ['mp4', 'mov'].includes(ending) && !MEDIA_FOUNDATION.includes(encoder));
+}
 
 module.exports = { containerOf, playsWithoutEnd };

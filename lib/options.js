@@ -129,7 +129,7 @@ function place(options, ending) {
 const SIGNAL = 'signal';
 const RECORDING = [
   ...[...TARGETS, 'frameRate', 'encoder', 'bitrate', 'audioBitrate', 'microphone', 'speaker', 'file', 'directory'],
-  ...['overwrite', 'stopAfter', 'segments', 'logLevel', SIGNAL],
+  ...['overwrite', 'stopAfter', 'segments', 'safeFile', 'logLevel', SIGNAL],
 ];
 
 /**
@@ -163,6 +163,7 @@ function recordingOf(options) {
     stopAfter: amounts(options, 'stopAfter', { seconds: [0.001, MOST_SECONDS], bytes: [1, 2 ** 53], freeBytes: [1, 2 ** 53] }),
     // Recordings are named by the second.
     segments: amounts(options, 'segments', { seconds: [1, MOST_SECONDS], bytes: [1, 2 ** 53] }),
+    safeFile: truth(options, 'safeFile', true),
     logLevel,
   };
 }

@@ -256,7 +256,7 @@ class Recorder extends EventEmitter {
     this.#connection = undefined;
     if (error && this.#recording) {
       const { done, file } = this.#recording;
-      error.files = playsWithoutEnd(file.split('.').at(-1)) ? [...done, file] : done;
+      error.files = playsWithoutEnd({ ...this.#wanted, picture: this.#wanted.target }) ? [...done, file] : done;
       this.#failed(error);
     }
   }

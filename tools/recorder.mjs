@@ -1,6 +1,7 @@
 // Runs Recorder's tests of what is left behind for longer: ends applications in the middle of their recordings, in each way and at
-// random moments, and looks at what becomes of the file; and records over and over, and looks at what that costs the application.
-// npm run recorder -- [--ends N] [--recordings N], 50 and 200 unless said otherwise.
+// random moments, and looks at what becomes of the file; kills recorders, and looks at what remains; and records over and over, and
+// looks at what that costs the application.
+// npm run recorder -- [--ends N] [--kills N] [--recordings N], 50, 100 and 200 unless said otherwise; 0 leaves that out.
 
 import { parseArgs } from 'node:util';
 import { runJavascript } from './test/layers.mjs';
@@ -8,11 +9,15 @@ import { main, step, WorkshopError } from './workshop/report.mjs';
 import { buildTree, treeDir } from './workshop/tree.mjs';
 
 await main(async () => {
-  const { ends, recordings } = parseArgs({
-    options: { ends: { type: 'string', default: '50' }, recordings: { type: 'string', default: '200' } },
+  const { ends, kills, recordings } = parseArgs({
+    options: {
+      ends: { type: 'string', default: '50' },
+      kills: { type: 'string', default: '100' },
+      recordings: { type: 'string', default: '200' },
+    },
   }).values;
-  if (![ends, recordings].every((number) => /^[1-9]\d{0,4}$/.test(number))) {
-    throw new WorkshopError('usage: npm run recorder -- [--ends N] [--recordings N]');
+  if (![ends, kills, recordings].every((number) => /^\d{1,5}$/.test(number))) {
+    throw new WorkshopError('usage: npm run recorder -- [--ends N] [--kills N] [--recordings N]');
   }
   await step('Build: the module', () => buildTree('windows', ['brisolte', 'pattern', 'usage', 'standins']));
   const run = async (file, env, times) => {
@@ -20,7 +25,14 @@ await main(async () => {
     const { passed, failed, code } = await runJavascript(`${treeDir}/tests/js/${file}.test.js`, 'javascript', options);
     return code === 0 && failed === 0 && passed > 0;
   };
-  const whole = await step('Applications that end', () => run('recorder-host', { BRISOLTE_HOST_ENDS: ends }, Number(ends)));
-  const level = await step('Recordings', () => run('recorder-usage', { BRISOLTE_RECORDINGS: recordings }, Number(recordings)));
-  return whole && level ? 0 : 1;
+  const parts = [
+    ['Applications that end', 'recorder-host', 'BRISOLTE_HOST_ENDS', ends],
+    ['Recorders that are killed', 'recorder-kills', 'BRISOLTE_KILLS', kills],
+    ['Recordings', 'recorder-usage', 'BRISOLTE_RECORDINGS', recordings],
+  ];
+  let good = true;
+  for (const [title, file, name, times] of parts.filter(([, , , number]) => Number(number) > 0)) {
+    good = (await step(title, () => run(file, { [name]: times }, Number(times)))) && good;
+  }
+  return good ? 0 : 1;
 });

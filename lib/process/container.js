@@ -8,10 +8,12 @@ const path = require('node:path');
 const INDEXED = ['.mp4', '.m4a', '.mov'];
 const HEAD_BYTES = 16;
 
-/** An MP4 or MOV cannot be played without its index, which is written last. All others can, up to where they end. */
+/** An MP4 or MOV has an index, and fragments only while it is recorded. All others can be played up to where they end. */
 async function isComplete(file) {
-  return !INDEXED.includes(path.extname(file).toLowerCase()) || hasBox(file, 'moov').catch(() => false);
+  return !INDEXED.includes(path.extname(file).toLowerCase()) || hasIndexAlone(file).catch(() => false);
 }
+
+const hasIndexAlone = async (file) => (await hasBox(file, 'moov')) && !(await hasBox(file, 'moof'));
 
 /** Whether one of the boxes of which such a file is made has this name. */
 async function hasBox(file, wanted) {

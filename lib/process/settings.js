@@ -84,10 +84,12 @@ function deviceOf(instance, kind, wanted) {
 }
 
 /** Sets all that a recording is asked to be. */
-function apply(instance, { target, microphone, speaker, encoder, frameRate, bitrate, audioBitrate, directory }) {
+function apply(instance, wanted) {
+  const { target, microphone, speaker, encoder, frameRate, bitrate, audioBitrate, directory, safeFile } = wanted;
   chooseTarget(instance, target);
   set(instance, 'setEncoder', encoder);
   set(instance, 'setOutputDir', directory);
+  set(instance, 'setPlayableThroughout', safeFile);
   set(instance, 'setMicrophoneDevice', microphone ? deviceOf(instance, 'microphone', microphone) : '');
   set(instance, 'setSpeakerDevice', speaker ? deviceOf(instance, 'speaker', speaker) : '');
   const numbers = { setFrameRate: frameRate, setBitrate: bitrate, setAudioBitrate: audioBitrate };

@@ -40,6 +40,7 @@ Napi::Function Capture::Define(Napi::Env env) {
 Napi::Function Capture::DefineForRecorder(Napi::Env env) {
   std::vector<PropertyDescriptor> methods = Methods();
   methods.push_back(Method<&Capture::OnEvent>("onEvent"));
+  methods.push_back(Method<&Capture::SetPlayableThroughout>("setPlayableThroughout"));
   return DefineClass(env, "Capture", methods);
 }
 

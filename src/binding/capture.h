@@ -22,7 +22,7 @@ class Capture final : public Napi::ObjectWrap<Capture> {
   static Napi::Function Define(Napi::Env env);
 
   /// The same, and what only a recorder's process asks for: `onEvent`, which takes the function that hears
-  /// the events of the recordings that start from then on.
+  /// the events of the recordings that start from then on, and setters for the fields of `RecordingOptions`.
   static Napi::Function DefineForRecorder(Napi::Env env);
 
   explicit Capture(const Napi::CallbackInfo& info);
@@ -63,6 +63,7 @@ class Capture final : public Napi::ObjectWrap<Capture> {
   Napi::Value SetAudioBitrate(Info info);
   Napi::Value GetSupportVideoCodec(Info info);
   Napi::Value OnEvent(Info info);
+  Napi::Value SetPlayableThroughout(Info info);
 
   static std::vector<PropertyDescriptor> Methods();
 

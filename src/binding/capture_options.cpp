@@ -20,6 +20,12 @@ const char* NameOf(RecordingEvent event) {
 
 }  // namespace
 
+Napi::Value Capture::SetPlayableThroughout(Info info) {
+  options_.playableThroughout =
+      BooleanArgument(info, "Setting playable throughout requires a boolean parameter");
+  return Napi::Boolean::New(info.Env(), controller_.setOptions(options_));
+}
+
 Napi::Value Capture::OnEvent(Info info) {
   Require(info, info.Length() >= 1 && info[0].IsFunction(), "Listening to events requires a function");
   auto listener = std::make_shared<EventListener>(info.Env(), info[0].As<Napi::Function>());

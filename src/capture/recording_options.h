@@ -11,6 +11,9 @@ enum class RecordingEvent {
 
 /// What is asked of recordings beyond `CaptureSettings`. As it is made, it asks for nothing.
 struct RecordingOptions {
+  /// Whether an MP4 or MOV of FFmpeg's can be played up to its last two seconds at any moment of its
+  /// recording, whatever happens to the process. Others can anyhow.
+  bool playableThroughout = false;
   /// Hears events, on whatever thread they happen; must not throw.
   std::function<void(RecordingEvent)> report = [](RecordingEvent /*event*/) {};
 };

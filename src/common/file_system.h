@@ -26,6 +26,13 @@ bool TestWriting(const std::filesystem::path& path);
 /// Removes a file. False when there is none. @throws std::filesystem::filesystem_error named "remove"
 bool RemoveFile(const std::filesystem::path& path);
 
+/// Gives the file `from` the name `to`, in place of the file that has it. On Windows this waits for so long
+/// that nobody has that open, as scanners and indexers have for a moment.
+std::error_code MoveOver(const std::filesystem::path& from, const std::filesystem::path& to);
+
+/// Waits until what was handed to the system for this file is on the disk, where it outlives the system.
+std::error_code FlushToDisk(const std::filesystem::path& path);
+
 /// A file made anew and held, so that no `TestWriting` succeeds on it (on Windows), but others may open it.
 class NewFile {
  public:

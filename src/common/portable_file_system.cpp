@@ -1,5 +1,8 @@
 // The file system through the C++ library, where there are no share modes.
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <cerrno>
 #include <cstdio>
 #include <fstream>
@@ -47,6 +50,22 @@ bool RemoveFile(const std::filesystem::path& path) {
     throw std::filesystem::filesystem_error("remove", path, error);
   }
   return removed;
+}
+
+std::error_code MoveOver(const std::filesystem::path& from, const std::filesystem::path& to) {
+  std::error_code error;
+  std::filesystem::rename(from, to, error);
+  return error;
+}
+
+std::error_code FlushToDisk(const std::filesystem::path& path) {
+  const int file = open(path.c_str(), O_RDONLY | O_CLOEXEC);
+  const bool flushed = file >= 0 && fsync(file) == 0;
+  const std::error_code error = flushed ? std::error_code() : std::error_code(errno, std::generic_category());
+  if (file >= 0) {
+    close(file);
+  }
+  return error;
 }
 
 NewFile::NewFile(const std::filesystem::path& path) : file_(std::fopen(path.c_str(), "wx")) {

@@ -123,6 +123,31 @@ bool RemoveFile(const std::filesystem::path& path) {
   return false;
 }
 
+std::error_code MoveOver(const std::filesystem::path& from, const std::filesystem::path& to) {
+  constexpr int kAttempts = 50;
+  constexpr DWORD kPause = 20;
+  DWORD error = ERROR_SUCCESS;
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    if (MoveFileExW(from.c_str(), to.c_str(), MOVEFILE_REPLACE_EXISTING) != FALSE) {
+      return {};
+    }
+    error = GetLastError();
+    if (error != ERROR_SHARING_VIOLATION && error != ERROR_ACCESS_DENIED) {
+      break;
+    }
+    Sleep(kPause);
+  }
+  return SystemError(error);
+}
+
+std::error_code FlushToDisk(const std::filesystem::path& path) {
+  const Handle file = Open(path, GENERIC_WRITE, kShareAll, OPEN_EXISTING, FILE_ATTRIBUTE_NORMAL);
+  if (!file || FlushFileBuffers(file.get()) == FALSE) {
+    return SystemError(GetLastError());
+  }
+  return {};
+}
+
 NewFile::NewFile(const std::filesystem::path& path)
     : file_(Open(path, GENERIC_WRITE, kShareAll, CREATE_NEW, FILE_ATTRIBUTE_NORMAL).release()) {
   if (!file_) {

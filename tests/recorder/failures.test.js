@@ -79,7 +79,7 @@ test('a process that dies while it records is told by events, and the next stop 
   const [error] = named('error');
   assert.equal(error.code, 'ERR_RECORDER_LOST');
   assert.ok(error.log.some(({ text }) => text.startsWith('settings: ')));
-  assert.deepEqual([stop.reason, stop.files], ['failed', []]);
+  assert.deepEqual([stop.reason, stop.files], ['failed', [stop.file]]);
   assert.ok(fs.existsSync(stop.file));
   await assert.rejects(recorder.stop(), error);
   await recorder.start();
@@ -95,15 +95,25 @@ test('a host that listens to no errors survives its recorder', async (t) => {
   assert.deepEqual([reason, named('error')], ['failed', []]);
 });
 
-test('what can be played of a lost recording is named', async (t) => {
-  const { recorder, named } = recorderOf(t, { encoder: 'libvpx' });
-  await recorder.start();
-  const [{ file }] = named('start');
-  process.kill(recorder.pid, 'SIGKILL');
-  const { files } = await stopOf(recorder);
-  assert.equal(path.extname(file), '.webm');
-  assert.deepEqual([files, named('error')[0].files], [[file], [file]]);
-});
+const LOST = [
+  [{ encoder: 'libvpx', safeFile: false }, '.webm', true],
+  [{}, '.mp4', true],
+  [{ safeFile: false }, '.mp4', false],
+  [{ encoder: 'mf_h264' }, '.mp4', false],
+];
+
+for (const [options, ending, plays] of LOST) {
+  test(`what can be played of a lost recording is named: ${JSON.stringify(options)}`, async (t) => {
+    const { recorder, named } = recorderOf(t, options);
+    await recorder.start();
+    const [{ file }] = named('start');
+    process.kill(recorder.pid, 'SIGKILL');
+    const { files } = await stopOf(recorder);
+    assert.equal(path.extname(file), ending);
+    const expected = plays ? [file] : [];
+    assert.deepEqual([files, named('error')[0].files], [expected, expected]);
+  });
+}
 
 const HANGS = {
   'at the start': ['hangs', (recorder) => recorder.start()],

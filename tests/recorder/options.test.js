@@ -17,6 +17,7 @@ test('what is left out has its default', () => {
     overwrite: false,
     stopAfter: {},
     segments: {},
+    safeFile: true,
     logLevel: 'info',
   });
 });

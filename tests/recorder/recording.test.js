@@ -46,13 +46,13 @@ test('its log is told line by line', async (t) => {
 });
 
 test('all options reach the module', async (t) => {
-  const options = { window: 'Notes', encoder: 'mjpeg', frameRate: 12, bitrate: 200_000, audioBitrate: 64_000, microphone: 'default' };
+  const options = { window: 'Notes', encoder: 'mjpeg', frameRate: 12, bitrate: 200_000, audioBitrate: 64_000, microphone: 'default', safeFile: false };
   const { recorder, named } = recorderOf(t, options);
   await recorder.start();
   const { directory, ...settings } = settingsOf(named);
   assert.ok(fs.existsSync(directory));
   const numbers = { frameRate: 12, bitrate: 200_000, audioBitrate: 64_000 };
-  assert.deepEqual(settings, { window: 42, encoder: 'mjpeg', microphone: 'mic-2', speaker: '', ...numbers });
+  assert.deepEqual(settings, { window: 42, encoder: 'mjpeg', microphone: 'mic-2', speaker: '', throughout: false, ...numbers });
 });
 
 test('a region is recorded on the monitor that has most of it', async (t) => {

@@ -25,6 +25,7 @@ const recorder = new Recorder({
   file: 'C:\\Videos\\talk.mp4',
   stopAfter: { seconds: 3600, bytes: 4e9, freeBytes: 500e6 },
   segments: { seconds: 600 },
+  safeFile: false,
 });
 
 expectType<Promise<void>>(recorder.start());

@@ -40,4 +40,9 @@ std::string WhyContainerRefuses(const AVFormatContext& format) {
   return {};
 }
 
+bool IsQuickTimeLike(const AVOutputFormat& container) {
+  const std::string_view name = container.name;
+  return name == "mp4" || name == "mov";
+}
+
 }  // namespace brisolte

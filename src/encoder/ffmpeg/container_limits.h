@@ -10,4 +10,7 @@ namespace brisolte {
 /// Empty when the streams themselves give no reason.
 std::string WhyContainerRefuses(const AVFormatContext& format);
 
+/// Whether the container is MP4 or MOV, which cannot be played without an index.
+bool IsQuickTimeLike(const AVOutputFormat& container);
+
 }  // namespace brisolte

@@ -67,7 +67,8 @@ bool FFmpegEncoder::Start() {
     const std::scoped_lock audio(audioMutex_);
     startTime_ = now_();
   }
-  writer_.Start([this](AVPacket& packet) { return file_.WritePacket(packet); }, [this] { file_.Flush(); });
+  writer_.Start([this](AVPacket& packet) { return file_.WritePacket(packet); }, [this] { file_.Flush(); },
+                options_.playableThroughout ? [this] { ShowStillPicture(); } : PacketWriter::Beat());
   return true;
 }
 
@@ -137,8 +138,25 @@ bool FFmpegEncoder::ProcessFrameAsync(const VideoFrame& frame) {
   const CaptureClock::Moment arrival = now_();
   const std::scoped_lock video(videoMutex_);
   captureClock_.FrameArrived(frame, arrival);
+  lastArrival_ = arrival;
   return Guarded("", "in ProcessFrameAsync", [&] {
     return video_.EncodeFrame(frame, [this](const AVPacket& packet) { return EnqueueVideoPacket(packet); });
+  });
+}
+
+void FFmpegEncoder::ShowStillPicture() {
+  // No picture comes while nothing changes. One that is on its way is later than what this shows, and not so
+  // late that much would be missing.
+  constexpr std::chrono::milliseconds kStill{500};
+  constexpr std::chrono::milliseconds kOnItsWay{250};
+  const CaptureClock::Moment now = now_();
+  Guarded("", "in ShowStillPicture", [&] {
+    const std::scoped_lock video(videoMutex_);
+    const auto shown = captureClock_.TimeAt(now - kOnItsWay);
+    if (shown && now - lastArrival_ >= kStill) {
+      video_.ShowUntil(*shown, [this](const AVPacket& packet) { return EnqueueVideoPacket(packet); });
+    }
+    return true;
   });
 }
 

@@ -63,6 +63,9 @@ class FFmpegEncoder final : public Encoder {
  private:
   void WriteHeader();
   bool EnqueueVideoPacket(const AVPacket& packet);
+  /// Shows the last picture until about now when it is the picture of a screen on which nothing moves. On the
+  /// writer thread.
+  void ShowStillPicture();
   void DrainStreams(CaptureClock::Moment stopped);
 
   bool AcceptsAudio() const { return writer_.running() && !stopping_; }
@@ -75,11 +78,12 @@ class FFmpegEncoder final : public Encoder {
   const SteadyNow now_;
   // Taken in this order.
   std::mutex lifecycleMutex_;  ///< guards `file_` but for the writer thread's writing
-  std::mutex videoMutex_;      ///< guards `video_`, what it shares with `file_`, `captureClock_`
+  std::mutex videoMutex_;      ///< guards `video_`, what it shares with `file_`, the two below it
   std::mutex audioMutex_;      ///< guards the audio streams, what they share with `file_`, `startTime_`
   OutputFile file_;
   VideoStream video_;
   CaptureClock captureClock_;
+  CaptureClock::Moment lastArrival_;  ///< of a picture
   AudioStream microphone_;
   AudioStream speaker_;
   std::chrono::steady_clock::time_point startTime_;

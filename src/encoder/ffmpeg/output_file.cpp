@@ -1,29 +1,28 @@
 #include "encoder/ffmpeg/output_file.h"
 
+#include <algorithm>
+#include <array>
 #include <filesystem>
-#include <optional>
-#include <system_error>
+#include <span>
 
 #include "common/file_system.h"
 #include "common/full_path.h"
 #include "common/logger.h"
 #include "common/text.h"
 #include "encoder/ffmpeg/container_limits.h"
+#include "encoder/ffmpeg/fast_start.h"
+#include "encoder/ffmpeg/free_space.h"
 
 namespace brisolte {
 namespace {
 
-/// What is left of the volume that a file is on, for whoever runs this process. None when the system does not
-/// say; some drives of networks and clouds claim to have no size at all.
-std::optional<std::uint64_t> FreeSpaceBeside(const std::filesystem::path& file) {
-  std::error_code error;
-  // Ends in a separator: the directory may itself be where a volume begins, and not every library looks at
-  // the last name of a path that does not.
-  const auto space = std::filesystem::space(file.parent_path() / "", error);
-  if (error || space.capacity == 0) {
-    return std::nullopt;
-  }
-  return space.available;
+/// Whether the description of a stream, which begins a file of fragments, is known before its first packet.
+bool IsDescribed(const AVStream* stream) {
+  constexpr std::array kNeedDescription = {AV_CODEC_ID_H264, AV_CODEC_ID_HEVC, AV_CODEC_ID_AV1,
+                                           AV_CODEC_ID_MPEG4};
+  const AVCodecParameters& codec = *stream->codecpar;
+  return codec.extradata_size > 0 ||
+         std::ranges::find(kNeedDescription, codec.codec_id) == kNeedDescription.end();
 }
 
 const char* KindName(AVMediaType type) {
@@ -129,13 +128,35 @@ void OutputFile::AllowUnofficial() {
   }
 }
 
+bool OutputFile::CanBeFragmented() const {
+  if (!IsQuickTimeLike(container())) {
+    return false;
+  }
+  const std::span<AVStream* const> streams(format_->streams, format_->nb_streams);
+  if (std::ranges::all_of(streams, IsDescribed)) {
+    return true;
+  }
+  Logger::Warning(
+      "FFmpegEncoder: The encoder describes its stream with the first picture; the file can be "
+      "played when it is complete");
+  return false;
+}
+
 int OutputFile::TryHeader() {
   // Neither a half-made header nor a finished file can be begun anew.
   if (stage_ != Stage::kAddingStreams) {
     return AVERROR(EINVAL);
   }
   OptionDictionary options;
-  options.Set("movflags", "faststart");
+  fragmented_ = options_.playableThroughout && CanBeFragmented();
+  if (fragmented_) {
+    // Fragments are what `Flush` makes, none besides. With "faststart" their data would get wrong places.
+    options.Set("movflags", "hybrid_fragmented+frag_custom");
+    // Without a list of edits all streams of the complete file would begin at the same time.
+    options.Set("use_editlist", "1");
+  } else {
+    options.Set("movflags", "faststart");
+  }
   const int result = avformat_write_header(format_.get(), options.address());
   stage_ = result < 0 ? Stage::kHeaderFailed : Stage::kWriting;
   return result;
@@ -170,7 +191,25 @@ int OutputFile::WritePacket(AVPacket& packet) {
     options_.report(RecordingEvent::kDiskFull);
     return AVERROR(ENOSPC);
   }
+  if (fragmented_) {
+    return WriteFragmentPacket(packet);
+  }
   return av_interleaved_write_frame(format_.get(), &packet);
+}
+
+int OutputFile::WriteFragmentPacket(AVPacket& packet) {
+  // What an encoder of sound puts in front of the first sample has no time that a fragment could tell.
+  if (packet.pts < 0) {
+    return 0;
+  }
+  PacketPtr& last = last_[packet.stream_index];
+  int result = 0;
+  if (last) {
+    last->duration = packet.dts - last->dts;
+    result = av_interleaved_write_frame(format_.get(), last.get());
+  }
+  last.reset(av_packet_clone(&packet));
+  return last ? result : AVERROR(ENOMEM);
 }
 
 void OutputFile::Flush() {
@@ -180,14 +219,32 @@ void OutputFile::Flush() {
   // In this order: what waits to be sorted among the streams, what the muxer collects before it writes, and
   // what is on its way to the system. A failure shows in the next packet.
   av_interleaved_write_frame(format_.get(), nullptr);
-  av_write_frame(format_.get(), nullptr);
+  if (fragmented_) {
+    EndFragment();
+  } else {
+    av_write_frame(format_.get(), nullptr);
+  }
   if (format_->pb != nullptr) {
     avio_flush(format_->pb);
   }
-  budget_.Look(FreeSpaceBeside(PathFromUtf8(format_->url)));
+  const std::filesystem::path file = PathFromUtf8(format_->url);
+  if (fragmented_) {
+    static_cast<void>(FlushToDisk(file));
+  }
+  budget_.Look(FreeSpaceBeside(file));
+}
+
+void OutputFile::EndFragment() {
+  av_write_frame(format_.get(), nullptr);
+  // Unless it is told otherwise, the muxer takes streams that begin later to begin with the file.
+  av_opt_set(format_->priv_data, "movflags", "+frag_discont", 0);
 }
 
 bool OutputFile::Complete() {
+  for (const auto& [stream, packet] : last_) {
+    av_interleaved_write_frame(format_.get(), packet.get());
+  }
+  last_.clear();
   if (av_write_trailer(format_.get()) < 0) {
     return false;
   }
@@ -212,7 +269,17 @@ bool OutputFile::Finalize() {
     return false;
   }
   Logger::Info("FFmpegEncoder: Trailer written successfully, output file closed");
+  if (fragmented_) {
+    PutIndexInFront();
+  }
   return true;
+}
+
+void OutputFile::PutIndexInFront() {
+  const std::string problem = MoveIndexToFront(PathFromUtf8(format_->url));
+  if (!problem.empty()) {
+    Logger::Warning("FFmpegEncoder: The index stays at the end of the file: " + problem);
+  }
 }
 
 }  // namespace brisolte

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <optional>
 #include <string>
 #include <utility>
@@ -54,12 +55,13 @@ class OutputFile {
   /// before anybody stops the recording. From then on every packet fails.
   int WritePacket(AVPacket& packet);
 
-  /// Hands everything written so far to the system, which keeps it when the process ends. Without a header
-  /// nothing happens.
+  /// Hands everything written so far to the system, which keeps it when the process ends; of a file that is
+  /// to be playable throughout, to the disk. Without a header nothing happens.
   void Flush();
 
   /// Writes the trailer and closes the file, unless that was done when the volume filled up. After a failure
-  /// the file stays open until `Close`.
+  /// the file stays open until `Close`. The index of a file that was playable throughout goes to its front
+  /// where there is room for that, with a WARNING line where not.
   bool Finalize();
 
   /// Closes and frees what is left. No trailer is written.
@@ -69,12 +71,20 @@ class OutputFile {
   enum class Stage { kAddingStreams, kHeaderFailed, kWriting, kEnded };
 
   int TryHeader();
+  bool CanBeFragmented() const;
+  int WriteFragmentPacket(AVPacket& packet);
+  void EndFragment();
   bool Complete();
+  void PutIndexInFront();
 
   const RecordingOptions options_;
   FormatContextPtr format_;
   Stage stage_ = Stage::kAddingStreams;
   SpaceBudget budget_;
+  bool fragmented_ = false;  ///< written in fragments, each of which can be played as soon as it is there
+  /// Of each stream in fragments the last packet, which is written when it is known how long it lasts: the
+  /// muxer lets the next fragment begin where this one ends.
+  std::map<int, PacketPtr> last_;
   /// Whether that succeeded, when it was done before `Finalize`; only then. The writer thread's until it
   /// ends.
   std::optional<bool> completed_;

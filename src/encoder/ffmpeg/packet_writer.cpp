@@ -12,15 +12,23 @@ namespace {
 // when the process ends at once.
 constexpr std::chrono::milliseconds kFlushInterval{750};
 
+std::chrono::steady_clock::time_point NextFlush() {
+  return std::chrono::steady_clock::now() + kFlushInterval;
+}
+
 }  // namespace
 
-void PacketWriter::Start(WritePacket write, Flush flush) {
+void PacketWriter::Start(WritePacket write, Flush flush, Beat beat) {
   if (running_) {
     return;
   }
   write_ = std::move(write);
   flush_ = std::move(flush);
+  beat_ = std::move(beat);
   flushDue_.reset();
+  if (beat_) {
+    flushDue_ = NextFlush();
+  }
   running_ = true;
   try {
     thread_ = std::jthread([this] { Run(); });
@@ -84,13 +92,9 @@ bool PacketWriter::TakeEntries(std::vector<Entry>& entries) {
 
 void PacketWriter::Run() {
   for (std::vector<Entry> entries; TakeEntries(entries); entries.clear()) {
-    for (Entry& entry : entries) {
-      Write(entry);
-      // A long queue gives its memory back while it is written.
-      entry.packet.reset();
-    }
+    WriteAll(entries);
     if (!entries.empty() && !flushDue_) {
-      flushDue_ = std::chrono::steady_clock::now() + kFlushInterval;
+      flushDue_ = NextFlush();
     }
     FlushWhenDue();
   }
@@ -99,7 +103,29 @@ void PacketWriter::Run() {
 void PacketWriter::FlushWhenDue() {
   if (flushDue_ && std::chrono::steady_clock::now() >= *flushDue_) {
     flushDue_.reset();
+    if (beat_) {
+      WriteBeat();
+      flushDue_ = NextFlush();
+    }
     flush_();
+  }
+}
+
+void PacketWriter::WriteBeat() {
+  beat_();
+  std::vector<Entry> entries;
+  {
+    const std::scoped_lock lock(mutex_);
+    entries.swap(queue_);
+  }
+  WriteAll(entries);
+}
+
+void PacketWriter::WriteAll(std::vector<Entry>& entries) {
+  for (Entry& entry : entries) {
+    Write(entry);
+    // A long queue gives its memory back while it is written.
+    entry.packet.reset();
   }
 }
 

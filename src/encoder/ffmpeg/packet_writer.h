@@ -32,9 +32,13 @@ class PacketWriter {
   PacketWriter& operator=(const PacketWriter&) = delete;
   ~PacketWriter() { Stop(); }
 
+  /// Queues what is due although nobody queued it. Called on the writer thread only; must not throw.
+  using Beat = std::function<void()>;
+
   /// Starts the thread; nothing happens when it runs already. About a second after packets were written they
-  /// are flushed, whether or not others follow. Raises std::system_error when the system gives no thread.
-  void Start(WritePacket write, Flush flush);
+  /// are flushed, whether or not others follow; with a `beat`, every second, after that was called and what
+  /// it queued is written. Raises std::system_error when the system gives no thread.
+  void Start(WritePacket write, Flush flush, Beat beat = {});
 
   /// Refuses further packets, writes those that are queued and ends the thread.
   void Stop();
@@ -53,15 +57,19 @@ class PacketWriter {
   };
 
   void Run();
+  void WriteAll(std::vector<Entry>& entries);
   void Write(const Entry& entry);
   void FlushWhenDue();
+  void WriteBeat();
   /// Waits for entries and takes all that are queued in exchange for `entries`, which is empty; there are
   /// none when it is time to flush. False when stopped and nothing is left.
   bool TakeEntries(std::vector<Entry>& entries);
 
   WritePacket write_;
   Flush flush_;
-  /// The writer thread's own; set while something is written that was not flushed.
+  Beat beat_;  ///< empty when nothing is ever due
+  /// The writer thread's own; set while something is written that was not flushed, and
+  /// always with a beat.
   std::optional<std::chrono::steady_clock::time_point> flushDue_;
   std::atomic<bool> running_ = false;
   std::mutex mutex_;

@@ -3,9 +3,9 @@
 #include <array>
 #include <cstring>
 #include <limits>
-#include <string_view>
 
 #include "common/logger.h"
+#include "encoder/ffmpeg/container_limits.h"
 #include "encoder/ffmpeg/encoder_options.h"
 #include "encoder/ffmpeg/ffmpeg_log.h"
 #include "encoder/ffmpeg/pixel_formats.h"
@@ -23,11 +23,6 @@ constexpr std::uint32_t kLargestInt = std::numeric_limits<int>::max();
 
 bool IsNv12Like(AVPixelFormat format) {
   return format == AV_PIX_FMT_NV12 || format == AV_PIX_FMT_YUV420P;
-}
-
-bool IsQuickTimeLike(const AVOutputFormat& container) {
-  const std::string_view name = container.name;
-  return name == "mp4" || name == "mov";
 }
 
 int EvenHeight(int height) {

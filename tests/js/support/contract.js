@@ -49,7 +49,9 @@ function linesOf(text, file) {
       line
         .replaceAll(file, 'FILE')
         .replaceAll(path.dirname(file), 'FOLDER')
-        .replace(/^[\d-]+ [\d:]+ /, '')
+        // Another thread may write a line after the time of one that has only begun.
+        .replace(/\d{4}-\d\d-\d\d \d\d:\d\d:\d\d/g, '')
+        .trim()
         .replace(/\b0x[0-9a-fA-F]+/g, 'ADDRESS')
         .replace(/(ID: )[^,)]+/g, '$1ID')
         .replace(/(timestamp: |arrived at: |trigger count |processed: |token: )\d+/g, '$1N'),

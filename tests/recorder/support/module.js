@@ -98,6 +98,7 @@ class Brisolte {
   setBitrate = (rate) => this.#set('bitrate', rate);
   setAudioBitrate = (rate) => this.#set('audioBitrate', rate);
   setMicrophoneDevice = (id) => this.#set('microphone', id);
+  setPlayableThroughout = (throughout) => this.#set('throughout', throughout);
   setSpeakerDevice = (id) => this.#set('speaker', id);
 
   onEvent(listener) {
