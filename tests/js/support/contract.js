@@ -39,24 +39,37 @@ async function recorded(t, name) {
   return JSON.parse(JSON.stringify({ log: linesOf(log.text, file), file: madeOf(file) }));
 }
 
+// How late a device delivers, and what its thread is doing at the stop, is chance.
+const BY_CHANCE = /Adjusting \w+ buffer|frame processing interrupted|Audio processing skipped/;
+
 /** The lines of a log, each once, without what differs from run to run; sorted, since threads write it. */
 function linesOf(text, file) {
   const lines = text
     .split(/\r?\n/)
-    // How late a device delivered is chance.
-    .filter((line) => line.trim() !== '' && !/Adjusting \w+ buffer/.test(line))
+    .filter((line) => line.trim() !== '' && !BY_CHANCE.test(line))
     .map((line) =>
       line
         .replaceAll(file, 'FILE')
         .replaceAll(path.dirname(file), 'FOLDER')
-        // Another thread may write a line after the time of one that has only begun.
         .replace(/\d{4}-\d\d-\d\d \d\d:\d\d:\d\d/g, '')
+        .replaceAll('[INFO]', '')
         .trim()
         .replace(/\b0x[0-9a-fA-F]+/g, 'ADDRESS')
         .replace(/(ID: )[^,)]+/g, '$1ID')
         .replace(/(timestamp: |arrived at: |trigger count |processed: |token: )\d+/g, '$1N'),
     );
   return [...new Set(lines)].sort();
+}
+
+/**
+ * What a log has and another has not, each way. A line is written in pieces, between which other threads write theirs: it counts
+ * as there when its text is, and as strange when something is left once the texts of the other are taken out.
+ */
+function differences(lines, known) {
+  const text = lines.join('\n');
+  const longestFirst = [...known].sort((a, b) => b.length - a.length);
+  const rest = longestFirst.reduce((left, line) => left.replaceAll(line, ''), text);
+  return { missing: known.filter((line) => !text.includes(line)), strange: rest.split('\n').filter((line) => line.trim() !== '') };
 }
 
 /** How a file is made: its container's boxes and its streams. */
@@ -82,4 +95,4 @@ const OF_STREAM = [
 const madeOfStream = (stream) => ({ ...Object.fromEntries(OF_STREAM.map((name) => [name, stream[name]])), tags: withoutTimes(stream.tags) });
 const withoutTimes = (tags = {}) => Object.fromEntries(Object.entries(tags).filter(([name]) => !/time|DURATION/i.test(name)));
 
-module.exports = { RECORDINGS, recorded };
+module.exports = { RECORDINGS, differences, recorded };
