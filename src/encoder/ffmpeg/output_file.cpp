@@ -12,6 +12,7 @@
 #include "encoder/ffmpeg/container_limits.h"
 #include "encoder/ffmpeg/fast_start.h"
 #include "encoder/ffmpeg/free_space.h"
+#include "encoder/ffmpeg/late_overwrites.h"
 
 namespace brisolte {
 namespace {
@@ -245,13 +246,25 @@ bool OutputFile::Complete() {
     av_interleaved_write_frame(format_.get(), packet.get());
   }
   last_.clear();
-  if (av_write_trailer(format_.get()) < 0) {
+  if ((fragmented_ ? WriteTrailerBehind() : av_write_trailer(format_.get())) < 0) {
     return false;
   }
   if ((format_->oformat->flags & AVFMT_NOFILE) == 0) {
     avio_closep(&format_->pb);
   }
   return true;
+}
+
+int OutputFile::WriteTrailerBehind() {
+  LateOverwrites overwrites(*format_);
+  if (const int result = av_write_trailer(format_.get()); result < 0) {
+    return result;
+  }
+  if (const int result = overwrites.Flush(); result < 0) {
+    return result;
+  }
+  static_cast<void>(FlushToDisk(PathFromUtf8(format_->url)));
+  return overwrites.Apply();
 }
 
 bool OutputFile::Finalize() {

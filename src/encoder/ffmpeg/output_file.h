@@ -75,6 +75,8 @@ class OutputFile {
   int WriteFragmentPacket(AVPacket& packet);
   void EndFragment();
   bool Complete();
+  /// Of a file in fragments, so that one of its indexes is there at any moment.
+  int WriteTrailerBehind();
   void PutIndexInFront();
 
   const RecordingOptions options_;
