@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <chrono>
 #include <cstdint>
 
@@ -7,19 +8,19 @@
 
 namespace brisolte::testing {
 
-/// A clock that a test sets. Outlives what it was given to.
+/// A clock that a test sets, read by any thread. Outlives what it was given to.
 class HandClock {
  public:
-  void Set(std::int64_t milliseconds) {
-    time_ = CaptureClock::Moment() + std::chrono::hours(1) + std::chrono::milliseconds(milliseconds);
-  }
+  void Set(std::int64_t milliseconds) { milliseconds_ = milliseconds; }
 
   SteadyNow now() const {
-    return [this] { return time_; };
+    return [this] {
+      return CaptureClock::Moment() + std::chrono::hours(1) + std::chrono::milliseconds(milliseconds_.load());
+    };
   }
 
  private:
-  CaptureClock::Moment time_ = CaptureClock::Moment() + std::chrono::hours(1);
+  std::atomic<std::int64_t> milliseconds_ = 0;
 };
 
 }  // namespace brisolte::testing
