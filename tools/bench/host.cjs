@@ -3,23 +3,26 @@
 
 'use strict';
 
+const { spawn } = require('node:child_process');
+const { once } = require('node:events');
 const { readFileSync, writeFileSync } = require('node:fs');
 const { join } = require('node:path');
-const { monitorEventLoopDelay, performance } = require('node:perf_hooks');
+const { performance } = require('node:perf_hooks');
 const { setTimeout: delay } = require('node:timers/promises');
+const { LoopWatch } = require('./loop.cjs');
 
 const request = JSON.parse(readFileSync(process.argv[2], 'utf8'));
 const { Recorder } = require(join(request.packageDir, 'recorder.js'));
 
+const loop = new LoopWatch(process.argv[2]);
+
 /**
- * The longest pause of the loop during a call, the time until it resolves, and what processors the application took meanwhile,
- * in milliseconds. On a busy machine a loop pauses also because others run; a pause of its own takes a processor.
+ * The longest pauses of the loop during a call, the time until it resolves, and what processors the application took meanwhile,
+ * in milliseconds.
  */
 async function measured(call) {
-  const pauses = monitorEventLoopDelay({ resolution: 1 });
-  pauses.enable();
   await delay(50);
-  pauses.reset();
+  loop.start();
   const start = performance.now();
   const used = process.cpuUsage();
   await call();
@@ -27,8 +30,7 @@ async function measured(call) {
   const { user, system } = process.cpuUsage(used);
   // A pause is counted once it is over.
   await delay(20);
-  pauses.disable();
-  return { pauseMs: pauses.max / 1e6, tookMs: took, usedMs: (user + system) / 1000 };
+  return { ...loop.stop(), tookMs: took, usedMs: (user + system) / 1000 };
 }
 
 async function main() {
@@ -37,6 +39,10 @@ async function main() {
   // What the machine does to a loop that has nothing to do.
   for (let round = 0; round < request.rounds; round += 1) {
     await measure('nothing at all, for a second', () => delay(1000));
+  }
+  // Node.js starts a process by one call that returns when Windows has made it.
+  for (let round = 0; round < request.rounds; round += 1) {
+    await measure('a process of Node.js, started and ended', () => once(spawn(process.execPath, ['-e', ''], { stdio: 'ignore' }), 'exit'));
   }
   await measure('the first call, which starts the shared process', () => Recorder.monitors());
   // In a row, so that the shared process does not end in between.

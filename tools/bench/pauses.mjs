@@ -30,6 +30,7 @@ function row(call, found) {
     call,
     times: found.length,
     'longest pause, ms': Math.max(...of('pauseMs')).toFixed(1),
+    'longest without the waits for a processor, ms': Math.max(...of('ownPauseMs')).toFixed(1),
     'median of the longest pauses, ms': median(of('pauseMs')).toFixed(1),
     'processor time of the application, ms (median)': median(of('usedMs')).toFixed(0),
     'resolves after, ms (median)': median(of('tookMs')).toFixed(0),
