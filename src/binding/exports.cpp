@@ -31,21 +31,26 @@ Napi::Object Export(Napi::Env env, Napi::Object exports, Napi::Function (*define
   return exports;
 }
 
-}  // namespace
-
-napi_value ExportClass(napi_env env, napi_value exports, Napi::Function (*define)(Napi::Env env)) {
+napi_value ExportOrThrow(Napi::Env env, napi_value exports, Napi::Function (*define)(Napi::Env env)) {
   try {
-    if (BindHostFunctions(env)) {
-      return Export(env, Napi::Object(env, exports), define);
-    }
+    return Export(env, Napi::Object(env, exports), define);
   } catch (const Napi::Error& error) {
     error.ThrowAsJavaScriptException();
   } catch (const std::exception& error) {
     Napi::Error::New(env, error.what()).ThrowAsJavaScriptException();
-  } catch (...) {
-    // What could not be handed on as a JavaScript exception must not pass through Node.js as one of C++.
   }
   return nullptr;
+}
+
+}  // namespace
+
+napi_value ExportClass(napi_env env, napi_value exports, Napi::Function (*define)(Napi::Env env)) {
+  try {
+    return BindHostFunctions(env) ? ExportOrThrow(env, exports, define) : nullptr;
+  } catch (...) {
+    // What could not be handed on as a JavaScript exception must not pass through Node.js as one of C++.
+    return nullptr;
+  }
 }
 
 }  // namespace brisolte
