@@ -66,6 +66,7 @@ class Capture final : public Napi::ObjectWrap<Capture> {
   Napi::Value SetPlayableThroughout(Info info);
 
   static std::vector<PropertyDescriptor> Methods();
+  Napi::Value SetOptions(Info info, const RecordingOptions& options);
 
   /// Describes a method of the class.
   template <Napi::Value (Capture::*method)(Info)>
@@ -82,7 +83,7 @@ class Capture final : public Napi::ObjectWrap<Capture> {
   const std::shared_ptr<RunningCaptures> running_;
   bool held_ = false;
   const ExternalMemory weight_;
-  RecordingOptions options_;
+  RecordingOptions options_;  ///< as the controller has them
   CaptureController controller_;
 };
 

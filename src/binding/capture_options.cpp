@@ -21,16 +21,26 @@ const char* NameOf(RecordingEvent event) {
 }  // namespace
 
 Napi::Value Capture::SetPlayableThroughout(Info info) {
-  options_.playableThroughout =
+  RecordingOptions options = options_;
+  options.playableThroughout =
       BooleanArgument(info, "Setting playable throughout requires a boolean parameter");
-  return Napi::Boolean::New(info.Env(), controller_.setOptions(options_));
+  return SetOptions(info, options);
 }
 
 Napi::Value Capture::OnEvent(Info info) {
   Require(info, info.Length() >= 1 && info[0].IsFunction(), "Listening to events requires a function");
   auto listener = std::make_shared<EventListener>(info.Env(), info[0].As<Napi::Function>());
-  options_.report = [listener = std::move(listener)](RecordingEvent event) { listener->Tell(NameOf(event)); };
-  return Napi::Boolean::New(info.Env(), controller_.setOptions(options_));
+  RecordingOptions options = options_;
+  options.report = [listener = std::move(listener)](RecordingEvent event) { listener->Tell(NameOf(event)); };
+  return SetOptions(info, options);
+}
+
+Napi::Value Capture::SetOptions(Info info, const RecordingOptions& options) {
+  const bool set = controller_.setOptions(options);
+  if (set) {
+    options_ = options;
+  }
+  return Napi::Boolean::New(info.Env(), set);
 }
 
 }  // namespace brisolte

@@ -8,7 +8,7 @@ const path = require('node:path');
 const { test } = require('node:test');
 const { METHODS, packageFolder } = require('./support/package');
 const { scenario } = require('./support/scenario');
-const { smallDisk } = require('./support/scratch');
+const { scratchFolder, smallDisk } = require('./support/scratch');
 const { openPattern } = require('./support/desktop');
 const media = require('./support/media');
 
@@ -51,6 +51,25 @@ test('a disk that is nearly full is told, once, and the file is whole', async (t
   assert.deepEqual([value.events, value.stopped], [['diskFull'], true]);
   media.assertWhole([value.file]);
   fs.rmSync(value.file);
+});
+
+test('an option that is refused while a recording runs is not taken up later', async (t) => {
+  const window = await openPattern(t, { title: 'Refused', width: 320, height: 192 });
+  const { value } = await scenario(
+    ({ require: load }, { engine, dir, handle }) => {
+      const { Brisolte } = load(engine);
+      const capture = new Brisolte();
+      capture.setOutputDir(dir);
+      capture.setWindow(handle);
+      const first = [capture.startRecord(), capture.setPlayableThroughout(true), capture.stopRecord()];
+      const second = [capture.onEvent(() => {}), capture.startRecord(), capture.stopRecord()];
+      return { first, second, file: capture.getSaveFilePath() };
+    },
+    { engine: ENGINE, dir: scratchFolder(), handle: window.handle },
+  );
+  assert.deepEqual([value.first, value.second], [[true, false, true], [true, true, true]]);
+  // The brand of files that were written in fragments.
+  assert.ok(!fs.readFileSync(value.file).subarray(0, 64).includes('iso6'));
 });
 
 test('a thread that ends while it listens leaves the process alive, and one that nobody stops is not kept by it', async () => {
