@@ -36,7 +36,14 @@ void EventListener::Tell(const char* event) {
   const std::scoped_lock lock(channel_->mutex);
   if (channel_->open) {
     channel_->function.NonBlockingCall([event](Napi::Env env, const Napi::Function& listener) {
-      listener.Call({Napi::String::New(env, event)});
+      // What the listener throws stays pending and becomes an uncaught exception. In a thread that is being
+      // ended the calls fail without one, which Napi::Error would end the process for.
+      napi_value name = nullptr;
+      napi_value receiver = nullptr;
+      if (napi_create_string_utf8(env, event, NAPI_AUTO_LENGTH, &name) == napi_ok &&
+          napi_get_undefined(env, &receiver) == napi_ok) {
+        napi_call_function(env, receiver, listener, 1, &name, nullptr);
+      }
     });
   }
 }
