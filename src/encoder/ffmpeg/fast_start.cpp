@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <exception>
 #include <memory>
 #include <optional>
 #include <system_error>
@@ -163,6 +164,9 @@ std::string MoveIndexToFront(const std::filesystem::path& file) {
     return {};
   } catch (const Refusal& refusal) {
     return refusal.text;
+  } catch (const std::exception& error) {
+    // No memory for the index, for instance. The recording is complete all the same.
+    return error.what();
   }
 }
 

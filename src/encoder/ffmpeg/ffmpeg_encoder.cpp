@@ -67,9 +67,25 @@ bool FFmpegEncoder::Start() {
     const std::scoped_lock audio(audioMutex_);
     startTime_ = now_();
   }
-  writer_.Start([this](AVPacket& packet) { return file_.WritePacket(packet); }, [this] { file_.Flush(); },
+  writer_.Start([this](AVPacket& packet) { return WritePacket(packet); }, [this] { Flush(); },
                 options_.playableThroughout ? [this] { ShowStillPicture(); } : PacketWriter::Beat());
   return true;
+}
+
+int FFmpegEncoder::WritePacket(AVPacket& packet) {
+  int result = AVERROR_UNKNOWN;
+  Guarded("", "in WritePacket", [&] {
+    result = file_.WritePacket(packet);
+    return true;
+  });
+  return result;
+}
+
+void FFmpegEncoder::Flush() {
+  Guarded("", "in Flush", [this] {
+    file_.Flush();
+    return true;
+  });
 }
 
 void FFmpegEncoder::WriteHeader() {
@@ -153,7 +169,8 @@ void FFmpegEncoder::ShowStillPicture() {
   Guarded("", "in ShowStillPicture", [&] {
     const std::scoped_lock video(videoMutex_);
     const auto shown = captureClock_.TimeAt(now - kOnItsWay);
-    if (shown && now - lastArrival_ >= kStill) {
+    // Once the streams are drained an encoder takes nothing more.
+    if (shown && now - lastArrival_ >= kStill && !stopping_) {
       video_.ShowUntil(*shown, [this](const AVPacket& packet) { return EnqueueVideoPacket(packet); });
     }
     return true;

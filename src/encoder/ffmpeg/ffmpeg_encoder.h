@@ -62,6 +62,9 @@ class FFmpegEncoder final : public Encoder {
 
  private:
   void WriteHeader();
+  /// On the writer thread, which ends with the process when an exception leaves it.
+  int WritePacket(AVPacket& packet);
+  void Flush();
   bool EnqueueVideoPacket(const AVPacket& packet);
   /// Shows the last picture until about now when it is the picture of a screen on which nothing moves. On the
   /// writer thread.
@@ -87,7 +90,8 @@ class FFmpegEncoder final : public Encoder {
   AudioStream microphone_;
   AudioStream speaker_;
   std::chrono::steady_clock::time_point startTime_;
-  std::atomic<bool> stopping_ = false;  ///< keeps a long delivery of sound from holding up `Stop`
+  std::atomic<bool> stopping_ =
+      false;  ///< so that nothing is delivered to what `Stop` drains, nor holds it up
   PacketWriter writer_;
 };
 
