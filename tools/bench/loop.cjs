@@ -9,16 +9,21 @@ const { performance } = require('node:perf_hooks');
 // Linux's own files, which Wine shows under this drive.
 const PROCESSES = 'Z:\\proc';
 
-/** The processes whose command line has this text in it, as Linux numbers them. */
-function processesWith(text) {
-  const has = (id) => {
+/** The process whose command line begins with this and has that text in it, as Linux numbers it. */
+function processOf(program, text = '') {
+  const isIt = (id) => {
     try {
-      return fs.readFileSync(`${PROCESSES}\\${id}\\cmdline`, 'utf8').includes(text);
+      const line = fs.readFileSync(`${PROCESSES}\\${id}\\cmdline`, 'utf8');
+      return line.startsWith(program) && line.includes(text);
     } catch {
       return false; // it has just ended
     }
   };
-  return fs.readdirSync(PROCESSES).filter((name) => /^\d+$/.test(name) && has(name));
+  const [id, ...others] = fs.readdirSync(PROCESSES).filter((name) => /^\d+$/.test(name) && isIt(name));
+  if (id === undefined || others.length > 0) {
+    throw new Error(`not one process is ${program} ${text}: ${[id, ...others]}`);
+  }
+  return id;
 }
 
 /** How long the first thread of a process has been ready to run without a processor, in milliseconds. */
@@ -44,8 +49,8 @@ class LoopWatch {
   #last;
   #found;
 
-  constructor(ownCommandLine) {
-    const ids = [...processesWith(ownCommandLine).slice(-1), ...processesWith('wineserver')];
+  constructor(ownArgument) {
+    const ids = [processOf(process.execPath, ownArgument), processOf('/usr/lib/wine/wineserver')];
     this.#waits = ids.map((id) => new ProcessorWait(id));
   }
 
