@@ -33,6 +33,8 @@ class AudioCapture final : public CaptureSource {
 
   bool initialized() const override { return initialized_; }
   bool Start() override;
+  void Pause() override { encoder_.Pause(); }
+  void Resume() override { encoder_.Resume(); }
   void Stop() override;
   void DetachEncoder() override { encoder_.Detach(); }
 

@@ -22,7 +22,8 @@ class Capture final : public Napi::ObjectWrap<Capture> {
   static Napi::Function Define(Napi::Env env);
 
   /// The same, and what only a recorder's process asks for: `onEvent`, which takes the function that hears
-  /// the events of the recordings that start from then on, and setters for the fields of `RecordingOptions`.
+  /// the events of the recordings that start from then on, `pauseRecord` and `resumeRecord`, and setters for
+  /// the fields of `RecordingOptions`.
   static Napi::Function DefineForRecorder(Napi::Env env);
 
   explicit Capture(const Napi::CallbackInfo& info);
@@ -64,6 +65,8 @@ class Capture final : public Napi::ObjectWrap<Capture> {
   Napi::Value GetSupportVideoCodec(Info info);
   Napi::Value OnEvent(Info info);
   Napi::Value SetPlayableThroughout(Info info);
+  Napi::Value PauseRecord(Info info);
+  Napi::Value ResumeRecord(Info info);
 
   static std::vector<PropertyDescriptor> Methods();
   Napi::Value SetOptions(Info info, const RecordingOptions& options);

@@ -35,6 +35,14 @@ Napi::Value Capture::OnEvent(Info info) {
   return SetOptions(info, options);
 }
 
+Napi::Value Capture::PauseRecord(Info info) {
+  return Napi::Boolean::New(info.Env(), controller_.pauseRecord());
+}
+
+Napi::Value Capture::ResumeRecord(Info info) {
+  return Napi::Boolean::New(info.Env(), controller_.resumeRecord());
+}
+
 Napi::Value Capture::SetOptions(Info info, const RecordingOptions& options) {
   const bool set = controller_.setOptions(options);
   if (set) {

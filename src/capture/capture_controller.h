@@ -12,6 +12,7 @@
 #include "capture/recording_options.h"
 #include "capture/recording_parts.h"
 #include "capture/settings_lock.h"
+#include "common/pausable_clock.h"
 
 namespace brisolte {
 
@@ -39,7 +40,14 @@ class CaptureController {
   /// none.
   bool stopRecord();
 
-  /// Whether a recording runs. Any thread, without the lock.
+  /// Leaves out of the file what is captured from now on; nothing that captures is closed. False when no
+  /// recording runs, and when it is paused.
+  bool pauseRecord();
+
+  /// Goes on, as if no time had passed. False when no recording is paused.
+  bool resumeRecord();
+
+  /// Whether a recording runs, also when it is paused. Any thread, without the lock.
   bool isCapturing() const { return capturing_.load(std::memory_order_relaxed); }
 
   /// The path of the latest recording, UTF-8; empty before the first. Without the lock.
@@ -94,6 +102,7 @@ class CaptureController {
   CaptureSettings settings_;
   RecordingOptions options_;
   mutable SettingsLock lock_;
+  std::shared_ptr<PausableClock> clock_;  ///< of the latest recording
   std::unique_ptr<CaptureSource> videoCapture_;
   std::unique_ptr<CaptureSource> audioCapture_;
   EncoderSlots encoders_;

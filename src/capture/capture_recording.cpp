@@ -49,7 +49,8 @@ bool CaptureController::BuildRecording() {
   Logger::Info("Output file path: " + path);
   // A capture that a failed attempt left running feeds the encoder that is about to go.
   DetachCaptures();
-  if (!encoders_.CreateEncoder(*parts_, settings_, options_)) {
+  clock_ = std::make_shared<PausableClock>();
+  if (!encoders_.CreateEncoder(*parts_, settings_, options_, clock_)) {
     Logger::Error("Failed to initialize encoder");
     return false;
   }
@@ -60,7 +61,7 @@ bool CaptureController::BuildCaptures() {
   videoCapture_.reset();
   audioCapture_.reset();
   if (settings_.mode != CaptureMode::kNone) {
-    videoCapture_ = parts_->CreateVideoCapture(settings_, *encoders_.active());
+    videoCapture_ = parts_->CreateVideoCapture(settings_, *encoders_.active(), clock_);
     if (!IsUsable(videoCapture_)) {
       Logger::Error("Failed to create video capture");
       return false;
@@ -95,6 +96,34 @@ bool CaptureController::StartRecording() {
     return rollBack("Failed to start audio capture");
   }
   capturing_.store(true, std::memory_order_relaxed);
+  return true;
+}
+
+bool CaptureController::pauseRecord() {
+  const std::lock_guard guard(lock_);
+  if (!isCapturing() || clock_->paused()) {
+    return false;
+  }
+  // Sound last, which would leave a hole while a picture is waited for.
+  for (CaptureSource* const capture : {videoCapture_.get(), audioCapture_.get()}) {
+    if (capture != nullptr) {
+      capture->Pause();
+    }
+  }
+  return clock_->Pause();
+}
+
+bool CaptureController::resumeRecord() {
+  const std::lock_guard guard(lock_);
+  // First, so that what is delivered from now on finds the time that it belongs to.
+  if (!isCapturing() || !clock_->Resume()) {
+    return false;
+  }
+  for (CaptureSource* const capture : {audioCapture_.get(), videoCapture_.get()}) {
+    if (capture != nullptr) {
+      capture->Resume();
+    }
+  }
   return true;
 }
 

@@ -13,7 +13,8 @@ class EncoderSlots {
   /// previous encoder, of either engine, is destroyed first: it may still hold the file that the new one is
   /// about to write. False, with an ERROR line, when there is no encoder; then, and when construction raises,
   /// slots and active encoder are empty.
-  bool CreateEncoder(RecordingParts& parts, const CaptureSettings& settings, const RecordingOptions& options);
+  bool CreateEncoder(RecordingParts& parts, const CaptureSettings& settings, const RecordingOptions& options,
+                     const RecordingParts::RecordingClock& clock);
 
   /// The encoder in use; null when there is none.
   Encoder* active() const { return active_; }

@@ -7,6 +7,7 @@
 #include "audio/audio_device_info.h"
 #include "capture/capture_settings.h"
 #include "capture/recording_options.h"
+#include "common/pausable_clock.h"
 #include "desktop/desktop.h"
 #include "encoder/capture_source.h"
 #include "encoder/encoder.h"
@@ -18,6 +19,8 @@ namespace brisolte {
 /// the controller's caller.
 class RecordingParts {
  public:
+  using RecordingClock = std::shared_ptr<const PausableClock>;
+
   RecordingParts() = default;
   RecordingParts(const RecordingParts&) = delete;
   RecordingParts& operator=(const RecordingParts&) = delete;
@@ -27,13 +30,16 @@ class RecordingParts {
   virtual bool CreateGraphicsDevice() = 0;
   virtual void ReleaseGraphicsDevice() = 0;
 
+  /// `clock` is the recording's, in what follows too.
   virtual std::unique_ptr<Encoder> CreateFFmpegEncoder(const CaptureSettings& settings,
-                                                       const RecordingOptions& options) = 0;
-  virtual std::unique_ptr<Encoder> CreateMFEncoder(const CaptureSettings& settings) = 0;
+                                                       const RecordingOptions& options,
+                                                       const RecordingClock& clock) = 0;
+  virtual std::unique_ptr<Encoder> CreateMFEncoder(const CaptureSettings& settings,
+                                                   const RecordingClock& clock) = 0;
 
   /// A capture borrows the encoder until it is destroyed or told to let go of it.
-  virtual std::unique_ptr<CaptureSource> CreateVideoCapture(const CaptureSettings& settings,
-                                                            Encoder& encoder) = 0;
+  virtual std::unique_ptr<CaptureSource> CreateVideoCapture(const CaptureSettings& settings, Encoder& encoder,
+                                                            const RecordingClock& clock) = 0;
   virtual std::unique_ptr<CaptureSource> CreateAudioCapture(const CaptureSettings& settings,
                                                             Encoder& encoder) = 0;
 

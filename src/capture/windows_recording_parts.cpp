@@ -1,6 +1,5 @@
 #include "capture/windows_recording_parts.h"
 
-#include <chrono>
 #include <utility>
 
 #include "audio/audio_capture.h"
@@ -27,19 +26,22 @@ class WindowsRecordingParts final : public RecordingParts {
   }
 
   std::unique_ptr<Encoder> CreateFFmpegEncoder(const CaptureSettings& settings,
-                                               const RecordingOptions& options) override {
-    return std::make_unique<FFmpegEncoder>(settings, std::chrono::steady_clock::now, options);
+                                               const RecordingOptions& options,
+                                               const RecordingClock& clock) override {
+    return std::make_unique<FFmpegEncoder>(settings, [clock] { return clock->Now(); }, options);
   }
 
-  std::unique_ptr<Encoder> CreateMFEncoder(const CaptureSettings& settings) override {
+  std::unique_ptr<Encoder> CreateMFEncoder(const CaptureSettings& settings,
+                                           const RecordingClock& clock) override {
     // One without its writer could not begin a file, and has said why.
-    auto encoder = std::make_unique<MFEncoder>(settings);
+    auto encoder =
+        std::make_unique<MFEncoder>(settings, SystemMFPlatform(), [clock] { return clock->Now(); });
     return encoder->initialized() ? std::move(encoder) : nullptr;
   }
 
-  std::unique_ptr<CaptureSource> CreateVideoCapture(const CaptureSettings& settings,
-                                                    Encoder& encoder) override {
-    return brisolte::CreateVideoCapture(settings, encoder, *desktop_);
+  std::unique_ptr<CaptureSource> CreateVideoCapture(const CaptureSettings& settings, Encoder& encoder,
+                                                    const RecordingClock& clock) override {
+    return brisolte::CreateVideoCapture(settings, encoder, *desktop_, clock);
   }
 
   std::unique_ptr<CaptureSource> CreateAudioCapture(const CaptureSettings& settings,

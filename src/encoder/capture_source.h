@@ -17,6 +17,11 @@ class CaptureSource {
   /// Begins delivery. False, or an exception of the platform's failure, when it cannot.
   virtual bool Start() = 0;
 
+  /// From when it returns nothing is delivered, until `Resume`. What feeds it stays open.
+  virtual void Pause() = 0;
+  /// Goes on delivering what is captured from now on, and what is shown by now.
+  virtual void Resume() = 0;
+
   /// Ends delivery; when it returns, no call into the encoder is under way or will follow.
   virtual void Stop() = 0;
 

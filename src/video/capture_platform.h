@@ -38,7 +38,8 @@ class CapturedFrame {
   virtual void Close() = 0;
 };
 
-/// Where arrived frames are taken from. Only inside the handler that it is given to, and so are the frames.
+/// Where arrived frames are taken from, only inside the handler that it is given to. Its frames may be used
+/// there and in `CapturePlatform::Perform`.
 class FrameSource {
  public:
   FrameSource() = default;
@@ -113,6 +114,10 @@ class CapturePlatform {
   virtual void ConvertOnCpu(const CaptureGeometry& geometry) = 0;
   /// What frames are converted to; told once, before frames arrive.
   virtual void SetOutputFormat(DxgiFormat format) = 0;
+
+  /// Does it, and waits for it, where frames may be used. False when the service does not come back; `name`
+  /// is for the log. `work` owns all that it uses.
+  virtual bool Perform(const char* name, const std::function<void()>& work) = 0;
 
   /// Raises.
   virtual void StartCapture() = 0;

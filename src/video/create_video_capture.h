@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "capture/capture_settings.h"
+#include "common/pausable_clock.h"
 #include "desktop/desktop.h"
 #include "encoder/capture_source.h"
 #include "encoder/encoder.h"
@@ -11,9 +12,10 @@ namespace brisolte {
 
 /// Prepares to record the screen, window or region of `settings` into `encoder`, whose video stream it
 /// creates. The encoder is borrowed until the result is destroyed or `DetachEncoder` is called, the desktop
-/// until it is destroyed. A step that fails is logged and leaves the result not initialized; platform
-/// failures without an answer of their own raise HResultError. Windows only.
+/// until it is destroyed. `clock` is the recording's. A step that fails is logged and leaves the result not
+/// initialized; platform failures without an answer of their own raise HResultError. Windows only.
 std::unique_ptr<CaptureSource> CreateVideoCapture(const CaptureSettings& settings, Encoder& encoder,
-                                                  Desktop& desktop);
+                                                  Desktop& desktop,
+                                                  std::shared_ptr<const PausableClock> clock);
 
 }  // namespace brisolte

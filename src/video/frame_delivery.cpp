@@ -2,6 +2,7 @@
 
 #include <exception>
 #include <string>
+#include <utility>
 
 #include "common/hresult_error.h"
 #include "common/logger.h"
@@ -29,6 +30,11 @@ void FrameDelivery::Start() {
   taking_.store(true);
 }
 
+void FrameDelivery::Pause() {
+  paused_.store(true);
+  const std::unique_lock turn(turn_, patience_);
+}
+
 bool FrameDelivery::Stop() {
   if (!taking_.exchange(false)) {
     return true;
@@ -45,11 +51,18 @@ std::int32_t FrameDelivery::OnFrameArrived(FrameSource& source) {
   if (!taking_.load()) {
     return 0;
   }
-  try {
-    const std::scoped_lock turn(turn_);
+  return InTurn([&] {
     if (taking_.load()) {
       TakeFrame(source);
     }
+  });
+}
+
+template <typename Work>
+std::int32_t FrameDelivery::InTurn(Work work) {
+  try {
+    const std::scoped_lock turn(turn_);
+    work();
     return 0;
   } catch (const HResultError& error) {
     TellFailure(std::string("Exception in OnFrameArrived: ") + error.what());
@@ -69,25 +82,48 @@ void FrameDelivery::TellFailure(const std::string& failure) const {
   }
 }
 
+std::int64_t FrameDelivery::Recorded(std::int64_t capturedMs) const {
+  return capturedMs - std::chrono::duration_cast<std::chrono::milliseconds>(clock_->behind()).count();
+}
+
 void FrameDelivery::TakeFrame(FrameSource& source) {
-  const auto captured = source.TryGetNextFrame();
+  auto captured = source.TryGetNextFrame();
   if (captured == nullptr) {
     Logger::Warning("No frame available");
     return;
   }
   const std::int64_t nowMs = captured->SystemRelativeTime() / kTicksPerMillisecond;
-  const Arrival arrival = pacer_.Arrive(nowMs);
-  if (arrival.isFirst) {
-    Logger::Info("First Video frame arrived at: " + std::to_string(nowMs));
+  if (paused_.load()) {
+    kept_ = {std::move(captured), nowMs, std::chrono::steady_clock::now()};
+    return;
   }
+  const Arrival arrival = pacer_.Arrive(Recorded(nowMs));
   if (arrival.accepted) {
-    Deliver(*captured, *arrival.accepted, nowMs);
+    kept_ = {};
+    Deliver(*captured, arrival, nowMs);
   }
 }
 
-void FrameDelivery::Deliver(CapturedFrame& captured, const FrameTiming& timing, std::int64_t capturedMs) {
+void FrameDelivery::DeliverKept() {
+  InTurn([this] {
+    const KeptFrame kept = std::exchange(kept_, {});
+    if (kept.frame == nullptr || !taking_.load()) {
+      return;
+    }
+    // It shows what is there by now, and therefore counts as captured by now.
+    const auto keptFor = std::chrono::steady_clock::now() - kept.arrival;
+    const std::int64_t nowMs =
+        kept.capturedMs + std::chrono::duration_cast<std::chrono::milliseconds>(keptFor).count();
+    Deliver(*kept.frame, pacer_.ArriveDue(Recorded(nowMs)), nowMs);
+  });
+}
+
+void FrameDelivery::Deliver(CapturedFrame& captured, const Arrival& arrival, std::int64_t capturedMs) {
+  if (arrival.isFirst) {
+    Logger::Info("First Video frame arrived at: " + std::to_string(capturedMs));
+  }
   VideoFrame frame;
-  const bool converted = captured.SurfaceFromFrame(frame, timing);
+  const bool converted = captured.SurfaceFromFrame(frame, *arrival.accepted);
   captured.Close();
   if (!converted) {
     return;

@@ -1,5 +1,7 @@
 #include "video/frame_pacer.h"
 
+#include <algorithm>
+
 namespace brisolte {
 namespace {
 
@@ -26,6 +28,12 @@ Arrival FramePacer::Arrive(std::int64_t nowMs) {
   nextDueTimeMs_ = static_cast<std::int64_t>(step + static_cast<double>(nowMs));
   lastFrameTimeMs_ = nowMs;
   return arrival;
+}
+
+Arrival FramePacer::ArriveDue(std::int64_t nowMs) {
+  const std::int64_t laterMs = std::max(nowMs, lastFrameTimeMs_ + 1);
+  nextDueTimeMs_ = std::min(nextDueTimeMs_, laterMs);
+  return Arrive(laterMs);
 }
 
 }  // namespace brisolte

@@ -28,6 +28,9 @@ class FramePacer {
   /// range. The time 0 counts as no frame yet, so the frame after one of that time is the first again.
   Arrival Arrive(std::int64_t nowMs);
 
+  /// The same for a frame that is due whenever it comes, after the one before it.
+  Arrival ArriveDue(std::int64_t nowMs);
+
  private:
   std::int64_t intervalMs_;
   std::int64_t firstFrameTimeMs_ = 0;

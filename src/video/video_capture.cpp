@@ -9,11 +9,12 @@
 namespace brisolte {
 
 VideoCapture::VideoCapture(CaptureSettings settings, Encoder& encoder, Desktop& desktop,
+                           std::shared_ptr<const PausableClock> clock,
                            std::unique_ptr<CapturePlatform> platform)
     : settings_(std::move(settings)),
       desktop_(desktop),
       platform_(std::move(platform)),
-      delivery_(std::make_shared<FrameDelivery>(encoder, settings_.frameRate)) {
+      delivery_(std::make_shared<FrameDelivery>(encoder, settings_.frameRate, std::move(clock))) {
   initialized_ = RunConstructionSteps(encoder);
 }
 
@@ -37,6 +38,19 @@ bool VideoCapture::Start() {
   return true;
 }
 
+void VideoCapture::Pause() {
+  delivery_->Pause();
+}
+
+void VideoCapture::Resume() {
+  delivery_->Resume();
+  SettleKeptFrame();
+}
+
+void VideoCapture::SettleKeptFrame() {
+  platform_->Perform("the frame kept in a pause", [delivery = delivery_] { delivery->DeliverKept(); });
+}
+
 void VideoCapture::Stop() {
   if (!running_) {
     Logger::Info("Capture session is not running");
@@ -57,6 +71,8 @@ void VideoCapture::DetachEncoder() {
 void VideoCapture::EndDelivery() {
   if (!delivery_->Stop()) {
     Logger::Error(LeftBehindText("the frame that was arriving"));
+  } else if (delivery_->paused()) {
+    SettleKeptFrame();
   }
 }
 

@@ -23,7 +23,7 @@ class VideoCapture final : public CaptureSource {
   /// The desktop is borrowed until the object goes.
   /// Failures that no step answers for are raised as HResultError.
   VideoCapture(CaptureSettings settings, Encoder& encoder, Desktop& desktop,
-               std::unique_ptr<CapturePlatform> platform);
+               std::shared_ptr<const PausableClock> clock, std::unique_ptr<CapturePlatform> platform);
   VideoCapture(const VideoCapture&) = delete;
   VideoCapture& operator=(const VideoCapture&) = delete;
   ~VideoCapture() override;
@@ -32,6 +32,8 @@ class VideoCapture final : public CaptureSource {
 
   /// False when it already runs. Raises HResultError.
   bool Start() override;
+  void Pause() override;
+  void Resume() override;
   /// Raises HResultError when the service refuses to end the session; it is let go of all the same.
   void Stop() override;
   void DetachEncoder() override;
@@ -49,6 +51,7 @@ class VideoCapture final : public CaptureSource {
   bool CreateConversion();
   bool CreateVideoProcessor();
   bool ConfigureVideoStream(Encoder& encoder);
+  void SettleKeptFrame();
   void EndDelivery();
 
   bool initialized_ = false;

@@ -21,8 +21,8 @@ using Microsoft::WRL::ComPtr;
 
 class WindowsCapturedFrame final : public CapturedFrame {
  public:
-  WindowsCapturedFrame(ComPtr<abi::IDirect3D11CaptureFrame> frame, FrameConverter& converter)
-      : frame_(std::move(frame)), converter_(converter) {}
+  WindowsCapturedFrame(ComPtr<abi::IDirect3D11CaptureFrame> frame, std::shared_ptr<FrameConverter> converter)
+      : frame_(std::move(frame)), converter_(std::move(converter)) {}
 
   std::int64_t SystemRelativeTime() override {
     abi::TimeSpan time{};
@@ -31,21 +31,21 @@ class WindowsCapturedFrame final : public CapturedFrame {
   }
 
   bool SurfaceFromFrame(VideoFrame& frame, const FrameTiming& timing) override {
-    return converter_.SurfaceFromFrame(*frame_.Get(), timing, frame, mapping_);
+    return converter_->SurfaceFromFrame(*frame_.Get(), timing, frame, mapping_);
   }
 
   void Close() override { ThrowIfFailed(CloseWinRt(frame_.Get())); }
 
  private:
   ComPtr<abi::IDirect3D11CaptureFrame> frame_;
-  FrameConverter& converter_;
+  const std::shared_ptr<FrameConverter> converter_;
   MappedTexture mapping_;
 };
 
 class WindowsFrameSource final : public FrameSource {
  public:
-  WindowsFrameSource(abi::IDirect3D11CaptureFramePool& pool, FrameConverter& converter)
-      : pool_(pool), converter_(converter) {}
+  WindowsFrameSource(abi::IDirect3D11CaptureFramePool& pool, std::shared_ptr<FrameConverter> converter)
+      : pool_(pool), converter_(std::move(converter)) {}
 
   std::unique_ptr<CapturedFrame> TryGetNextFrame() override {
     ComPtr<abi::IDirect3D11CaptureFrame> frame;
@@ -55,7 +55,7 @@ class WindowsFrameSource final : public FrameSource {
 
  private:
   abi::IDirect3D11CaptureFramePool& pool_;
-  FrameConverter& converter_;
+  const std::shared_ptr<FrameConverter> converter_;
 };
 
 class WindowsCapturePlatform final : public CapturePlatform {
@@ -106,7 +106,7 @@ class WindowsCapturePlatform final : public CapturePlatform {
   void SubscribeFrameArrived(FrameArrivedHandler handler) override {
     converter_ = std::make_shared<FrameConverter>(graphics_);
     const PoolHandler take = [handler = std::move(handler), converter = converter_](auto& pool) {
-      WindowsFrameSource source(pool, *converter);
+      WindowsFrameSource source(pool, converter);
       return handler(source);
     };
     service_.Demand("FrameArrived", &CaptureService::Subscribe, take);
@@ -136,6 +136,9 @@ class WindowsCapturePlatform final : public CapturePlatform {
     }
   }
 
+  bool Perform(const char* name, const std::function<void()>& work) override {
+    return service_.Try(name, [work](CaptureService& /*service*/) { work(); }).has_value();
+  }
   void StartCapture() override { service_.Demand("StartCapture", &CaptureService::StartCapture); }
   void CloseSession() override {
     service_.Try("GraphicsCaptureSession.Close", &CaptureService::CloseSession);

@@ -33,6 +33,16 @@ TEST(EncoderLink, ReachesNobodyOnceDetached) {
   EXPECT_EQ(encoder.deliveries("speaker"), 0);
 }
 
+TEST(EncoderLink, LetsSoundGoWhilePaused) {
+  RecordingEncoder encoder;
+  EncoderLink link(encoder);
+  link.Pause();
+  EXPECT_TRUE(link.Deliver({1}, "speaker")) << "so that a poll finds that there was something";
+  link.Resume();
+  link.Deliver({2}, "speaker");
+  EXPECT_THAT(encoder.delivered("speaker"), ElementsAre(2));
+}
+
 TEST(EncoderLink, LetsTheEncoderGoWhileAnotherThreadDelivers) {
   auto encoder = std::make_unique<RecordingEncoder>();
   EncoderLink link(*encoder);

@@ -19,6 +19,7 @@ struct Stage {
   std::vector<std::string> events;
   std::vector<CaptureSettings> settings;  ///< what each created encoder or capture was given
   std::vector<RecordingOptions> options;  ///< what each created FFmpeg encoder was given
+  RecordingParts::RecordingClock clock;   ///< of the encoder created last
   FakeDesktop desktop;
 
   bool hasDevice = true;
@@ -110,9 +111,13 @@ class FakeCapture : public CaptureSource {
     stage_.events.push_back("stop " + behaviour_.name);
     behaviour_.stop();
   }
+  void Pause() override { stage_.events.push_back("pause " + behaviour_.name + TellClock()); }
+  void Resume() override { stage_.events.push_back("resume " + behaviour_.name + TellClock()); }
   void DetachEncoder() override { stage_.events.push_back("detach " + behaviour_.name); }
 
  private:
+  std::string TellClock() const { return stage_.clock->paused() ? ", clock stands" : ", clock goes"; }
+
   Stage& stage_;
   const Behaviour behaviour_;
 };
@@ -129,15 +134,19 @@ class FakeRecordingParts : public RecordingParts {
   }
   void ReleaseGraphicsDevice() override { stage_.events.emplace_back("destroy device"); }
   std::unique_ptr<Encoder> CreateFFmpegEncoder(const CaptureSettings& settings,
-                                               const RecordingOptions& options) override {
+                                               const RecordingOptions& options,
+                                               const RecordingClock& clock) override {
+    stage_.clock = clock;
     stage_.options.push_back(options);
     return CreateEncoder(settings, "ffmpeg");
   }
-  std::unique_ptr<Encoder> CreateMFEncoder(const CaptureSettings& settings) override {
+  std::unique_ptr<Encoder> CreateMFEncoder(const CaptureSettings& settings,
+                                           const RecordingClock& clock) override {
+    stage_.clock = clock;
     return CreateEncoder(settings, "mf");
   }
-  std::unique_ptr<CaptureSource> CreateVideoCapture(const CaptureSettings& settings,
-                                                    Encoder& /*encoder*/) override {
+  std::unique_ptr<CaptureSource> CreateVideoCapture(const CaptureSettings& settings, Encoder& /*encoder*/,
+                                                    const RecordingClock& /*clock*/) override {
     stage_.createVideo();
     return CreateCapture(settings, stage_.hasVideo,
                          {"video", stage_.videoInitialized, stage_.startVideo, stage_.stopVideo});

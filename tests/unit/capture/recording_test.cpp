@@ -65,6 +65,34 @@ TEST_F(RecordingTest, BuildsAndStartsThenStopsAndDestroysInOrder) {
                                          "destroy audio", "destroy ffmpeg"));
 }
 
+TEST_F(RecordingTest, IsPausedAndGoesOn) {
+  controller_->setMicrophoneDevice("mic");
+  EXPECT_FALSE(controller_->pauseRecord()) << "nothing is recorded";
+  ASSERT_TRUE(controller_->startRecord());
+  EXPECT_FALSE(controller_->resumeRecord()) << "it is not paused";
+  stage_.Take();
+  for (int pause = 0; pause < 2; ++pause) {
+    EXPECT_TRUE(controller_->pauseRecord());
+    EXPECT_FALSE(controller_->pauseRecord());
+    EXPECT_TRUE(controller_->isCapturing());
+    EXPECT_THAT(stage_.Take(), ElementsAre("pause video, clock goes", "pause audio, clock goes"));
+    EXPECT_TRUE(stage_.clock->paused());
+    EXPECT_TRUE(controller_->resumeRecord());
+    EXPECT_FALSE(controller_->resumeRecord());
+    EXPECT_THAT(stage_.Take(), ElementsAre("resume audio, clock goes", "resume video, clock goes"));
+  }
+}
+
+TEST_F(RecordingTest, IsStoppedWhilePausedAndStartsAnewUnpaused) {
+  ASSERT_TRUE(controller_->startRecord());
+  EXPECT_TRUE(controller_->pauseRecord());
+  EXPECT_TRUE(controller_->stopRecord());
+  EXPECT_FALSE(controller_->resumeRecord());
+  ASSERT_TRUE(controller_->startRecord());
+  EXPECT_FALSE(stage_.clock->paused());
+  EXPECT_TRUE(controller_->pauseRecord());
+}
+
 TEST_F(RecordingTest, GivesEachPartACopyOfTheSettings) {
   controller_->setSpeakerDevice("speaker");
   controller_->setFrameRate(7);

@@ -238,6 +238,13 @@ class FakeCapturePlatform : public CapturePlatform {
     system_->Answer("SetOutputFormat " + std::to_string(static_cast<std::uint32_t>(format)));
   }
 
+  bool Perform(const char* name, const std::function<void()>& work) override {
+    if (system_->Answer(std::string("Perform ") + name) != 0) {
+      return false;
+    }
+    work();
+    return true;
+  }
   void StartCapture() override { system_->Answer("StartCapture"); }
   void CloseSession() override { system_->Answer("CloseSession"); }
   void ReleaseTarget() override { system_->Answer("ReleaseTarget"); }

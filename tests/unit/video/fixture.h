@@ -24,7 +24,7 @@ class VideoCaptureTest : public ::testing::Test {
   ~VideoCaptureTest() override { Logger::SetLevel(levelBefore_); }
 
   std::unique_ptr<VideoCapture> Construct() {
-    return std::make_unique<VideoCapture>(settings_, encoder_, system_->desktop,
+    return std::make_unique<VideoCapture>(settings_, encoder_, system_->desktop, clock_,
                                           std::make_unique<FakeCapturePlatform>(system_));
   }
 
@@ -48,6 +48,7 @@ class VideoCaptureTest : public ::testing::Test {
   CaptureSettings settings_;
   std::shared_ptr<FakeSystem> system_ = std::make_shared<FakeSystem>();
   FakeEncoder encoder_{system_->journal};
+  std::shared_ptr<PausableClock> clock_ = std::make_shared<PausableClock>();
 
  private:
   LogLevel levelBefore_ = Logger::Level();

@@ -9,12 +9,14 @@
 #include "fake_encoder.h"
 #include "fake_system.h"
 #include "support/captured_log.h"
+#include "support/hand_clock.h"
 
 namespace brisolte::testing {
 namespace {
 
 using namespace std::chrono_literals;
 using ::testing::Contains;
+using ::testing::ElementsAre;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
 
@@ -40,12 +42,28 @@ class FrameDeliveryTest : public ::testing::Test {
  protected:
   FrameDeliveryTest() { system_.frames = {50'000'000}; }
 
+  /// A frame that was captured at this time arrives.
+  void Arrive(FrameDelivery& delivery, std::int64_t milliseconds) {
+    system_.frames = {milliseconds * 10'000};
+    FakeFrameSource source(system_);
+    EXPECT_EQ(delivery.OnFrameArrived(source), 0);
+  }
+
+  /// What happened since the last call.
+  std::vector<std::string> Take() {
+    const auto entries = system_.journal.entries();
+    system_.journal.Clear();
+    return entries;
+  }
+
   FakeSystem system_;
   FakeEncoder encoder_{system_.journal};
+  HandClock steady_;
+  std::shared_ptr<PausableClock> clock_ = std::make_shared<PausableClock>(steady_.now());
 };
 
 TEST_F(FrameDeliveryTest, StopFinishesTheFrameThatIsHavingItsTurn) {
-  FrameDelivery delivery(encoder_, 30, 60s);
+  FrameDelivery delivery(encoder_, 30, clock_, 60s);
   HangingSource source(system_);
   delivery.Start();
   const std::jthread service([&] { delivery.OnFrameArrived(source); });
@@ -57,7 +75,7 @@ TEST_F(FrameDeliveryTest, StopFinishesTheFrameThatIsHavingItsTurn) {
 }
 
 TEST_F(FrameDeliveryTest, StopDoesNotWaitForAServiceThatDoesNotComeBack) {
-  const auto delivery = std::make_shared<FrameDelivery>(encoder_, 30, 20ms);
+  const auto delivery = std::make_shared<FrameDelivery>(encoder_, 30, clock_, 20ms);
   HangingSource source(system_);
   delivery->Start();
   std::jthread service([&] { delivery->OnFrameArrived(source); });
@@ -75,8 +93,108 @@ TEST_F(FrameDeliveryTest, StopDoesNotWaitForAServiceThatDoesNotComeBack) {
   EXPECT_THAT(system_.journal.entries(), Not(Contains(StartsWith("encode"))));
 }
 
+TEST_F(FrameDeliveryTest, HandsNothingOnWhilePausedAndGoesOnAsIfNoTimeHadPassed) {
+  FrameDelivery delivery(encoder_, 30, clock_);
+  delivery.Start();
+  Arrive(delivery, 5000);
+  delivery.Pause();
+  clock_->Pause();
+  Take();
+  steady_.Set(60'000);
+  clock_->Resume();
+  delivery.Resume();
+  delivery.DeliverKept();
+  EXPECT_THAT(Take(), IsEmpty()) << "nothing had come";
+  Arrive(delivery, 65'040);
+  EXPECT_THAT(Take(), Contains("encode 40 40"));
+}
+
+TEST_F(FrameDeliveryTest, HandsTheLastFrameOfAPauseOnAfterIt) {
+  FrameDelivery delivery(encoder_, 30, clock_);
+  delivery.Start();
+  Arrive(delivery, 5000);
+  Take();
+  delivery.Pause();
+  clock_->Pause();
+  Arrive(delivery, 20'000);
+  EXPECT_THAT(Take(), IsEmpty()) << "it is kept";
+  Arrive(delivery, 65'004);
+  EXPECT_THAT(Take(), ElementsAre("release frame")) << "of the two the earlier one";
+  steady_.Set(60'000);
+  clock_->Resume();
+  delivery.Resume();
+  delivery.DeliverKept();
+  EXPECT_EQ(delivery.framesProcessed(), 2) << "although less than a frame's time after the one before";
+  EXPECT_THAT(Take(),
+              ElementsAre(StartsWith("convert"), "close frame", StartsWith("encode"), "release frame"));
+  Arrive(delivery, 75'000);
+  EXPECT_THAT(Take(), Contains(StartsWith("encode 10000 ")));
+}
+
+TEST_F(FrameDeliveryTest, CountsAKeptFrameAsCapturedAfterThePause) {
+  using std::chrono::steady_clock;
+  clock_ = std::make_shared<PausableClock>();
+  FrameDelivery delivery(encoder_, 30, clock_);
+  delivery.Start();
+  Arrive(delivery, 5000);
+  delivery.Pause();
+  clock_->Pause();
+  const auto paused = steady_clock::now();
+  Arrive(delivery, 5010);
+  while (steady_clock::now() - paused < 50ms) {
+    std::this_thread::yield();
+  }
+  clock_->Resume();
+  const auto resumed = steady_clock::now();
+  delivery.Resume();
+  Take();
+  delivery.DeliverKept();
+  const auto delivered = std::chrono::ceil<std::chrono::milliseconds>(steady_clock::now() - resumed).count();
+  const std::string encode = Take().at(2);
+  const std::int64_t time = std::stoll(encode.substr(encode.find(' ')));
+  EXPECT_GE(time, 9) << "the pause is left out";
+  EXPECT_LE(time, 11 + delivered);
+}
+
+TEST_F(FrameDeliveryTest, LetsAKeptFrameGoForALaterOne) {
+  FrameDelivery delivery(encoder_, 30, clock_);
+  delivery.Start();
+  delivery.Pause();
+  Arrive(delivery, 5000);
+  delivery.Resume();
+  Arrive(delivery, 5040);
+  EXPECT_THAT(Take(),
+              ElementsAre("release frame", "convert 0 0", "close frame", "encode 0 0", "release frame"));
+  delivery.DeliverKept();
+  EXPECT_THAT(Take(), IsEmpty());
+}
+
+TEST_F(FrameDeliveryTest, GivesAKeptFrameBackAfterTheEnd) {
+  FrameDelivery delivery(encoder_, 30, clock_);
+  delivery.Start();
+  delivery.Pause();
+  Arrive(delivery, 5000);
+  EXPECT_TRUE(delivery.Stop());
+  EXPECT_THAT(Take(), IsEmpty()) << "not on this thread";
+  delivery.DeliverKept();
+  EXPECT_THAT(Take(), ElementsAre("release frame"));
+}
+
+TEST_F(FrameDeliveryTest, PauseWaitsForTheFrameThatIsHavingItsTurn) {
+  FrameDelivery delivery(encoder_, 30, clock_, 60s);
+  HangingSource source(system_);
+  delivery.Start();
+  const std::jthread service([&] { delivery.OnFrameArrived(source); });
+  source.hanging.acquire();
+  const std::jthread wakes([&] { source.comeBack.release(); });
+  delivery.Pause();
+  EXPECT_THAT(delivery.framesProcessed() == 1 ? Take() : std::vector<std::string>{"kept"},
+              ::testing::AnyOf(Contains("release frame"), ElementsAre("kept")));
+  EXPECT_THAT(Take(), IsEmpty());
+}
+
 TEST_F(FrameDeliveryTest, CountsArrivalsSinceTheStart) {
-  FrameDelivery delivery(encoder_, 30);
+  FrameDelivery delivery(encoder_, 30, clock_);
   FakeFrameSource source(system_);
   delivery.OnFrameArrived(source);
   EXPECT_THAT(system_.journal.entries(), IsEmpty());

@@ -76,6 +76,15 @@ TEST(FramePacer, TakesTheFrameAfterOneOfTimeZeroForTheFirstAgain) {
   EXPECT_FALSE(pacer.Arrive(60).isFirst);
 }
 
+TEST(FramePacer, TakesAFrameThatIsDueWheneverItComes) {
+  FramePacer pacer(30);
+  EXPECT_TRUE(pacer.ArriveDue(5000).isFirst);
+  EXPECT_EQ(pacer.ArriveDue(5010).accepted->sinceStart, 10);
+  EXPECT_FALSE(pacer.Arrive(5030).accepted) << "the pace goes on from there";
+  EXPECT_EQ(pacer.Arrive(5040).accepted->sinceLast, 30);
+  EXPECT_EQ(pacer.ArriveDue(4000).accepted->sinceLast, 1) << "never before the one before";
+}
+
 TEST(FramePacer, HoldsForTheLargestTimesOfAClock) {
   constexpr std::int64_t kLast = 922'337'203'685'477;  // the largest number of 100 ns units, in milliseconds
   EXPECT_THAT(Accepted(30, {kLast - 60, kLast - 50, kLast}), ElementsAre(kLast - 60, kLast));

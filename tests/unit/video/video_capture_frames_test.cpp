@@ -44,6 +44,36 @@ TEST_F(VideoCaptureFrames, ThatCannotBeConvertedAreClosedAndSkipped) {
   EXPECT_THAT(calls(), Contains("encode 40 40"));
 }
 
+TEST_F(VideoCaptureFrames, OfAPauseAreKeptUntilItEnds) {
+  const auto capture = Running();
+  system_->ArriveAtMs(5000);
+  capture->Pause();
+  system_->journal.Clear();
+  system_->ArriveAtMs(5100);
+  EXPECT_THAT(calls(), IsEmpty());
+  capture->Resume();
+  EXPECT_THAT(calls(), ElementsAre("Perform the frame kept in a pause", StartsWith("convert 10"),
+                                   "close frame", StartsWith("encode 10"), "release frame"));
+}
+
+TEST_F(VideoCaptureFrames, OfAPauseAreGivenBackWhereTheyMayBeUsed) {
+  const auto capture = Running();
+  capture->Pause();
+  system_->ArriveAtMs(5000);
+  capture->Stop();
+  EXPECT_THAT(calls(), ElementsAre("Perform the frame kept in a pause", "release frame", "CloseSession",
+                                   "ReleaseTarget"));
+}
+
+TEST_F(VideoCaptureFrames, ComeAgainWhenThatOfAPauseCannotBeHandedOn) {
+  const auto capture = Running();
+  capture->Pause();
+  system_->results["Perform the frame kept in a pause"] = kFailure;
+  capture->Resume();
+  system_->ArriveAtMs(5000);
+  EXPECT_THAT(calls(), Contains("encode 0 0"));
+}
+
 TEST_F(VideoCaptureFrames, MayBeMissing) {
   const auto capture = Running();
   const CapturedLog log;

@@ -59,7 +59,7 @@ class WatchedEncoder : public FakeEncoder {
 class VideoCaptureRaces : public VideoCaptureTest {
  protected:
   VideoCaptureRaces() {
-    capture_ = std::make_unique<VideoCapture>(settings_, watched_, system_->desktop,
+    capture_ = std::make_unique<VideoCapture>(settings_, watched_, system_->desktop, clock_,
                                               std::make_unique<FakeCapturePlatform>(system_));
     capture_->Start();
   }

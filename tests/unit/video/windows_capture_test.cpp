@@ -54,9 +54,11 @@ class WindowsCapture : public ::testing::Test {
   ~WindowsCapture() override { Logger::SetLevel(LogLevel::kInfo); }
   void TearDown() override { EXPECT_EQ(ComLetGoCount(), 0); }
 
+  const std::shared_ptr<PausableClock> clock_ = std::make_shared<PausableClock>();
+
   /// A capture of `settings_` that runs.
   std::unique_ptr<CaptureSource> Running(KeepingEncoder& encoder) {
-    auto capture = CreateVideoCapture(settings_, encoder, *desktop_);
+    auto capture = CreateVideoCapture(settings_, encoder, *desktop_, clock_);
     if (!capture->initialized() || !capture->Start()) {
       throw std::runtime_error("the capture does not start");
     }
@@ -284,7 +286,7 @@ TEST_F(WindowsCapture, WorksOnThreadsOfAnyApartment) {
 TEST_F(WindowsCapture, WorksOnAThreadThatChangesItsApartment) {
   const auto run = [&] {
     KeepingEncoder encoder(true);
-    const auto capture = CreateVideoCapture(settings_, encoder, *desktop_);
+    const auto capture = CreateVideoCapture(settings_, encoder, *desktop_, clock_);
     // What the recording of sound does between the making of a session and its start.
     const ComApartment sound(COINIT_APARTMENTTHREADED);
     EXPECT_TRUE(SUCCEEDED(sound.result()));
@@ -303,7 +305,26 @@ TEST_F(WindowsCapture, ShowsAWindowOfItsOwnThread) {
   settings_.windowHandle = window.number();
   KeepingEncoder encoder(true);
   const CapturedLog log(LogLevel::kWarn);
-  EXPECT_TRUE(CreateVideoCapture(settings_, encoder, *desktop_)->initialized()) << log.text();
+  EXPECT_TRUE(CreateVideoCapture(settings_, encoder, *desktop_, clock_)->initialized()) << log.text();
+}
+
+TEST_F(WindowsCapture, ShowsAfterAPauseWhatChangedInIt) {
+  PaintedWindow window({100, 80, 300, 200});
+  AimAt(window);
+  KeepingEncoder encoder(false);
+  const auto capture = Running(encoder);
+  const Picture before = encoder.WaitFor([](const Picture& frame) { return frame.Rgb(60, 40) == kRed; });
+  ASSERT_EQ(before.width, 200);
+  capture->Pause();
+  clock_->Pause();
+  window.Paint(RGB(0, 0, 255));
+  KeepingEncoder beside(false);
+  const auto witness = Running(beside);
+  ASSERT_EQ(beside.WaitFor([](const Picture& frame) { return frame.Rgb(60, 40) == kBlue; }).width, 200);
+  EXPECT_EQ(encoder.WaitForFrame().Rgb(60, 40), kRed);
+  clock_->Resume();
+  capture->Resume();
+  EXPECT_EQ(encoder.WaitFor([](const Picture& frame) { return frame.Rgb(60, 40) == kBlue; }).width, 200);
 }
 
 TEST_F(WindowsCapture, LeavesNothingBehind) {
@@ -320,7 +341,7 @@ TEST_F(WindowsCapture, RefusesARegionOutside) {
   AimAt(CaptureRegion{GetSystemMetrics(SM_CXSCREEN), 0, 100, 100});
   KeepingEncoder encoder(true);
   const CapturedLog log(LogLevel::kWarn);
-  EXPECT_FALSE(CreateVideoCapture(settings_, encoder, *desktop_)->initialized());
+  EXPECT_FALSE(CreateVideoCapture(settings_, encoder, *desktop_, clock_)->initialized());
   EXPECT_TRUE(log.has("[ERROR] Region lies outside the monitor"));
 }
 
@@ -353,13 +374,13 @@ TEST_F(WindowsCaptureFaults, OfAServiceThatDoesNotAnswerAreNamed) {
     const StandinFault fault("CreateForMonitor hang");
     KeepingEncoder encoder(true);
     const CapturedLog log(LogLevel::kWarn);
-    EXPECT_FALSE(CreateVideoCapture(settings_, encoder, *desktop_)->initialized());
+    EXPECT_FALSE(CreateVideoCapture(settings_, encoder, *desktop_, clock_)->initialized());
     EXPECT_TRUE(log.has("[ERROR] Capture service does not answer, left behind: CreateForMonitor"));
     EXPECT_THAT(log.text(), HasSubstr("Failed to create monitor videoCapture item: HRESULT: 0x800705b4"));
   }
   {
     KeepingEncoder encoder(true);
-    const auto capture = CreateVideoCapture(settings_, encoder, *desktop_);
+    const auto capture = CreateVideoCapture(settings_, encoder, *desktop_, clock_);
     const StandinFault fault("StartCapture hang");
     const CapturedLog log(LogLevel::kWarn);
     EXPECT_THROW(capture->Start(), HResultError);
@@ -387,7 +408,7 @@ TEST_F(WindowsCaptureFaults, OfConstructionAreNamed) {
     const StandinFault fault(call + " 0x80004005");
     KeepingEncoder encoder(true);
     const CapturedLog log(LogLevel::kWarn);
-    EXPECT_FALSE(CreateVideoCapture(settings_, encoder, *desktop_)->initialized()) << call;
+    EXPECT_FALSE(CreateVideoCapture(settings_, encoder, *desktop_, clock_)->initialized()) << call;
     EXPECT_THAT(log.text(), HasSubstr(text)) << call;
   }
 }
@@ -396,14 +417,14 @@ TEST_F(WindowsCaptureFaults, OfConstructionWithoutATextAreRaised) {
   for (const char* call : {"get_Size", "GetFramePoolStatics", "add_FrameArrived"}) {
     const StandinFault fault(std::string(call) + " 0x80004005");
     KeepingEncoder encoder(true);
-    EXPECT_THROW(CreateVideoCapture(settings_, encoder, *desktop_), HResultError) << call;
+    EXPECT_THROW(CreateVideoCapture(settings_, encoder, *desktop_, clock_), HResultError) << call;
   }
 }
 
 TEST_F(WindowsCaptureFaults, OfTheStartAreRaised) {
   const StandinFault fault("StartCapture 0x80004005");
   KeepingEncoder encoder(true);
-  const auto capture = CreateVideoCapture(settings_, encoder, *desktop_);
+  const auto capture = CreateVideoCapture(settings_, encoder, *desktop_, clock_);
   EXPECT_THROW(capture->Start(), HResultError);
 }
 
@@ -429,7 +450,7 @@ TEST_F(WindowsCaptureFaults, OfAFrameCostThatFrameOnly) {
     PaintedWindow window({100, 80, 300, 200});
     KeepingEncoder encoder(true);
     const CapturedLog log(LogLevel::kWarn);
-    auto capture = CreateVideoCapture(settings_, encoder, *desktop_);
+    auto capture = CreateVideoCapture(settings_, encoder, *desktop_, clock_);
     ASSERT_TRUE(capture->initialized()) << call;
     const StandinFault fault(call + " 0x80004005 times 1");
     capture->Start();
