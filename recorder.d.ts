@@ -38,7 +38,7 @@ export interface RecorderOptions extends Target {
   bitrate?: number;
   /** Bits per second of the sound, of `mf_h264` and `mf_hevc`; 128000 unless given. */
   audioBitrate?: number;
-  /** Stops the recording when it is so long or so large, or when its disk has less room. */
+  /** Stops the recording when it is so long, without pauses, or so large, or when its disk has less room. */
   stopAfter?: { seconds?: number; bytes?: number; freeBytes?: number };
   /** Splits the recording into files of at least this length, 1 s or more, or of at least this size. */
   segments?: { seconds?: number; bytes?: number };
@@ -67,8 +67,10 @@ export interface LogEntry {
 
 /** How far a recording is. */
 export interface Progress {
-  /** Since its start. */
+  /** Recorded so far, without the pauses. */
   seconds: number;
+  /** Whether it is paused. */
+  paused: boolean;
   /** Of all its files. */
   bytes: number;
   /** What its disk has left; not there where the system does not tell. */
@@ -104,7 +106,11 @@ export interface Recording {
 export interface RecorderEvents {
   /** It records. */
   start: [{ file: string }];
-  /** Each second. */
+  /** What happens from now on is left out; so long is what was recorded. */
+  pause: [{ file: string; seconds: number }];
+  /** It goes on. */
+  resume: [{ file: string; seconds: number }];
+  /** Each second, also while it is paused. */
   progress: [Progress];
   log: [LogEntry];
   /** A file of a recording that is split is complete. */
@@ -133,8 +139,11 @@ export class Recorder extends EventEmitter {
   /** The process that records; undefined while there is none. */
   readonly pid: number | undefined;
 
-  /** Whether a recording runs. */
+  /** Whether a recording runs, also while it is paused. */
   readonly recording: boolean;
+
+  /** Whether the recording that runs is paused. */
+  readonly paused: boolean;
 
   /**
    * Starts a recording; the process first, if there is none.
@@ -143,6 +152,17 @@ export class Recorder extends EventEmitter {
    * container cannot hold what is to be recorded.
    */
   start(): Promise<void>;
+
+  /**
+   * Leaves out what happens until `resume`: in the file the picture and the sound after the pause follow what was before it. The devices
+   * stay open, and `stop` is heard. Nothing happens when it is paused already.
+   *
+   * Rejected with a `RecorderError` when nothing is recorded.
+   */
+  pause(): Promise<void>;
+
+  /** Goes on recording. Nothing happens when it is not paused. Rejected with a `RecorderError` when nothing is recorded. */
+  resume(): Promise<void>;
 
   /**
    * Stops the recording; resolves when its file is complete. When it has ended already, that is how it ended.

@@ -72,6 +72,10 @@ class Recorder extends EventEmitter {
     return this.#recording !== undefined;
   }
 
+  get paused() {
+    return this.#recording?.paused === true;
+  }
+
   async start() {
     if (this.#starting || this.#recording) {
       throw new RecorderError('ERR_RECORDER_STATE', 'This recorder records already. Make another one for another recording');
@@ -160,6 +164,27 @@ class Recorder extends EventEmitter {
     if (!stopping) {
       this.#recording.watch = limit(within, () => connection.giveUp(within));
       this.#recording.watch.start();
+    }
+  }
+
+  async pause() {
+    await this.#setPaused('pause');
+  }
+
+  async resume() {
+    await this.#setPaused('resume');
+  }
+
+  async #setPaused(call) {
+    await this.#starting;
+    if (!this.#recording || this.#recording.stopping) {
+      throw new RecorderError('ERR_RECORDER_STATE', 'Nothing is recorded. Call start first');
+    }
+    const recording = this.#recording;
+    const { changed, file, seconds } = await recording.connection.ask(call, undefined, this.#limits.start);
+    recording.paused = call === 'pause';
+    if (changed && recording === this.#recording) {
+      this.#tell(call, { file, seconds });
     }
   }
 

@@ -10,6 +10,7 @@ const { RecorderError } = require('../errors');
 const { isComplete } = require('./container');
 const { exists, putInPlace, segmentName } = require('./place');
 const { apply, LEVELS } = require('./settings');
+const { Stopwatch } = require('./stopwatch');
 const { Take } = require('./take');
 
 const LOOK_MS = 250;
@@ -28,7 +29,8 @@ class Recording {
   #instances = [];
   #take;
   #done = [];
-  #startedAt;
+  #recorded = new Stopwatch();
+  #paused = false;
   #ending;
   #work = Promise.resolve();
   #nextLook;
@@ -63,7 +65,8 @@ class Recording {
       await this.#refuseExisting();
       this.#setLogLevel(this.#wanted.logLevel);
       this.#take = await this.#newTake(0);
-      this.#startedAt = this.#toldAt = performance.now();
+      this.#recorded.start();
+      this.#toldAt = performance.now();
       this.#lookIn(0);
       return { file: this.#take.file };
     });
@@ -76,6 +79,37 @@ class Recording {
    */
   stop(reason) {
     return (this.#ending ??= this.#alone(() => this.#end(reason)));
+  }
+
+  /**
+   * Leaves out what happens until it is resumed.
+   * @returns {Promise<{changed: boolean, file: string, seconds: number}>} changed: it was not paused
+   */
+  pause() {
+    return this.#alone(() => this.#setPaused(true));
+  }
+
+  /** @returns {Promise<{changed: boolean, file: string, seconds: number}>} changed: it was paused */
+  resume() {
+    return this.#alone(() => this.#setPaused(false));
+  }
+
+  #setPaused(paused) {
+    if (!this.#take || this.#ending) {
+      throw new RecorderError('ERR_RECORDER_STATE', 'The recording has ended');
+    }
+    const changed = paused !== this.#paused;
+    this.#paused = paused;
+    if (changed && paused) {
+      this.#recorded.stop();
+      this.#take.pause();
+    }
+    const { seconds } = this.#recorded;
+    if (changed && !paused) {
+      this.#recorded.start();
+      this.#take.resume();
+    }
+    return { changed, file: this.#take.file, seconds };
   }
 
   // What takes a while must not meet something else that does.
@@ -95,7 +129,8 @@ class Recording {
 
   async #end(reason) {
     clearTimeout(this.#nextLook);
-    const seconds = this.#seconds;
+    this.#recorded.stop();
+    const { seconds } = this.#recorded;
     if (this.#take) {
       const last = this.#take;
       this.#take = undefined;
@@ -106,10 +141,6 @@ class Recording {
     const files = this.#done.filter(({ complete }) => complete).map((each) => each.file);
     const { problem } = this.#done.find((each) => each.problem) ?? {};
     return { result: { file, files, seconds, bytes: this.#bytesDone, reason, problem }, incomplete };
-  }
-
-  get #seconds() {
-    return (performance.now() - this.#startedAt) / 1000;
   }
 
   get #bytesDone() {
@@ -187,7 +218,7 @@ class Recording {
     // A disk that does not tell has no limit.
     const disk = await fs.statfs(this.#wanted.directory).catch(() => undefined);
     const freeBytes = disk && disk.bavail * disk.bsize;
-    return { seconds: this.#seconds, bytes: await this.bytes(), freeBytes, file: this.#take.file };
+    return { seconds: this.#recorded.seconds, paused: this.#paused, bytes: await this.bytes(), freeBytes, file: this.#take.file };
   }
 
   #limitReached(progress) {
@@ -201,7 +232,7 @@ class Recording {
   #isFull(progress) {
     const { seconds = Infinity, bytes = Infinity } = this.#wanted.segments;
     // Files are named by the second in which they begin.
-    return this.#take.seconds >= 1 && performance.now() >= this.#nextTry && (this.#take.seconds >= seconds || progress.bytes - this.#bytesDone >= bytes);
+    return !this.#paused && this.#take.seconds >= 1 && performance.now() >= this.#nextTry && (this.#take.seconds >= seconds || progress.bytes - this.#bytesDone >= bytes);
   }
 
   async #beginSegment() {
@@ -236,7 +267,7 @@ class Recording {
 
   #untilNextLook() {
     const { stopAfter, segments } = this.#wanted;
-    const left = [stopAfter.seconds - this.#seconds, segments.seconds - this.#take.seconds].filter((seconds) => seconds > 0);
+    const left = [stopAfter.seconds - this.#recorded.seconds, segments.seconds - this.#take.seconds].filter((seconds) => seconds > 0);
     return Math.min(LOOK_MS, ...left.map((seconds) => seconds * 1000));
   }
 

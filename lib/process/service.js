@@ -18,7 +18,9 @@ class Service {
     list: (kind) => listOf(this.#instance(), kind),
     screenshot: ({ target, file }) => this.#screenshot(target, file),
     start: (wanted) => this.#start(wanted),
-    stop: (reason) => this.#stop(reason),
+    pause: () => this.#running().pause(),
+    resume: () => this.#running().resume(),
+    stop: (reason) => this.#running().stop(reason),
   };
 
   /** @param {{tell: Function, ask: Function}} host the process that started this one */
@@ -67,11 +69,11 @@ class Service {
     return this.#recording.start();
   }
 
-  #stop(reason) {
+  #running() {
     if (!this.#recording) {
       throw new RecorderError('ERR_RECORDER_STATE', 'Nothing is recorded');
     }
-    return this.#recording.stop(reason);
+    return this.#recording;
   }
 }
 

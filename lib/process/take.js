@@ -3,10 +3,10 @@
 // One file of a recording: a start and a stop of an instance of the module.
 
 const fs = require('node:fs/promises');
-const { performance } = require('node:perf_hooks');
 const { setTimeout: delay } = require('node:timers/promises');
 const { RecorderError } = require('../errors');
 const { exists } = require('./place');
+const { Stopwatch } = require('./stopwatch');
 
 const secondNow = () => Math.floor(Date.now() / 1000);
 
@@ -15,8 +15,7 @@ const latest = { directory: undefined, second: undefined, file: undefined };
 
 class Take {
   #instance;
-  #startedAt;
-  #stoppedAt;
+  #recorded = new Stopwatch();
   file;
 
   /** @param {object} instance of the module, with its settings */
@@ -35,7 +34,7 @@ class Take {
     if (!started) {
       throw new RecorderError('ERR_RECORDER_START', 'The recording did not start');
     }
-    this.#startedAt = performance.now();
+    this.#recorded.start();
   }
 
   #started() {
@@ -47,13 +46,23 @@ class Take {
     }
   }
 
+  pause() {
+    this.#recorded.stop();
+    this.#instance.pauseRecord();
+  }
+
+  resume() {
+    this.#instance.resumeRecord();
+    this.#recorded.start();
+  }
+
   stop() {
-    this.#stoppedAt = performance.now();
+    this.#recorded.stop();
     this.#instance.stopRecord();
   }
 
   get seconds() {
-    return ((this.#stoppedAt ?? performance.now()) - this.#startedAt) / 1000;
+    return this.#recorded.seconds;
   }
 
   /** What the file has by now. */

@@ -120,9 +120,23 @@ class Brisolte {
       return AT_START[encoder]();
     }
     fs.appendFileSync(this.#file, box('free'));
-    this.#writer = setInterval(() => fs.appendFileSync(this.#file, box('mdat', 992)), 20);
+    this.#write();
     write(2, '[libx264 @ 0x55] profile High\n');
     WHILE_RECORDING[encoder]?.(this.#tell);
+    return true;
+  }
+
+  #write() {
+    this.#writer = setInterval(() => fs.appendFileSync(this.#file, box('mdat', 992)), 20);
+  }
+
+  pauseRecord() {
+    clearInterval(this.#writer);
+    return true;
+  }
+
+  resumeRecord() {
+    this.#write();
     return true;
   }
 
