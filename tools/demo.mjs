@@ -19,6 +19,7 @@ const USAGE = `usage: npm run demo -- [options]
   --window TITLE               the window to record, by its whole title
   --region L,T,W,H             the region to record: left, top, width, height
   --encoder NAME               video encoder, libx264 unless said otherwise
+  --pause FROM,TO              leaves out what happens between these seconds after the start
   --audio                      records the microphone and the speaker as well
   --out DIR                    where the recording, frame.png and index.html go, demo-out unless said otherwise
   --json FILE                  writes what was measured to FILE
@@ -32,6 +33,7 @@ const OPTIONS = {
   window: { type: 'string' },
   region: { type: 'string' },
   encoder: { type: 'string', default: 'libx264' },
+  pause: { type: 'string' },
   audio: { type: 'boolean', default: false },
   out: { type: 'string', default: 'demo-out' },
   json: { type: 'string' },
@@ -139,7 +141,7 @@ async function record(request, outputDir, screenshot, log) {
 }
 
 /** What is written behind `node`, once for each command. */
-function commandLines({ mode, window, region, fps, encoder, audio, seconds }, outputDir, screenshot) {
+function commandLines({ mode, window, region, fps, encoder, pause, audio, seconds }, outputDir, screenshot) {
   const { left, top, width, height } = region ?? DEFAULT_REGION;
   const target = {
     screen: [],
@@ -148,6 +150,7 @@ function commandLines({ mode, window, region, fps, encoder, audio, seconds }, ou
   }[mode];
   const record = [
     ...['record', ...target, '--fps', String(fps), '--encoder', encoder, '--seconds', String(seconds), '--out', windowsPath(outputDir)],
+    ...(pause ? ['--pause', pause] : []),
     ...(audio ? ['--audio'] : []),
     '--verbose',
   ];

@@ -26,11 +26,17 @@ async function screenshot({ options, file, json }) {
   }
 }
 
-async function record({ options, json, verbose }) {
+/** Pauses between these milliseconds from now on, unless the recording ends before. */
+function pauseBetween(recorder, { from, to }) {
+  setTimeout(() => recorder.pause().catch(() => {}), from).unref();
+  setTimeout(() => recorder.resume().catch(() => {}), to).unref();
+}
+
+async function record({ options, pause, json, verbose }) {
   const recorder = new Recorder({ ...options, logLevel: verbose ? 'debug' : 'error' });
   const status = new StatusLine(process.stderr);
   if (json) {
-    ['start', 'progress', 'segment'].forEach((event) => recorder.on(event, (given) => sayJson({ event, ...given })));
+    ['start', 'progress', 'pause', 'resume', 'segment'].forEach((event) => recorder.on(event, (given) => sayJson({ event, ...given })));
   } else {
     recorder.on('progress', (progress) => status.show(progress));
   }
@@ -43,6 +49,9 @@ async function record({ options, json, verbose }) {
   const stopped = new Promise((resolve) => recorder.once('stop', resolve));
   process.on('SIGINT', () => recorder.stop().catch(() => {}));
   await recorder.start();
+  if (pause) {
+    pauseBetween(recorder, pause);
+  }
   await stopped;
   status.end();
   const result = await recorder.stop();

@@ -25,6 +25,7 @@ for record:
   --encoder NAME         video encoder, libx264 unless said otherwise
   --bitrate N            bits per second of the picture, 5000000 unless said otherwise
   --seconds N            stops after so long; without it, at Ctrl+C
+  --pause FROM,TO        leaves out what happens between these seconds after the start
   --bytes N              stops when the recording is so large
   --free-bytes N         stops when the disk has less room
   --segment-seconds N    splits the recording into files of this length
@@ -43,9 +44,11 @@ const OPTIONS = {
   record: {
     ...{ ...TARGET, 'no-picture': flag, file: text, out: text, overwrite: flag, microphone: text, speaker: text, audio: flag },
     ...{ fps: text, encoder: text, bitrate: text, seconds: text, bytes: text, 'free-bytes': text, 'segment-seconds': text },
-    ...{ 'segment-bytes': text, verbose: flag },
+    ...{ 'segment-bytes': text, pause: text, verbose: flag },
   },
 };
+
+const LONGEST_TIMER_MS = 2 ** 31 - 1;
 
 /** Something that is wrong with what was written. */
 class UsageError extends Error {}
@@ -72,6 +75,18 @@ function region(value) {
   }
   const [left, top, width, height] = numbers;
   return { left, top, width, height };
+}
+
+/** Between which milliseconds after the start it is paused. */
+function pauseOf(value) {
+  if (value === undefined) {
+    return undefined;
+  }
+  const [from, to, ...more] = value.split(',').map((each) => 1000 * Number(each));
+  if (more.length > 0 || !(from >= 0 && to > from && to <= LONGEST_TIMER_MS)) {
+    throw new UsageError(`--pause ${value} is not two numbers of seconds FROM,TO`);
+  }
+  return { from, to };
 }
 
 const targetOf = (values) => ({
@@ -103,7 +118,7 @@ function recordingOf(values) {
 
 /**
  * @param {string[]} words behind the program's name
- * @returns {{command: string, json: boolean, verbose: boolean, options: object, file?: string}} `command` is `help` when that was
+ * @returns {{command: string, json: boolean, verbose: boolean, options: object, file?: string, pause?: {from: number, to: number}}} `command` is `help` when that was
  *   asked for
  * @throws {UsageError}
  */
@@ -123,7 +138,7 @@ function read([command, ...words]) {
     throw new UsageError(command === 'screenshot' ? 'screenshot takes the name of one file' : `${command} takes no ${file}`);
   }
   const options = { list: () => ({}), screenshot: targetOf, record: recordingOf }[command](values);
-  return { command, file, options, json: values.json, verbose: values.verbose ?? false };
+  return { command, file, options, pause: pauseOf(values.pause), json: values.json, verbose: values.verbose ?? false };
 }
 
 function parsed(command, words) {

@@ -28,7 +28,7 @@ class StatusLine {
   }
 
   show(progress) {
-    const text = `recording ${statusText(progress)}`;
+    const text = `${progress.paused ? 'paused' : 'recording'} ${statusText(progress)}`;
     this.#stream.write(this.#stream.isTTY ? `\r${text.padEnd(this.#shown)}` : `${text}\n`);
     this.#shown = text.length;
   }

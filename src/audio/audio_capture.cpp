@@ -4,6 +4,7 @@
 #include <wrl/client.h>
 
 #include <atomic>
+#include <chrono>
 #include <exception>
 #include <optional>
 #include <string>
@@ -23,6 +24,9 @@
 
 namespace brisolte {
 namespace {
+
+/// What devices deliver at a time. Nothing is lost by waiting so long, and hardly a processor used.
+constexpr std::chrono::milliseconds kWaitWhilePaused{10};
 
 class AudioCapture final : public CaptureSource {
  public:
@@ -140,7 +144,8 @@ bool AudioCapture::Start() {
       const AudioThreadPriority priority;
       const PreciseWait wait;
       Logger::Info("+++++++ Starting AudioCapture +++++++");
-      RunCaptureLoop(running_, microphone_, speaker_, [&wait](auto time) { wait.For(time); });
+      RunCaptureLoop(running_, microphone_, speaker_,
+                     [&](auto time) { wait.For(encoder_.paused() ? kWaitWhilePaused : time); });
     });
   } catch (...) {
     running_ = false;

@@ -24,6 +24,7 @@ class EncoderLink {
 
   void Pause() { paused_ = true; }
   void Resume() { paused_ = false; }
+  bool paused() const { return paused_; }
 
   /// When it returns, no delivery is under way or will reach the encoder.
   void Detach() { gate_.Close(); }

@@ -46,11 +46,25 @@ test('what is written becomes what a recorder takes', () => {
   assert.deepEqual([file, target.window], ['a.png', 'Notes 2']);
 });
 
+test('a recording is paused between two moments', async (t) => {
+  const words = ['record', '--seconds', '1.5', '--pause', '0.5,2', '--json'];
+  const { code, output } = await run(t, words);
+  assert.equal(code, 0);
+  const told = output.trim().split('\n').map((line) => JSON.parse(line));
+  assert.deepEqual(told.map(({ event }) => event).filter((event) => event !== 'progress'), ['start', 'pause', 'resume', 'stop']);
+  const [paused, resumed] = ['pause', 'resume'].map((name) => told.find(({ event }) => event === name));
+  assert.ok(paused.seconds >= 0.4 && paused.seconds < 1.5, `${paused.seconds} s`);
+  assert.equal(resumed.seconds, paused.seconds);
+  assert.ok(told.some(({ event, paused: isPaused }) => event === 'progress' && isPaused));
+});
+
 test('what makes no sense is told, with exit code 2', async (t) => {
   const wrong = [
     [['play'], /^play is no command; there are list, record and screenshot$/m],
     [['record', '--unknown'], /Unknown option '--unknown'/],
     [['record', '--region', '1,2,3'], /^--region 1,2,3 is not four whole numbers L,T,W,H$/m],
+    [['record', '--pause', '3'], /^--pause 3 is not two numbers of seconds FROM,TO$/m],
+    [['record', '--pause', '3,2'], /^--pause 3,2 is not two numbers of seconds FROM,TO$/m],
     [['record', '--seconds', 'x'], /^--seconds x is not a number$/m],
     [['record', '--fps', '500'], /^frameRate must be a whole number from 1 to 120, and is 500$/m],
     [['record', '--file', 'a.avi'], /^file must be a name that ends in \.mp4/m],
