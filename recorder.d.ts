@@ -16,6 +16,14 @@ export interface Target {
   source?: string | { id: string; display_id: string };
 }
 
+/** A sound to record. */
+export interface Sound {
+  /** An `AudioDevice`'s `id`, or `'default'`. */
+  id: string;
+  /** How loud, 0 to 10; 1, as it is, unless given. */
+  volume?: number;
+}
+
 /** What is to be recorded, how, and where it goes. */
 export interface RecorderOptions extends Target {
   /** The recording's file. Its ending must be what the encoder records into. It appears when the recording is complete. */
@@ -27,9 +35,9 @@ export interface RecorderOptions extends Target {
   /** `false` records sound alone. */
   picture?: boolean;
   /** An `AudioDevice`'s `id`, or `'default'`; none unless given. */
-  microphone?: string;
+  microphone?: string | Sound;
   /** An `AudioDevice`'s `id`, or `'default'`; none unless given. What it plays is recorded. */
-  speaker?: string;
+  speaker?: string | Sound;
   /** At most about so many pictures a second, 1 to 120, as with `setFrameRate`; 30 unless given. */
   frameRate?: number;
   /** A `VideoCodec`'s `name`, `'mf_h264'` or `'mf_hevc'`; `'libx264'` unless given. */
@@ -77,6 +85,8 @@ export interface Progress {
   freeBytes?: number;
   /** Where it is now; it gets the name that was asked for when it is complete. */
   file: string;
+  /** How loud each sound that is recorded was since the progress before: its loudest sample, as it is recorded, from 0 to 1. */
+  levels: { microphone?: number; speaker?: number };
 }
 
 /** One file of a recording that is split. */
@@ -163,6 +173,19 @@ export class Recorder extends EventEmitter {
 
   /** Goes on recording. Nothing happens when it is not paused. Rejected with a `RecorderError` when nothing is recorded. */
   resume(): Promise<void>;
+
+  /**
+   * Records silence in place of a sound, also in recordings that start later. Before, during and after a recording.
+   *
+   * Rejected with a `TypeError` when it is not recorded.
+   */
+  mute(sound: 'microphone' | 'speaker'): Promise<void>;
+
+  /** Records a sound again. */
+  unmute(sound: 'microphone' | 'speaker'): Promise<void>;
+
+  /** Records a sound so loud, 0 to 10, also in recordings that start later; 1 leaves it as it is. */
+  setVolume(sound: 'microphone' | 'speaker', volume: number): Promise<void>;
 
   /**
    * Stops the recording; resolves when its file is complete. When it has ended already, that is how it ended.

@@ -36,6 +36,35 @@ function text(options, name) {
   return value;
 }
 
+const MOST_VOLUME = 10;
+
+const isVolume = (value) => isNumber(value, 0, MOST_VOLUME);
+
+/** A sound as { id, volume }; undefined when it is left out. */
+function sound(options, name) {
+  const value = options[name];
+  if (value === undefined || isText(value)) {
+    return value === undefined ? undefined : { id: value, volume: 1 };
+  }
+  if (value === null || typeof value !== 'object') {
+    fail(name, 'a text, or an object with id and volume', value);
+  }
+  refuseUnknown(value, ['id', 'volume'], `${name}.`);
+  const { id, volume = 1 } = value;
+  if (!isText(id)) {
+    fail(`${name}.id`, 'a text', id);
+  }
+  if (!isVolume(volume)) {
+    fail(`${name}.volume`, `a number from 0 to ${MOST_VOLUME}`, volume);
+  }
+  return { id, volume };
+}
+
+/** @throws {TypeError} when it is none */
+function volumeOf(value) {
+  return isVolume(value) ? value : fail('volume', `a number from 0 to ${MOST_VOLUME}`, value);
+}
+
 function truth(options, name, otherwise) {
   const value = options[name] ?? otherwise;
   if (typeof value !== 'boolean') {
@@ -146,7 +175,7 @@ function recordingOf(options) {
     fail('logLevel', `one of ${listed(LEVELS)}`, logLevel);
   }
   const shown = target(options);
-  const sounds = { microphone: text(options, 'microphone'), speaker: text(options, 'speaker') };
+  const sounds = { microphone: sound(options, 'microphone'), speaker: sound(options, 'speaker') };
   if (!shown && !sounds.microphone && !sounds.speaker) {
     throw new TypeError('picture can be false only with a microphone or a speaker');
   }
@@ -186,4 +215,4 @@ function screenshotOf(options = {}, file) {
   return { target: target(options), file: path.resolve(file) };
 }
 
-module.exports = { LEVELS, recordingOf, screenshotOf, signalOf };
+module.exports = { LEVELS, recordingOf, screenshotOf, signalOf, volumeOf };

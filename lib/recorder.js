@@ -7,7 +7,7 @@ const { playsWithoutEnd } = require('./containers');
 const { RecorderError } = require('./errors');
 const { launcher } = require('./launch');
 const { LIMITS, stopLimit } = require('./limits');
-const { LEVELS, recordingOf, screenshotOf, signalOf } = require('./options');
+const { LEVELS, recordingOf, screenshotOf, signalOf, volumeOf } = require('./options');
 const { Shared } = require('./shared');
 const { limit } = require('./time');
 
@@ -16,9 +16,16 @@ const NO_HEADER = /Failed to write file header/;
 
 const shared = new Shared(launcher);
 
+/** How loud the sounds of a recording are recorded, by their names. */
+const soundsOf = (wanted) =>
+  Object.fromEntries(
+    ['microphone', 'speaker'].filter((sound) => wanted[sound]).map((sound) => [sound, { volume: wanted[sound].volume, muted: false }]),
+  );
+
 /** Records in a process of its own; recorder.d.ts says what it does. */
 class Recorder extends EventEmitter {
   #wanted;
+  #sounds;
   #signal;
   #launcher;
   #limits;
@@ -33,6 +40,7 @@ class Recorder extends EventEmitter {
   constructor(options, { launcher: how = launcher, limits = {} } = {}) {
     super();
     this.#wanted = recordingOf(options);
+    this.#sounds = soundsOf(this.#wanted);
     this.#signal = signalOf(options);
     this.#launcher = how;
     this.#limits = { ...LIMITS, ...limits };
@@ -107,7 +115,7 @@ class Recorder extends EventEmitter {
   async #startNow() {
     const connection = this.#connect(await this.#launcher());
     const before = connection.failures;
-    const ask = () => connection.ask('start', this.#wanted, this.#limits.start);
+    const ask = () => connection.ask('start', { ...this.#wanted, sounds: this.#sounds }, this.#limits.start);
     const { file } = await ask().catch((error) => {
       // A recording that began in the same second keeps a file of the name that this one would have. In the next second it
       // would have another.
@@ -185,6 +193,30 @@ class Recorder extends EventEmitter {
     recording.paused = call === 'pause';
     if (changed && recording === this.#recording) {
       this.#tell(call, { file, seconds });
+    }
+  }
+
+  async mute(sound) {
+    await this.#adjust(sound, { muted: true });
+  }
+
+  async unmute(sound) {
+    await this.#adjust(sound, { muted: false });
+  }
+
+  async setVolume(sound, volume) {
+    await this.#adjust(sound, { volume: volumeOf(volume) });
+  }
+
+  async #adjust(sound, change) {
+    if (!Object.hasOwn(this.#sounds, sound)) {
+      const there = Object.keys(this.#sounds).join(' and ') || 'no sound';
+      throw new TypeError(`${String(sound)} is not recorded; there is ${there}`);
+    }
+    Object.assign(this.#sounds[sound], change);
+    await this.#starting;
+    if (this.#recording && !this.#recording.stopping) {
+      await this.#recording.connection.ask('adjust', this.#sounds, this.#limits.start);
     }
   }
 

@@ -40,7 +40,7 @@ await main(async () => {
     rows[source.name] = await step(`Recording: the ${source.name}, ${SECONDS} s`, () => measure(source));
   }
   console.log('\nSound after picture, in milliseconds; lengths and gaps in seconds:\n');
-  console.table(Object.fromEntries(Object.entries(rows).map(([name, { joints, load, ...row }]) => [name, row])));
+  console.table(Object.fromEntries(Object.entries(rows).map(([name, { whole }]) => [name, whole])));
   if (PAUSES > 0) {
     showPauses(rows);
   }
@@ -62,7 +62,8 @@ async function measure(source) {
     const read = (words, options) => outputOf(sandboxed(root, words, { writable: [dir] }), options);
     const beats = pairs(beatsOfPicture(file, read), beatsOfSound(file, read));
     const all = summary(beats.map(({ offset }) => offset));
-    return { ...all, wallClock: rounded(wallClock), ...lengths(file, read), joints: behindPauses(beats, pausedAt, all.median), load };
+    const whole = { ...all, wallClock: rounded(wallClock), ...lengths(file, read) };
+    return { whole, joints: behindPauses(beats, pausedAt, all.median), load };
   } finally {
     removeScratch(dir);
   }

@@ -31,6 +31,7 @@ class Recording {
   #done = [];
   #recorded = new Stopwatch();
   #paused = false;
+  #sounds;
   #ending;
   #work = Promise.resolve();
   #nextLook;
@@ -48,6 +49,7 @@ class Recording {
     this.#Brisolte = Brisolte;
     this.#wanted = wanted;
     this.#host = host;
+    this.#sounds = wanted.sounds;
   }
 
   get runs() {
@@ -92,6 +94,19 @@ class Recording {
   /** @returns {Promise<{changed: boolean, file: string, seconds: number}>} changed: it was paused */
   resume() {
     return this.#alone(() => this.#setPaused(false));
+  }
+
+  /** @param {Record<string, {volume: number, muted: boolean}>} sounds how loud each is recorded from now on */
+  adjust(sounds) {
+    this.#sounds = sounds;
+    this.#instances.forEach((instance) => this.#adjustInstance(instance));
+  }
+
+  #adjustInstance(instance) {
+    for (const [sound, { volume, muted }] of Object.entries(this.#sounds)) {
+      instance.setVolume(sound, volume);
+      instance.setMuted(sound, muted);
+    }
   }
 
   #setPaused(paused) {
@@ -173,6 +188,7 @@ class Recording {
   async #newTake(number) {
     const instance = this.#instance(number);
     apply(instance, this.#wanted);
+    this.#adjustInstance(instance);
     const take = new Take(instance);
     try {
       await take.start(this.#wanted.directory);
@@ -218,7 +234,13 @@ class Recording {
     // A disk that does not tell has no limit.
     const disk = await fs.statfs(this.#wanted.directory).catch(() => undefined);
     const freeBytes = disk && disk.bavail * disk.bsize;
-    return { seconds: this.#recorded.seconds, paused: this.#paused, bytes: await this.bytes(), freeBytes, file: this.#take.file };
+    return { seconds: this.#recorded.seconds, paused: this.#paused, bytes: await this.bytes(), freeBytes, file: this.#take.file, levels: this.#levels };
+  }
+
+  /** How loud the sounds that are recorded were since the last time. */
+  get #levels() {
+    const levels = this.#take.takeLevels();
+    return Object.fromEntries(Object.keys(this.#sounds).map((sound) => [sound, levels[sound]]));
   }
 
   #limitReached(progress) {

@@ -20,6 +20,7 @@ class Service {
     start: (wanted) => this.#start(wanted),
     pause: () => this.#running().pause(),
     resume: () => this.#running().resume(),
+    adjust: (sounds) => this.#running().adjust(sounds),
     stop: (reason) => this.#running().stop(reason),
   };
 

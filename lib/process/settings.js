@@ -90,8 +90,8 @@ function apply(instance, wanted) {
   set(instance, 'setEncoder', encoder);
   set(instance, 'setOutputDir', directory);
   set(instance, 'setPlayableThroughout', safeFile);
-  set(instance, 'setMicrophoneDevice', microphone ? deviceOf(instance, 'microphone', microphone) : '');
-  set(instance, 'setSpeakerDevice', speaker ? deviceOf(instance, 'speaker', speaker) : '');
+  set(instance, 'setMicrophoneDevice', microphone ? deviceOf(instance, 'microphone', microphone.id) : '');
+  set(instance, 'setSpeakerDevice', speaker ? deviceOf(instance, 'speaker', speaker.id) : '');
   const numbers = { setFrameRate: frameRate, setBitrate: bitrate, setAudioBitrate: audioBitrate };
   Object.entries(numbers)
     .filter(([, value]) => value !== undefined)

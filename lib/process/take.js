@@ -56,6 +56,11 @@ class Take {
     this.#recorded.start();
   }
 
+  /** How loud each sound was since the last time, { microphone, speaker }. */
+  takeLevels() {
+    return this.#instance.takeLevels();
+  }
+
   stop() {
     this.#recorded.stop();
     this.#instance.stopRecord();

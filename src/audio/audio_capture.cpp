@@ -30,7 +30,7 @@ constexpr std::chrono::milliseconds kWaitWhilePaused{10};
 
 class AudioCapture final : public CaptureSource {
  public:
-  AudioCapture(const CaptureSettings& settings, Encoder& encoder);
+  AudioCapture(const CaptureSettings& settings, Encoder& encoder, std::shared_ptr<SoundControls> controls);
   AudioCapture(const AudioCapture&) = delete;
   AudioCapture& operator=(const AudioCapture&) = delete;
   ~AudioCapture() override;
@@ -54,6 +54,7 @@ class AudioCapture final : public CaptureSource {
   std::optional<ComApartment> com_;
   Microsoft::WRL::ComPtr<IMMDeviceEnumerator> enumerator_;
   EncoderLink encoder_;
+  const std::shared_ptr<SoundControls> controls_;
   EndpointStream microphone_;
   EndpointStream speaker_;
   bool initialized_ = false;
@@ -62,8 +63,12 @@ class AudioCapture final : public CaptureSource {
   std::jthread worker_;
 };
 
-AudioCapture::AudioCapture(const CaptureSettings& settings, Encoder& encoder)
-    : encoder_(encoder), microphone_(MicrophoneRole(), encoder_), speaker_(SpeakerRole(), encoder_) {
+AudioCapture::AudioCapture(const CaptureSettings& settings, Encoder& encoder,
+                           std::shared_ptr<SoundControls> controls)
+    : encoder_(encoder),
+      controls_(std::move(controls)),
+      microphone_(MicrophoneRole(), encoder_, controls_->microphone),
+      speaker_(SpeakerRole(), encoder_, controls_->speaker) {
   Logger::Info("AudioCapture: Constructor");
   com_.emplace(COINIT_APARTMENTTHREADED);
   if (!SucceededOrLog(com_->result(), "AudioCapture: Failed to initialize COM: ") || !CreateEnumerator()) {
@@ -209,8 +214,9 @@ void AudioCapture::Cleanup() {
 
 }  // namespace
 
-std::unique_ptr<CaptureSource> CreateAudioCapture(const CaptureSettings& settings, Encoder& encoder) {
-  return std::make_unique<AudioCapture>(settings, encoder);
+std::unique_ptr<CaptureSource> CreateAudioCapture(const CaptureSettings& settings, Encoder& encoder,
+                                                  std::shared_ptr<SoundControls> controls) {
+  return std::make_unique<AudioCapture>(settings, encoder, std::move(controls));
 }
 
 }  // namespace brisolte

@@ -2,6 +2,7 @@
 
 #include <exception>
 
+#include "audio/amplify.h"
 #include "audio/wave_format_report.h"
 #include "common/given_object.h"
 #include "common/hresult_failure.h"
@@ -99,7 +100,17 @@ bool EndpointStream::Poll(const std::atomic<bool>& running) {
     return false;
   }
   std::vector<std::uint8_t> samples;
-  return Gather(running, samples) && running && encoder_.Deliver(samples, role_.name);
+  if (!Gather(running, samples) || !running) {
+    return false;
+  }
+  Adjust(samples);
+  return encoder_.Deliver(samples, role_.name);
+}
+
+void EndpointStream::Adjust(std::vector<std::uint8_t>& samples) {
+  const float factor = control_.factor();
+  control_.Heard(Amplify(*format_, samples, factor_.value_or(factor), factor));
+  factor_ = factor;
 }
 
 bool EndpointStream::Gather(const std::atomic<bool>& running, std::vector<std::uint8_t>& samples) {
@@ -175,6 +186,7 @@ void EndpointStream::ReleaseResources() {
   open_ = false;
   ready_ = false;
   lost_ = false;
+  factor_.reset();
 }
 
 }  // namespace brisolte

@@ -16,6 +16,7 @@
 #include "audio/encoder_link.h"
 #include "audio/endpoint_role.h"
 #include "audio/silent_audio_player.h"
+#include "audio/sound_control.h"
 #include "encoder/wave_format.h"
 
 namespace brisolte {
@@ -24,8 +25,9 @@ namespace brisolte {
 /// controller's thread; polled by the worker, which must have ended before the clean-up.
 class EndpointStream : public PolledStream {
  public:
-  /// `encoder` is borrowed.
-  EndpointStream(EndpointRole role, EncoderLink& encoder) : role_(std::move(role)), encoder_(encoder) {}
+  /// `encoder` and `control` are borrowed.
+  EndpointStream(EndpointRole role, EncoderLink& encoder, SoundControl& control)
+      : role_(std::move(role)), encoder_(encoder), control_(control) {}
 
   /// Opens the endpoint with this id (UTF-8) and starts it; an open one is cleaned up first. Failures are
   /// logged; what was obtained until then is kept for the clean-up.
@@ -55,12 +57,14 @@ class EndpointStream : public PolledStream {
   void PrepareSilentPlayback();
   void LogWhenLost(HRESULT result);
   bool Gather(const std::atomic<bool>& running, std::vector<std::uint8_t>& samples);
+  void Adjust(std::vector<std::uint8_t>& samples);
   bool TakePacket(std::vector<std::uint8_t>& samples);
   void CleanupLocked();
   void ReleaseResources();
 
   const EndpointRole role_;
   EncoderLink& encoder_;
+  SoundControl& control_;
   std::mutex mutex_;  // an opening and a clean-up never overlap
   Microsoft::WRL::ComPtr<IMMDevice> device_;
   Microsoft::WRL::ComPtr<IAudioClient> client_;
@@ -71,6 +75,7 @@ class EndpointStream : public PolledStream {
   bool open_ = false;
   bool ready_ = false;
   bool lost_ = false;
+  std::optional<float> factor_;  ///< of what was delivered last
 };
 
 }  // namespace brisolte

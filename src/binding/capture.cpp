@@ -43,6 +43,9 @@ Napi::Function Capture::DefineForRecorder(Napi::Env env) {
   methods.push_back(Method<&Capture::SetPlayableThroughout>("setPlayableThroughout"));
   methods.push_back(Method<&Capture::PauseRecord>("pauseRecord"));
   methods.push_back(Method<&Capture::ResumeRecord>("resumeRecord"));
+  methods.push_back(Method<&Capture::SetVolume>("setVolume"));
+  methods.push_back(Method<&Capture::SetMuted>("setMuted"));
+  methods.push_back(Method<&Capture::TakeLevels>("takeLevels"));
   return DefineClass(env, "Capture", methods);
 }
 

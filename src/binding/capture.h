@@ -22,8 +22,8 @@ class Capture final : public Napi::ObjectWrap<Capture> {
   static Napi::Function Define(Napi::Env env);
 
   /// The same, and what only a recorder's process asks for: `onEvent`, which takes the function that hears
-  /// the events of the recordings that start from then on, `pauseRecord` and `resumeRecord`, and setters for
-  /// the fields of `RecordingOptions`.
+  /// the events of the recordings that start from then on, `pauseRecord` and `resumeRecord`, what concerns
+  /// the sounds while they are recorded, and setters for the fields of `RecordingOptions`.
   static Napi::Function DefineForRecorder(Napi::Env env);
 
   explicit Capture(const Napi::CallbackInfo& info);
@@ -67,8 +67,12 @@ class Capture final : public Napi::ObjectWrap<Capture> {
   Napi::Value SetPlayableThroughout(Info info);
   Napi::Value PauseRecord(Info info);
   Napi::Value ResumeRecord(Info info);
+  Napi::Value SetVolume(Info info);
+  Napi::Value SetMuted(Info info);
+  Napi::Value TakeLevels(Info info);
 
   static std::vector<PropertyDescriptor> Methods();
+  SoundControl& SoundArgument(Info info);
   Napi::Value SetOptions(Info info, const RecordingOptions& options);
 
   /// Describes a method of the class.

@@ -43,6 +43,35 @@ Napi::Value Capture::ResumeRecord(Info info) {
   return Napi::Boolean::New(info.Env(), controller_.resumeRecord());
 }
 
+SoundControl& Capture::SoundArgument(Info info) {
+  const std::string sound = StringArgument(info, "A sound is \"microphone\" or \"speaker\"");
+  Require(info, sound == "microphone" || sound == "speaker", "A sound is \"microphone\" or \"speaker\"");
+  return sound == "microphone" ? controller_.sounds().microphone : controller_.sounds().speaker;
+}
+
+Napi::Value Capture::SetVolume(Info info) {
+  constexpr float kLoudest = 10;
+  SoundControl& sound = SoundArgument(info);
+  const float volume = info[1].IsNumber() ? info[1].As<Napi::Number>().FloatValue() : -1;
+  Require(info, volume >= 0 && volume <= kLoudest, "A volume is a number from 0 to 10");
+  sound.SetVolume(volume);
+  return Napi::Boolean::New(info.Env(), true);
+}
+
+Napi::Value Capture::SetMuted(Info info) {
+  SoundControl& sound = SoundArgument(info);
+  Require(info, info[1].IsBoolean(), "Muting a sound requires a boolean parameter");
+  sound.Mute(info[1].As<Napi::Boolean>().Value());
+  return Napi::Boolean::New(info.Env(), true);
+}
+
+Napi::Value Capture::TakeLevels(Info info) {
+  Napi::Object levels = Napi::Object::New(info.Env());
+  levels.Set("microphone", controller_.sounds().microphone.TakeLevel());
+  levels.Set("speaker", controller_.sounds().speaker.TakeLevel());
+  return levels;
+}
+
 Napi::Value Capture::SetOptions(Info info, const RecordingOptions& options) {
   const bool set = controller_.setOptions(options);
   if (set) {

@@ -7,6 +7,7 @@
 #include <string_view>
 #include <vector>
 
+#include "audio/sound_control.h"
 #include "capture/capture_settings.h"
 #include "capture/encoder_slots.h"
 #include "capture/recording_options.h"
@@ -70,6 +71,9 @@ class CaptureController {
   bool setSpeakerDevice(const std::string& deviceId);
   bool setAudioBitrate(std::int32_t audioBitrate);
 
+  /// How loud its sounds are recorded, and how loud they are; at any time, without the lock.
+  SoundControls& sounds() { return *sounds_; }
+
   /// What the recordings that start from now on are asked beyond the settings.
   bool setOptions(const RecordingOptions& options);
 
@@ -102,6 +106,7 @@ class CaptureController {
   CaptureSettings settings_;
   RecordingOptions options_;
   mutable SettingsLock lock_;
+  const std::shared_ptr<SoundControls> sounds_ = std::make_shared<SoundControls>();
   std::shared_ptr<PausableClock> clock_;  ///< of the latest recording
   std::unique_ptr<CaptureSource> videoCapture_;
   std::unique_ptr<CaptureSource> audioCapture_;

@@ -68,7 +68,7 @@ bool CaptureController::BuildCaptures() {
     }
   }
   if (!settings_.microphoneDeviceId.empty() || !settings_.speakerDeviceId.empty()) {
-    audioCapture_ = parts_->CreateAudioCapture(settings_, *encoders_.active());
+    audioCapture_ = parts_->CreateAudioCapture(settings_, *encoders_.active(), sounds_);
     if (!IsUsable(audioCapture_)) {
       // The text is that of the video capture; readers of the log know it as it stands.
       Logger::Error("Failed to create video capture");

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "audio/audio_device_info.h"
+#include "audio/sound_control.h"
 #include "capture/capture_settings.h"
 #include "capture/recording_options.h"
 #include "common/pausable_clock.h"
@@ -40,8 +41,8 @@ class RecordingParts {
   /// A capture borrows the encoder until it is destroyed or told to let go of it.
   virtual std::unique_ptr<CaptureSource> CreateVideoCapture(const CaptureSettings& settings, Encoder& encoder,
                                                             const RecordingClock& clock) = 0;
-  virtual std::unique_ptr<CaptureSource> CreateAudioCapture(const CaptureSettings& settings,
-                                                            Encoder& encoder) = 0;
+  virtual std::unique_ptr<CaptureSource> CreateAudioCapture(
+      const CaptureSettings& settings, Encoder& encoder, const std::shared_ptr<SoundControls>& controls) = 0;
 
   /// Lives as long as this object.
   virtual Desktop& desktop() = 0;

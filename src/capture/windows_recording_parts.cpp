@@ -44,9 +44,9 @@ class WindowsRecordingParts final : public RecordingParts {
     return brisolte::CreateVideoCapture(settings, encoder, *desktop_, clock);
   }
 
-  std::unique_ptr<CaptureSource> CreateAudioCapture(const CaptureSettings& settings,
-                                                    Encoder& encoder) override {
-    return brisolte::CreateAudioCapture(settings, encoder);
+  std::unique_ptr<CaptureSource> CreateAudioCapture(const CaptureSettings& settings, Encoder& encoder,
+                                                    const std::shared_ptr<SoundControls>& controls) override {
+    return brisolte::CreateAudioCapture(settings, encoder, controls);
   }
 
   Desktop& desktop() override { return *desktop_; }

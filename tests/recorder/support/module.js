@@ -79,6 +79,7 @@ class Brisolte {
   #file = '';
   #writer;
   #tell = () => {};
+  #factors = {};
 
   setLogLevel(wanted) {
     level = wanted;
@@ -100,6 +101,20 @@ class Brisolte {
   setMicrophoneDevice = (id) => this.#set('microphone', id);
   setPlayableThroughout = (throughout) => this.#set('throughout', throughout);
   setSpeakerDevice = (id) => this.#set('speaker', id);
+
+  setVolume = (sound, volume) => this.#adjust(sound, { volume });
+  setMuted = (sound, muted) => this.#adjust(sound, { muted });
+
+  #adjust(sound, change) {
+    log('INFO', `adjusted: ${JSON.stringify({ sound, ...change })}`);
+    this.#factors[sound] = { ...this.#factors[sound], ...change };
+    return true;
+  }
+
+  takeLevels() {
+    const level = ({ volume = 1, muted = false } = {}) => (muted ? 0 : volume / 10);
+    return { microphone: level(this.#factors.microphone), speaker: level(this.#factors.speaker) };
+  }
 
   onEvent(listener) {
     this.#tell = listener;

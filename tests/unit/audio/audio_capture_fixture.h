@@ -34,7 +34,7 @@ class AudioCaptureTest : public ::testing::Test {
     settings_.speakerDeviceId = id == "speaker" ? id : "";
   }
 
-  std::unique_ptr<CaptureSource> Create() { return CreateAudioCapture(settings_, encoder_); }
+  std::unique_ptr<CaptureSource> Create() { return CreateAudioCapture(settings_, encoder_, controls_); }
 
   bool Logged(const std::string& text) const { return log_.text().find(text) != std::string::npos; }
 
@@ -45,6 +45,7 @@ class AudioCaptureTest : public ::testing::Test {
   FakeAudioService service_;
   RecordingEncoder encoder_;
   CaptureSettings settings_;
+  std::shared_ptr<SoundControls> controls_ = std::make_shared<SoundControls>();
 };
 
 }  // namespace brisolte::testing

@@ -274,7 +274,8 @@ TEST_F(OpenAudioCapture, CleansUpAnOpenStreamBeforeItIsOpenedAgain) {
   ASSERT_EQ(CoCreateInstance(__uuidof(MMDeviceEnumerator), nullptr, CLSCTX_ALL, IID_PPV_ARGS(&enumerator)),
             S_OK);
   EncoderLink link(encoder_);
-  EndpointStream stream(MicrophoneRole(), link);
+  SoundControl control;
+  EndpointStream stream(MicrophoneRole(), link, control);
   EXPECT_TRUE(stream.Open(*enumerator.Get(), "mic"));
   EXPECT_EQ(log_.count("[INFO] Microphone resources cleaned up"), 0);
   EXPECT_TRUE(stream.Open(*enumerator.Get(), "mic"));

@@ -56,6 +56,21 @@ TEST_F(RunAudioCapture, GathersWaitingPacketsIntoOneDelivery) {
   EXPECT_THAT(service_.released("mic.capture"), ElementsAre(Pair(2, 0), Pair(1, 0)));
 }
 
+TEST_F(RunAudioCapture, DeliversEachStreamAtItsVolumeAndTellsItsLevel) {
+  UseOnly("mic");
+  controls_->microphone.SetVolume(0.5);
+  controls_->speaker.Mute(true);
+  QueueMicrophone({0x00, 0x20});
+  const auto capture = CreateStarted();
+  EXPECT_TRUE(encoder_.WaitForBytes("microphone", 2));
+  EXPECT_EQ(controls_->microphone.TakeLevel(), 0.125F);
+  controls_->microphone.Mute(true);
+  QueueMicrophone({0x00, 0x20, 0x00, 0x20});
+  EXPECT_TRUE(encoder_.WaitForBytes("microphone", 6));
+  capture->Stop();
+  EXPECT_THAT(encoder_.delivered("microphone"), ElementsAre(0x00, 0x10, 0x00, 0x08, 0, 0));
+}
+
 TEST_F(RunAudioCapture, DeliversEachStreamUnderItsName) {
   QueueMicrophone({1, 2});
   service_.Queue("speaker", {.bytes = {1, 2, 3, 4, 5, 6, 7, 8}, .frames = 1});

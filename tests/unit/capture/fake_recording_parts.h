@@ -151,8 +151,9 @@ class FakeRecordingParts : public RecordingParts {
     return CreateCapture(settings, stage_.hasVideo,
                          {"video", stage_.videoInitialized, stage_.startVideo, stage_.stopVideo});
   }
-  std::unique_ptr<CaptureSource> CreateAudioCapture(const CaptureSettings& settings,
-                                                    Encoder& /*encoder*/) override {
+  std::unique_ptr<CaptureSource> CreateAudioCapture(
+      const CaptureSettings& settings, Encoder& /*encoder*/,
+      const std::shared_ptr<SoundControls>& /*controls*/) override {
     return CreateCapture(settings, stage_.hasAudio,
                          {"audio", stage_.audioInitialized, stage_.startAudio, stage_.stopAudio});
   }
