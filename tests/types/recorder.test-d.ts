@@ -33,10 +33,21 @@ expectType<Promise<Recording>>(recorder.stop());
 expectType<Promise<void>>(recorder.close());
 expectType<number | undefined>(recorder.pid);
 expectType<boolean>(recorder.recording);
+expectType<boolean>(recorder.paused);
+expectType<Promise<void>>(recorder.pause());
+expectType<Promise<void>>(recorder.resume());
+expectType<Promise<void>>(recorder.mute('microphone'));
+expectType<Promise<void>>(recorder.unmute('speaker'));
+expectType<Promise<void>>(recorder.setVolume('speaker', 0.5));
+expectError(recorder.mute('room'));
 
 recorder.on('start', ({ file }) => expectType<string>(file));
 recorder.on('progress', (progress) => expectType<Progress>(progress));
 recorder.on('progress', ({ freeBytes }) => expectType<number | undefined>(freeBytes));
+recorder.on('progress', ({ levels }) => expectType<number | undefined>(levels.microphone));
+recorder.on('progress', ({ paused }) => expectType<boolean>(paused));
+recorder.on('pause', ({ file, seconds }) => expectType<[string, number]>([file, seconds]));
+recorder.on('resume', ({ file, seconds }) => expectType<[string, number]>([file, seconds]));
 recorder.on('log', (entry) => expectType<LogEntry>(entry));
 recorder.on('segment', (segment) => expectType<Segment>(segment));
 recorder.once('stop', ({ reason }) => expectType<StopReason>(reason));
@@ -56,6 +67,7 @@ expectType<Promise<string>>(Recorder.screenshot({ window: 'Notes' }, 'notes.png'
 
 expectAssignable<RecorderOptions>({ region: { left: 0, top: 0, width: 640, height: 360 }, directory: '.' });
 expectAssignable<RecorderOptions>({ picture: false, speaker: 'default', directory: '.' });
+expectAssignable<RecorderOptions>({ microphone: { id: 'default', volume: 2 }, speaker: { id: 'default' }, directory: '.' });
 
 expectAssignable<RecorderOptions>({ source: { id: 'screen:0:0', display_id: '1' }, directory: '.' });
 

@@ -2,6 +2,7 @@
 
 #include <gmock/gmock.h>
 
+#include <atomic>
 #include <memory>
 #include <semaphore>
 #include <thread>
@@ -191,6 +192,33 @@ TEST_F(FrameDeliveryTest, PauseWaitsForTheFrameThatIsHavingItsTurn) {
   EXPECT_THAT(delivery.framesProcessed() == 1 ? Take() : std::vector<std::string>{"kept"},
               ::testing::AnyOf(Contains("release frame"), ElementsAre("kept")));
   EXPECT_THAT(Take(), IsEmpty());
+}
+
+TEST_F(FrameDeliveryTest, IsPausedWhileFramesArrive) {
+  clock_ = std::make_shared<PausableClock>();
+  FrameDelivery delivery(encoder_, 1000, clock_);
+  delivery.Start();
+  std::atomic<bool> ended = false;
+  std::jthread service([&] {
+    for (std::int64_t milliseconds = 5000; !ended; milliseconds += 2) {
+      Arrive(delivery, milliseconds);
+    }
+  });
+  for (int pause = 0; pause < 200; ++pause) {
+    delivery.Pause();
+    clock_->Pause();
+    const auto before = delivery.framesProcessed();
+    std::this_thread::yield();
+    EXPECT_EQ(delivery.framesProcessed(), before);
+    clock_->Resume();
+    delivery.Resume();
+    delivery.DeliverKept();
+  }
+  EXPECT_TRUE(delivery.Stop());
+  ended = true;
+  service.join();
+  delivery.DeliverKept();
+  EXPECT_EQ(system_.openFrames, 0);
 }
 
 TEST_F(FrameDeliveryTest, CountsArrivalsSinceTheStart) {
