@@ -8,6 +8,7 @@
 #include "audio/wave_format_report.h"
 #include "encoder/ffmpeg/audio_input.h"
 #include "encoder/ffmpeg/audio_resampler.h"
+#include "encoder/ffmpeg/encoded_sound.h"
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   using namespace brisolte;
@@ -20,7 +21,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   FillWithNearSilence(*format, 16, buffer);
   if (const auto input = DescribeAudioInput(&*format, CaptureSettings())) {
     AudioResampler resampler;
-    if (resampler.InitializeResampler(*input)) {
+    if (resampler.InitializeResampler(*input, ChooseEncodedSound(*input, {}))) {
       // Whatever follows the description is as good as sound.
       const std::span<const std::uint8_t> rest(data, size);
       if (const std::size_t samples = rest.size() / input->blockBytes; samples > 0) {

@@ -1,5 +1,6 @@
 #include "support/decoded_audio.h"
 
+#include <algorithm>
 #include <memory>
 #include <stdexcept>
 
@@ -70,6 +71,7 @@ void TakeFrames(AVCodecContext& decoder, AVRational timeBase, DecodedAudio& soun
     }
     Check(result, "decoding");
     sound.frameSeconds.push_back(static_cast<double>(frame->pts) * av_q2d(timeBase));
+    sound.frameBegins.push_back(sound.samples());
     AppendSamples(*frame, sound);
   }
 }
@@ -83,6 +85,7 @@ DecodedAudio ReadSound(const std::string& path, unsigned index) {
   while (av_read_frame(input.get(), packet.get()) >= 0) {
     if (packet->stream_index == static_cast<int>(index)) {
       sound.packetSeconds.push_back(static_cast<double>(packet->pts) * av_q2d(stream.time_base));
+      sound.bytes += static_cast<std::uint64_t>(packet->size);
       sound.keyFrames.push_back((packet->flags & AV_PKT_FLAG_KEY) != 0);
       Check(avcodec_send_packet(decoder.get(), packet.get()), "sending a packet");
       TakeFrames(*decoder, stream.time_base, sound);
@@ -99,6 +102,12 @@ DecodedAudio ReadSound(const std::string& path, unsigned index) {
 }
 
 }  // namespace
+
+double DecodedAudio::secondsOf(std::size_t index) const {
+  const auto frame = std::ranges::upper_bound(frameBegins, index) - frameBegins.begin() - 1;
+  const auto at = static_cast<std::size_t>(frame);
+  return frameSeconds.at(at) + static_cast<double>(index - frameBegins.at(at)) / sampleRate;
+}
 
 std::vector<DecodedAudio> ReadSounds(const std::string& path) {
   const InputPtr input = Open(path);

@@ -8,11 +8,10 @@
 namespace brisolte {
 namespace {
 
-constexpr std::int64_t kBitRate = 128'000;
 constexpr int kFrameSize = 1024;
 
-const AVCodec* FindAudioEncoder() {
-  const AVCodec* const codec = avcodec_find_encoder(AV_CODEC_ID_MP3);
+const AVCodec* FindAudioEncoder(const char* name) {
+  const AVCodec* const codec = avcodec_find_encoder_by_name(name);
   if (codec == nullptr) {
     Logger::Error("Could not find Audio encoder");
     return nullptr;
@@ -25,22 +24,28 @@ const AVCodec* FindAudioEncoder() {
   return codec;
 }
 
-void Configure(AVCodecContext& context, const AudioInput& input) {
-  context.codec_id = AV_CODEC_ID_MP3;
+void Configure(AVCodecContext& context, const EncodedSound& sound) {
   context.codec_type = AVMEDIA_TYPE_AUDIO;
-  context.sample_fmt = AV_SAMPLE_FMT_FLTP;
-  context.bit_rate = kBitRate;
-  context.sample_rate = input.encodedRate();
-  context.time_base = {1, input.encodedRate()};
+  context.sample_fmt = sound.sampleFormat;
+  context.bit_rate = sound.bitRate;
+  context.sample_rate = sound.sampleRate;
+  context.time_base = {1, sound.sampleRate};
   context.flags |= AV_CODEC_FLAG_GLOBAL_HEADER;
   context.frame_size = kFrameSize;  // an encoder with a size of its own replaces it
-  av_channel_layout_default(&context.ch_layout, input.encodedChannels());
+  av_channel_layout_default(&context.ch_layout, sound.channels);
+}
+
+int OpenCodec(AVCodecContext& context, const AVCodec& codec) {
+  constexpr int kStereo = 2;
+  const int result = avcodec_open2(&context, &codec, nullptr);
+  // Some encoders take more, without a layout that a player could know.
+  return result >= 0 && context.ch_layout.nb_channels > kStereo ? AVERROR(EINVAL) : result;
 }
 
 }  // namespace
 
-bool AudioEncoder::Open(const AudioInput& input) {
-  const AVCodec* const codec = FindAudioEncoder();
+bool AudioEncoder::Open(const EncodedSound& sound) {
+  const AVCodec* const codec = FindAudioEncoder(sound.encoderName);
   if (codec == nullptr) {
     return false;
   }
@@ -49,11 +54,12 @@ bool AudioEncoder::Open(const AudioInput& input) {
     Logger::Error("Could not allocate audio codec context");
     return false;
   }
-  Configure(*context_, input);
-  if (const int result = avcodec_open2(context_.get(), codec, nullptr); result < 0) {
+  Configure(*context_, sound);
+  if (const int result = OpenCodec(*context_, *codec); result < 0) {
     Logger::Error("Could not open audio codec: " + ErrorText(result));
     return false;
   }
+  timestamps_ = AudioTimestamps(sound.leastStep);
   frameSize_ = context_->frame_size > 0 ? context_->frame_size : kFrameSize;
   if (!Allocate()) {
     Logger::Error("Could not allocate audio buffers");

@@ -3,24 +3,24 @@
 #include <cstdint>
 #include <functional>
 
-#include "encoder/ffmpeg/audio_input.h"
 #include "encoder/ffmpeg/audio_timestamps.h"
+#include "encoder/ffmpeg/encoded_sound.h"
 #include "encoder/ffmpeg/ffmpeg_types.h"
 
 namespace brisolte {
 
-/// An MP3 encoder with the samples that wait for the next of its frames.
+/// An encoder of sound with the samples that wait for the next of its frames.
 ///
-/// It keeps to the encoder's own frame size (1152 or 576 samples), whatever sizes the samples come in: given
-/// frames of another size, the encoder takes the first for the last one, or its packets' times run away from
-/// those of the samples in them.
+/// It keeps to the encoder's own frame size (of MP3 1152 or 576 samples), whatever sizes the samples come in:
+/// given frames of another size, the encoder takes the first for the last one, or its packets' times run away
+/// from those of the samples in them.
 class AudioEncoder {
  public:
   /// Takes one encoded packet, in the encoder's time base. The packet is reused afterwards.
   using TakePacket = std::function<void(AVPacket&)>;
 
-  /// Opens the encoder. False, with an ERROR line, when it cannot take such samples.
-  bool Open(const AudioInput& input);
+  /// Opens the encoder. False, with an ERROR line, when there is none for such sound.
+  bool Open(const EncodedSound& sound);
 
   const AVCodecContext& context() const { return *context_; }
 

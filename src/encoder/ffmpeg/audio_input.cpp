@@ -1,7 +1,5 @@
 #include "encoder/ffmpeg/audio_input.h"
 
-#include <algorithm>
-#include <array>
 #include <cstdint>
 #include <limits>
 
@@ -10,13 +8,6 @@ namespace {
 
 constexpr int kBitsPerByte = 8;
 constexpr std::uint32_t kLargestInt = std::numeric_limits<int>::max();
-
-/// The rates of MP3.
-constexpr std::array kMp3Rates{8'000, 11'025, 12'000, 16'000, 22'050, 24'000, 32'000, 44'100, 48'000};
-
-/// Converters between rates further apart than these take memory without bound.
-constexpr int kLowestDeviceRate = 1'000;
-constexpr int kHighestDeviceRate = 768'000;
 
 /// Compressed formats have other tags, whatever their width.
 bool IsUncompressed(const WaveFormat& format) {
@@ -45,26 +36,6 @@ std::optional<AudioInput> FromFormat(const WaveFormat& format) {
 }
 
 }  // namespace
-
-int AudioInput::encodedChannels() const {
-  constexpr int kMostMixed = 8;
-  constexpr int kStereo = 2;
-  return channels <= kMostMixed ? std::min(channels, kStereo) : channels;
-}
-
-int AudioInput::encodedRate() const {
-  if (sampleRate < kLowestDeviceRate || sampleRate > kHighestDeviceRate) {
-    return sampleRate;
-  }
-  for (const int rate : kMp3Rates) {
-    if (rate >= sampleRate) {
-      return rate;
-    }
-  }
-  // Whole multiples convert best.
-  constexpr int kDiscRate = 44'100;
-  return sampleRate % kDiscRate == 0 ? kDiscRate : kMp3Rates.back();
-}
 
 std::optional<AudioInput> DescribeAudioInput(const WaveFormat* format, const CaptureSettings& settings) {
   return format != nullptr ? FromFormat(*format) : FromSettings(settings);

@@ -15,14 +15,6 @@ struct AudioInput {
   int channels = 0;
   int sampleRate = 0;          ///< Hz
   std::size_t blockBytes = 0;  ///< bytes of one sample of all channels
-
-  /// How many channels are encoded: surround sound, of up to eight channels, is mixed down to two. More have
-  /// no layout that could be mixed.
-  int encodedChannels() const;
-
-  /// The rate that is encoded: the source's where MP3 has it, else the one that keeps most of the sound. A
-  /// rate that no device has stays as it is, for the encoder to refuse.
-  int encodedRate() const;
 };
 
 /// What a source in `format` delivers; without a format, the settings' rate and channels in 32-bit floating

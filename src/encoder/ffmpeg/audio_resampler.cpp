@@ -25,17 +25,17 @@ AVSampleFormat ConvertibleFormat(SampleType type) {
   return AV_SAMPLE_FMT_NONE;
 }
 
-void Configure(SwrContext& resampler, const AudioInput& input) {
+void Configure(SwrContext& resampler, const AudioInput& input, const EncodedSound& output) {
   AVChannelLayout in{};
   AVChannelLayout out{};
   av_channel_layout_default(&in, input.channels);
-  av_channel_layout_default(&out, input.encodedChannels());
+  av_channel_layout_default(&out, output.channels);
   av_opt_set_chlayout(&resampler, "in_chlayout", &in, 0);
   av_opt_set_chlayout(&resampler, "out_chlayout", &out, 0);
   av_opt_set_int(&resampler, "in_sample_rate", input.sampleRate, 0);
-  av_opt_set_int(&resampler, "out_sample_rate", input.encodedRate(), 0);
+  av_opt_set_int(&resampler, "out_sample_rate", output.sampleRate, 0);
   av_opt_set_sample_fmt(&resampler, "in_sample_fmt", ConvertibleFormat(input.sampleType), 0);
-  av_opt_set_sample_fmt(&resampler, "out_sample_fmt", AV_SAMPLE_FMT_FLTP, 0);
+  av_opt_set_sample_fmt(&resampler, "out_sample_fmt", output.sampleFormat, 0);
   // Between floating-point samples FFmpeg adds the channels of surround sound up as they are, up to three
   // times full scale. With this all of them at full scale are full scale together.
   av_opt_set_double(&resampler, "rematrix_maxval", 1, 0);
@@ -45,8 +45,9 @@ void Configure(SwrContext& resampler, const AudioInput& input) {
 
 }  // namespace
 
-bool AudioResampler::InitializeResampler(const AudioInput& input) {
+bool AudioResampler::InitializeResampler(const AudioInput& input, const EncodedSound& output) {
   input_ = input;
+  output_ = output;
   frame_.reset();
   capacity_ = 0;
   resampler_.reset(swr_alloc());
@@ -57,7 +58,7 @@ bool AudioResampler::InitializeResampler(const AudioInput& input) {
   Logger::Info("Initializing audio resampler with channels=" + std::to_string(input.channels) +
                ", sample_rate=" + std::to_string(input.sampleRate) +
                ", bits_per_sample=" + std::to_string(input.bitsPerSample));
-  Configure(*resampler_, input);
+  Configure(*resampler_, input, output);
   if (const int result = swr_init(resampler_.get()); result < 0) {
     Logger::Error("Failed to initialize audio resampler, error code: " + std::to_string(result));
     resampler_.reset();
@@ -87,10 +88,10 @@ bool AudioResampler::MakeRoom(int samples) {
   capacity_ = 0;
   frame_.reset(av_frame_alloc());
   if (frame_) {
-    frame_->format = AV_SAMPLE_FMT_FLTP;
+    frame_->format = output_.sampleFormat;
     frame_->nb_samples = samples;
-    frame_->sample_rate = input_.encodedRate();
-    av_channel_layout_default(&frame_->ch_layout, input_.encodedChannels());
+    frame_->sample_rate = output_.sampleRate;
+    av_channel_layout_default(&frame_->ch_layout, output_.channels);
   }
   if (!frame_ || av_frame_get_buffer(frame_.get(), 0) < 0) {
     Logger::Error("Failed to make output frame writable");
@@ -103,9 +104,12 @@ bool AudioResampler::MakeRoom(int samples) {
 /// Devices deliver floating point as they please, and the MP3 encoder ends the process when it meets numbers
 /// far beyond full scale.
 void AudioResampler::LimitSamples() {
-  for (int channel = 0; channel < frame_->ch_layout.nb_channels; ++channel) {
-    auto* const plane = reinterpret_cast<float*>(frame_->extended_data[channel]);
-    LimitToFullScale({plane, static_cast<std::size_t>(frame_->nb_samples)});
+  const bool planar = av_sample_fmt_is_planar(output_.sampleFormat) != 0;
+  const int planes = planar ? output_.channels : 1;
+  const int samples = frame_->nb_samples * (planar ? 1 : output_.channels);
+  for (int i = 0; i < planes; ++i) {
+    auto* const plane = reinterpret_cast<float*>(frame_->extended_data[i]);
+    LimitToFullScale({plane, static_cast<std::size_t>(samples)});
   }
 }
 
@@ -114,7 +118,7 @@ AVFrame* AudioResampler::Convert(std::span<const std::uint8_t> bytes) {
 }
 
 AVFrame* AudioResampler::Drain() {
-  return input_.encodedRate() != input_.sampleRate ? Convert(nullptr, 0) : nullptr;
+  return output_.sampleRate != input_.sampleRate ? Convert(nullptr, 0) : nullptr;
 }
 
 AVFrame* AudioResampler::Convert(const std::uint8_t* unpacked, int samples) {

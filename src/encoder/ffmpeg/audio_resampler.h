@@ -5,16 +5,17 @@
 #include <vector>
 
 #include "encoder/ffmpeg/audio_input.h"
+#include "encoder/ffmpeg/encoded_sound.h"
 #include "encoder/ffmpeg/ffmpeg_types.h"
 
 namespace brisolte {
 
-/// Converts the samples of one source into what the encoder takes: planar 32-bit floating point, with the
-/// channels mixed down, without clipping, where there are too many, and at a rate that the encoder has.
+/// Converts the samples of one source into what the encoder takes: 32-bit floating point, planar or not, with
+/// the channels mixed down, without clipping, where there are too many, and at a rate that the encoder has.
 class AudioResampler {
  public:
   /// Replaces an earlier conversion. False, with an ERROR line, when FFmpeg cannot convert.
-  bool InitializeResampler(const AudioInput& input);
+  bool InitializeResampler(const AudioInput& input, const EncodedSound& output);
 
   /// Converts the whole samples in `bytes`, at least one. The result is this object's and valid until the
   /// next call; its time is not set. Null, with an ERROR line, on failure.
@@ -31,6 +32,7 @@ class AudioResampler {
   void LimitSamples();
 
   AudioInput input_;
+  EncodedSound output_;
   ResamplerPtr resampler_;
   FramePtr frame_;
   int capacity_ = 0;  ///< samples that `frame_` has room for

@@ -22,7 +22,8 @@ void NameStream(AVStream& stream, const std::string& title) {
 AudioStream::AudioStream(std::string name, std::string title, Recording recording)
     : name_(std::move(name)), title_(std::move(title)), recording_(std::move(recording)) {}
 
-bool AudioStream::Create(OutputFile& file, const WaveFormat* format, const CaptureSettings& settings) {
+bool AudioStream::Create(OutputFile& file, const WaveFormat* format, const CaptureSettings& settings,
+                         const SoundOptions& options) {
   const auto input = DescribeAudioInput(format, settings);
   if (!file.initialized() || !input) {
     Logger::Error("Invalid parameters for CreateAudioStream");
@@ -34,18 +35,19 @@ bool AudioStream::Create(OutputFile& file, const WaveFormat* format, const Captu
   }
   // The stream comes after its encoder: it could not be taken out of the file again, and without parameters
   // the file's header would fail.
+  const EncodedSound sound = ChooseEncodedSound(*input, options);
   Source source;
   source.pending = PendingSamples(input->blockBytes);
-  if (!source.encoder.Open(*input) || !AddStream(file, source.encoder) ||
-      !source.resampler.InitializeResampler(*input)) {
+  if (!source.encoder.Open(sound) || !AddStream(file, source.encoder) ||
+      !source.resampler.InitializeResampler(*input, sound)) {
     return false;
   }
-  if (input->encodedRate() < kLowestRateInMp4) {
+  if (sound.sampleRate < kLowestRateInMp4) {
     file.AllowUnofficial();
   }
-  if (input->encodedRate() != input->sampleRate) {
+  if (sound.sampleRate != input->sampleRate) {
     Logger::Info("Resampling " + name_ + " from " + std::to_string(input->sampleRate) + " Hz to " +
-                 std::to_string(input->encodedRate()) + " Hz, which MP3 has");
+                 std::to_string(sound.sampleRate) + " Hz, which " + sound.codecName + " has");
   }
   source_ = std::move(source);
   return true;

@@ -7,6 +7,7 @@
 #include <string>
 
 #include "capture/capture_settings.h"
+#include "capture/recording_options.h"
 #include "encoder/ffmpeg/audio_encoder.h"
 #include "encoder/ffmpeg/audio_resampler.h"
 #include "encoder/ffmpeg/output_file.h"
@@ -33,7 +34,8 @@ class AudioStream {
   /// Sets the stream up for samples in `format`; without one, in the settings' rate and channels. A later
   /// call replaces the encoder of an earlier one and keeps its stream. A call that fails changes nothing:
   /// what the encoder cannot take is left out of the file.
-  bool Create(OutputFile& file, const WaveFormat* format, const CaptureSettings& settings);
+  bool Create(OutputFile& file, const WaveFormat* format, const CaptureSettings& settings,
+              const SoundOptions& options = {});
 
   /// Encodes what has gathered with `bytes`, in whole chunks; the rest waits for more. True when at least one
   /// chunk was taken without an error.

@@ -12,7 +12,7 @@ void AudioTimestamps::Add(std::int64_t time, int samples) {
 
 std::int64_t AudioTimestamps::Take(int samples) {
   if (!runs_.empty()) {
-    last_ = std::max(runs_.front().time, last_ + 1);
+    last_ = std::max(runs_.front().time, last_ + leastStep_);
   }
   while (samples > 0 && !runs_.empty()) {
     Run& run = runs_.front();

@@ -9,11 +9,14 @@ namespace brisolte {
 /// units of one sample.
 class AudioTimestamps {
  public:
+  /// `leastStep` is from the time of what leaves to that of what leaves next.
+  explicit AudioTimestamps(int leastStep = 1) : leastStep_(leastStep), last_(-leastStep) {}
+
   /// `samples` more have come in, the first of them at `time`.
   void Add(std::int64_t time, int samples);
 
   /// The oldest `samples` leave, no more than are there and at least one: the time of the first of them, or
-  /// one tick after what was returned before when that is not later.
+  /// the least step after what was returned before when that is later.
   std::int64_t Take(int samples);
 
  private:
@@ -23,7 +26,8 @@ class AudioTimestamps {
   };
 
   std::deque<Run> runs_;
-  std::int64_t last_ = -1;
+  int leastStep_;
+  std::int64_t last_;
 };
 
 }  // namespace brisolte

@@ -206,7 +206,8 @@ bool FFmpegEncoder::CreateAudioStream(AudioStreamKind kind, const WaveFormat* fo
     Logger::Error("Invalid parameters for CreateAudioStream");
     return false;
   }
-  return Guarded("", "in CreateAudioStream", [&] { return stream->Create(file_, format, settings_); });
+  return Guarded("", "in CreateAudioStream",
+                 [&] { return stream->Create(file_, format, settings_, options_.sound); });
 }
 
 bool FFmpegEncoder::ProcessAudioFrame(const std::vector<std::uint8_t>& samples,

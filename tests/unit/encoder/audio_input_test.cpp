@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <utility>
-
 #include "support/tones.h"
 
 namespace brisolte {
@@ -59,41 +57,6 @@ TEST(AudioInput, RefusesFormatsThatContradictThemselves) {
   EXPECT_TRUE(refuses([](WaveFormat& format) { format.blockAlign = 0; }));
   EXPECT_TRUE(refuses([](WaveFormat& format) { format.floatingPoint = true; }));
   EXPECT_TRUE(refuses([](WaveFormat& format) { format.formatTag = 0x55; }));
-}
-
-TEST(AudioInput, IsMixedDownToTwoChannels) {
-  AudioInput input;
-  for (int channels = 1; channels <= 8; ++channels) {
-    input.channels = channels;
-    EXPECT_EQ(input.encodedChannels(), channels == 1 ? 1 : 2);
-  }
-}
-
-TEST(AudioInput, IsEncodedInTheRateOfMp3ThatKeepsMostOfIt) {
-  AudioInput input;
-  for (const auto& [rate, encoded] : {std::pair{48'000, 48'000},
-                                      {44'100, 44'100},
-                                      {8'000, 8'000},
-                                      {88'200, 44'100},
-                                      {176'400, 44'100},
-                                      {96'000, 48'000},
-                                      {192'000, 48'000},
-                                      {64'000, 48'000},
-                                      {768'000, 48'000},
-                                      {37'800, 44'100},
-                                      {7'999, 8'000},
-                                      {1'000, 8'000}}) {
-    input.sampleRate = rate;
-    EXPECT_EQ(input.encodedRate(), encoded) << rate;
-  }
-}
-
-TEST(AudioInput, KeepsARateThatNoDeviceHas) {
-  AudioInput input;
-  for (const int rate : {1, 999, 768'001, 0x7FFFFFFF}) {
-    input.sampleRate = rate;
-    EXPECT_EQ(input.encodedRate(), rate);
-  }
 }
 
 }  // namespace

@@ -28,6 +28,16 @@ TEST(AudioTimestamps, CoverSeveralPieces) {
   EXPECT_EQ(times.Take(100), 900);
 }
 
+TEST(AudioTimestamps, RiseByTheLeastStepUntilTheClockHasCaughtUp) {
+  AudioTimestamps times(8);
+  for (const std::int64_t time : {0, 500, 500, 501, 520, 530}) {
+    times.Add(time, 10);
+  }
+  for (const std::int64_t expected : {0, 500, 508, 516, 524, 532}) {
+    EXPECT_EQ(times.Take(10), expected);
+  }
+}
+
 TEST(AudioTimestamps, RiseByOneTickWhereTheClockDoesNot) {
   AudioTimestamps times;
   for (const std::int64_t time : {500, 500, 500, 400, 501, 502, 2000}) {

@@ -12,6 +12,7 @@
 #include <string>
 #include <thread>
 #include <tuple>
+#include <utility>
 #include <vector>
 
 #include "common/text.h"
@@ -47,8 +48,9 @@ using testing::ToneBytes;
 
 constexpr std::size_t kRate = 48'000;
 
-RecordingOptions Throughout() {
+RecordingOptions Throughout(SoundCodec codec = SoundCodec::kMp3) {
   RecordingOptions options;
+  options.sound.codec = codec;
   options.playableThroughout = true;
   return options;
 }
@@ -192,12 +194,15 @@ std::vector<double> FromZero(std::vector<double> seconds) {
 }
 
 TEST_F(Completed, IsTheSameAsOneThatIsNotPlayableThroughout) {
-  for (const char* const extension : {".mp4", ".mov"}) {
+  for (const auto& [extension, codec] :
+       {std::pair{".mp4", SoundCodec::kMp3}, {".mp4", SoundCodec::kAac}, {".mov", SoundCodec::kAac}}) {
     SCOPED_TRACE(extension);
     const CaptureSettings plain = Settings("libx264", std::string("plain") + extension);
     const CaptureSettings safe = Settings("libx264", std::string("safe") + extension);
-    const WithPause expected = Record(plain, {});
-    const WithPause found = Record(safe, Throughout());
+    RecordingOptions options = Throughout(codec);
+    const WithPause found = Record(safe, options);
+    options.playableThroughout = false;
+    const WithPause expected = Record(plain, options);
     EXPECT_EQ(found.video.packetSeconds, expected.video.packetSeconds);
     EXPECT_EQ(found.video.keyFrameSeconds, expected.video.keyFrameSeconds);
     EXPECT_EQ(found.video.streams, expected.video.streams);
