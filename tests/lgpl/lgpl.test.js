@@ -22,7 +22,7 @@ test('its licence field and its texts are those of the LGPL', () => {
   const text = (name) => fs.readFileSync(path.join(packageFolder, 'licenses', name), 'utf8');
   assert.match(text('openh264.txt'), /Cisco Systems\s+All rights reserved\.\s+Redistribution and use/);
   const sources = [...text('SOURCES.md').matchAll(/^## (\S+) \S+$/gm)].map(([, name]) => name);
-  assert.deepEqual(sources, ['ffmpeg', 'lame', 'libvpx', 'onevpl', 'openh264']);
+  assert.deepEqual(sources, ['ffmpeg', 'lame', 'libvpx', 'onevpl', 'openh264', 'opus']);
 });
 
 test('its FFmpeg says that it is under the LGPL, and has nothing of x264 and x265', () => {

@@ -33,6 +33,7 @@ test('it has the licences of all that is in the native files', () => {
     'libvpx.txt': /Copyright \(c\) 2010, The WebM Project authors/,
     'libvpx-patents.txt': /Additional IP Rights Grant \(Patents\)/,
     'onevpl.txt': /Copyright \(c\) \d+ Intel Corporation\s+Permission is hereby granted/,
+    'opus.txt': /Copyright 2001-2023 Xiph\.Org[^]*Redistribution and use in source and binary forms/,
     'mingw-w64-runtime.txt': /the mingw-w64 project[^]*Redistributions in binary form must reproduce[^]*gdtoa[^]*Lucent/,
     'node-addon-api.md': /Permission is hereby granted/,
     'nv-codec-headers.txt': /NVIDIA Corporation\s+Permission is hereby granted/,
@@ -48,7 +49,7 @@ test('it has the licences of all that is in the native files', () => {
 
 test('it says from which sources its libraries are built', () => {
   const page = readFileSync(join(folder, 'licenses', 'SOURCES.md'), 'utf8');
-  for (const name of ['ffmpeg', 'lame', 'libvpx', 'onevpl', 'x264', 'x265']) {
+  for (const name of ['ffmpeg', 'lame', 'libvpx', 'onevpl', 'opus', 'x264', 'x265']) {
     assert.match(page, new RegExp(`^## ${name} \\S+\n\n- \`${name}_\\S+\\.orig\\.tar\\.\\w+\`, SHA-256 \`[0-9a-f]{64}\`$`, 'm'));
   }
   assert.match(page, /^- CVE-2026-2447\.patch$/m);

@@ -18,6 +18,7 @@ const OF_CODECS = {
   libvpx: { 'libvpx.txt': 'LICENSE', 'libvpx-patents.txt': 'PATENTS' },
   onevpl: { 'onevpl.txt': 'LICENSE' },
   openh264: { 'openh264.txt': 'LICENSE' },
+  opus: { 'opus.txt': 'COPYING' },
   x264: { 'x264.txt': 'COPYING' },
   x265: { 'x265.txt': 'COPYING' },
 };

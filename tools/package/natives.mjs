@@ -9,8 +9,8 @@ import { WorkshopError } from '../workshop/report.mjs';
 const FOLDER = 'prebuilds/win32-x64';
 
 const ENCODERS = {
-  gpl: '6 MB of x265, 2 of x264, 2 of libvpx (VP8, VP9), the rest FFmpeg’s own, LAME (MP3) and the way to Intel’s',
-  lgpl: '2 MB of libvpx (VP8, VP9), the rest OpenH264, FFmpeg’s own, LAME (MP3) and the way to Intel’s',
+  gpl: '6 MB of x265, 2 of x264, 2 of libvpx (VP8, VP9), the rest FFmpeg’s own, LAME (MP3), Opus and the way to Intel’s',
+  lgpl: '2 MB of libvpx (VP8, VP9), the rest OpenH264, FFmpeg’s own, LAME (MP3), Opus and the way to Intel’s',
 };
 
 const PURPOSES = [

@@ -36,8 +36,8 @@ export const sourceList = readFileSync(`${recipesDir}/sources.list`, 'utf8')
 
 /** The licences under which FFmpeg can be built, each with the codec libraries that are in it then. */
 export const codecsUnder = {
-  gpl: ['lame', 'libvpx', 'onevpl', 'x264', 'x265'],
-  lgpl: ['lame', 'libvpx', 'onevpl', 'openh264'],
+  gpl: ['lame', 'libvpx', 'onevpl', 'opus', 'x264', 'x265'],
+  lgpl: ['lame', 'libvpx', 'onevpl', 'openh264', 'opus'],
 };
 
 /**

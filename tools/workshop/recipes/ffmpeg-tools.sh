@@ -13,8 +13,8 @@ PKG_CONFIG_LIBDIR=/x264/lib/pkgconfig:/x265/lib/pkgconfig ./configure \
   --disable-doc --disable-debug --disable-avdevice --disable-network \
   --disable-autodetect --disable-everything --enable-gpl --enable-w32threads --disable-ffplay \
   --enable-libx264 --enable-libx265 \
-  --enable-decoder=h264,hevc,vp8,vp9,mpeg4,mjpeg,prores,mp3float,aac,rawvideo,pcm_s16le,pcm_f32le \
-  --enable-parser=h264,hevc,vp8,vp9,mpeg4video,mjpeg,mpegaudio,aac \
+  --enable-decoder=h264,hevc,vp8,vp9,mpeg4,mjpeg,prores,mp3float,aac,opus,rawvideo,pcm_s16le,pcm_f32le \
+  --enable-parser=h264,hevc,vp8,vp9,mpeg4video,mjpeg,mpegaudio,aac,opus \
   --enable-demuxer=mov,matroska,avi,mp3 \
   --enable-encoder=libx264,libx265,aac,rawvideo,pcm_s16le,pcm_f32le,wrapped_avframe \
   --enable-muxer=mp4,rawvideo,pcm_s16le,pcm_f32le,null \

@@ -1,6 +1,6 @@
 #!/bin/sh
 # Cross-builds FFmpeg's shared libraries with the encoders and containers of the product and nothing else, from /sources
-# and the codec libraries in /lame, /libvpx and /onevpl into /out. With x264 and x265 in /x264 and /x265 they are under the
+# and the codec libraries in /lame, /libvpx, /onevpl and /opus into /out. With x264 and x265 in /x264 and /x265 they are under the
 # GPL, without these under the LGPL. With OpenH264 in /openh264, and with AMD's headers in /amf (the folder that has
 # AMF/core/Version.h in it), those encoders are among them.
 set -eu
@@ -26,7 +26,7 @@ fi
 
 cd "$work"
 descriptions=$work/pkgconfig
-for library in libvpx onevpl openh264 x264 x265; do
+for library in libvpx onevpl openh264 opus x264 x265; do
   descriptions=$descriptions:/$library/lib/pkgconfig
 done
 # hevc_qsv does not link without what the parser for HEVC brings.
@@ -41,9 +41,9 @@ PKG_CONFIG_LIBDIR=$descriptions ./configure --build-suffix=-brisolte \
   --disable-static --enable-shared --disable-programs --disable-doc --disable-debug \
   --disable-avdevice --disable-avfilter --disable-postproc --disable-network \
   --disable-autodetect --disable-everything --enable-w32threads \
-  --enable-libvpx --enable-libmp3lame \
+  --enable-libvpx --enable-libmp3lame --enable-libopus \
   --enable-ffnvcodec --enable-nvenc --enable-libvpl \
-  --enable-encoder=libvpx_vp8,libvpx_vp9,libmp3lame,aac,mpeg4,mjpeg,prores,prores_ks \
+  --enable-encoder=libvpx_vp8,libvpx_vp9,libmp3lame,libopus,aac,mpeg4,mjpeg,prores,prores_ks \
   --enable-encoder=h264_nvenc,hevc_nvenc,av1_nvenc \
   --enable-encoder=h264_qsv,hevc_qsv,av1_qsv,vp9_qsv,mjpeg_qsv,mpeg2_qsv --enable-parser=hevc \
   --enable-muxer=mp4,mov,webm,matroska,avi,mp3 --enable-protocol=file $options
