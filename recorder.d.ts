@@ -44,7 +44,15 @@ export interface RecorderOptions extends Target {
   encoder?: string;
   /** Bits per second of the picture, 100000 to 50000000; 5000000 unless given. */
   bitrate?: number;
-  /** Bits per second of the sound, of `mf_h264` and `mf_hevc`; 128000 unless given. */
+  /**
+   * How the sound is encoded: `'aac'`, `'mp3'` or `'opus'` in an MP4, `'aac'` or `'mp3'` in a MOV, `'opus'` in a WebM, `'mp3'` in an AVI and
+   * alone, `'aac'` with `mf_h264` and `mf_hevc`; the first of these unless given.
+   */
+  audioCodec?: 'aac' | 'mp3' | 'opus';
+  /**
+   * Bits per second of each sound, or the nearest that its codec has; unless given 160000 in AAC and Opus, half of it of a sound with one
+   * channel, and 128000 in MP3 and with `mf_h264` and `mf_hevc`.
+   */
   audioBitrate?: number;
   /** Stops the recording when it is so long, without pauses, or so large, or when its disk has less room. */
   stopAfter?: { seconds?: number; bytes?: number; freeBytes?: number };

@@ -18,10 +18,18 @@ function containerOf({ encoder, picture }) {
   return container;
 }
 
+// What a container takes and players play, the usual first.
+const SOUNDS = { mp4: ['aac', 'mp3', 'opus'], mov: ['aac', 'mp3'], webm: ['opus'], avi: ['mp3'], mp3: ['mp3'], m4a: ['aac'] };
+
+/** The codecs that the sound of a recording can have, the usual first. */
+function soundsOf({ encoder, picture }) {
+  return MEDIA_FOUNDATION.includes(encoder) ? ['aac'] : SOUNDS[containerOf({ encoder, picture })];
+}
+
 /** Whether a file can be played up to where it breaks off; others have their index at the end. */
 function playsWithoutEnd({ encoder, picture, safeFile }) {
   const ending = containerOf({ encoder, picture });
   return ['webm', 'avi', 'mp3'].includes(ending) || (safeFile && ['mp4', 'mov'].includes(ending) && !MEDIA_FOUNDATION.includes(encoder));
 }
 
-module.exports = { containerOf, playsWithoutEnd };
+module.exports = { containerOf, soundsOf, playsWithoutEnd };

@@ -3,7 +3,7 @@
 // What a caller asks for, as the process takes it: checked, with defaults and whole paths.
 
 const path = require('node:path');
-const { containerOf } = require('./containers');
+const { containerOf, soundsOf } = require('./containers');
 const { targetOfSource } = require('./electron');
 
 /** The levels of a log, from all of it to the least. */
@@ -155,9 +155,21 @@ function place(options, ending) {
   return { directory: path.dirname(whole), name: path.basename(whole) };
 }
 
+/** What a recording's sound is encoded as. */
+function audioCodec(options, recording) {
+  const fitting = soundsOf(recording);
+  const { audioCodec: wanted = fitting[0] } = options;
+  if (!fitting.includes(wanted)) {
+    const names = fitting.length > 1 ? `one of ${listed(fitting)}` : fitting[0];
+    const by = recording.picture ? ` of ${recording.encoder}` : '';
+    fail('audioCodec', `${names} in a .${containerOf(recording)}${by}`, wanted);
+  }
+  return wanted;
+}
+
 const SIGNAL = 'signal';
 const RECORDING = [
-  ...[...TARGETS, 'frameRate', 'encoder', 'bitrate', 'audioBitrate', 'microphone', 'speaker', 'file', 'directory'],
+  ...[...TARGETS, 'frameRate', 'encoder', 'bitrate', 'audioCodec', 'audioBitrate', 'microphone', 'speaker', 'file', 'directory'],
   ...['overwrite', 'stopAfter', 'segments', 'safeFile', 'logLevel', SIGNAL],
 ];
 
@@ -180,14 +192,16 @@ function recordingOf(options) {
     throw new TypeError('picture can be false only with a microphone or a speaker');
   }
   const encoder = text(options, 'encoder') ?? 'libx264';
+  const recording = { encoder, picture: shown !== undefined };
   return {
     target: shown,
     ...sounds,
     encoder,
     frameRate: whole(options, 'frameRate', 1, 120),
     bitrate: whole(options, 'bitrate', 100_000, 50_000_000),
+    audioCodec: audioCodec(options, recording),
     audioBitrate: whole(options, 'audioBitrate', 1, 10_000_000),
-    ...place(options, containerOf({ encoder, picture: shown !== undefined })),
+    ...place(options, containerOf(recording)),
     overwrite: truth(options, 'overwrite', false),
     stopAfter: amounts(options, 'stopAfter', { seconds: [0.001, MOST_SECONDS], bytes: [1, 2 ** 53], freeBytes: [1, 2 ** 53] }),
     // Recordings are named by the second.

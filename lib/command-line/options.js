@@ -24,6 +24,8 @@ for record:
   --fps N                pictures a second at most, 30 unless said otherwise
   --encoder NAME         video encoder, libx264 unless said otherwise
   --bitrate N            bits per second of the picture, 5000000 unless said otherwise
+  --audio-codec NAME     aac, mp3 or opus; unless said otherwise aac in MP4 and MOV, opus in WebM, mp3 elsewhere
+  --audio-bitrate N      bits per second of each sound, in AAC and Opus 160000 unless said otherwise
   --seconds N            stops after so long; without it, at Ctrl+C
   --pause FROM,TO        leaves out what happens between these seconds after the start
   --bytes N              stops when the recording is so large
@@ -44,7 +46,7 @@ const OPTIONS = {
   record: {
     ...{ ...TARGET, 'no-picture': flag, file: text, out: text, overwrite: flag, microphone: text, speaker: text, audio: flag },
     ...{ fps: text, encoder: text, bitrate: text, seconds: text, bytes: text, 'free-bytes': text, 'segment-seconds': text },
-    ...{ 'segment-bytes': text, pause: text, verbose: flag },
+    ...{ 'segment-bytes': text, 'audio-codec': text, 'audio-bitrate': text, pause: text, verbose: flag },
   },
 };
 
@@ -97,7 +99,7 @@ const targetOf = (values) => ({
 
 function recordingOf(values) {
   const numbers = Object.fromEntries(
-    ['fps', 'bitrate', 'seconds', 'bytes', 'free-bytes', 'segment-seconds', 'segment-bytes'].map((name) => [name, number(values[name], name)]),
+    ['fps', 'bitrate', 'audio-bitrate', 'seconds', 'bytes', 'free-bytes', 'segment-seconds', 'segment-bytes'].map((name) => [name, number(values[name], name)]),
   );
   const otherwise = values.audio ? 'default' : undefined;
   return {
@@ -111,6 +113,8 @@ function recordingOf(values) {
     frameRate: numbers.fps,
     encoder: values.encoder,
     bitrate: numbers.bitrate,
+    audioCodec: values['audio-codec'],
+    audioBitrate: numbers['audio-bitrate'],
     stopAfter: { seconds: numbers.seconds, bytes: numbers.bytes, freeBytes: numbers['free-bytes'] },
     segments: { seconds: numbers['segment-seconds'], bytes: numbers['segment-bytes'] },
   };

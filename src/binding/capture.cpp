@@ -41,6 +41,7 @@ Napi::Function Capture::DefineForRecorder(Napi::Env env) {
   std::vector<PropertyDescriptor> methods = Methods();
   methods.push_back(Method<&Capture::OnEvent>("onEvent"));
   methods.push_back(Method<&Capture::SetPlayableThroughout>("setPlayableThroughout"));
+  methods.push_back(Method<&Capture::SetAudioCodec>("setAudioCodec"));
   methods.push_back(Method<&Capture::PauseRecord>("pauseRecord"));
   methods.push_back(Method<&Capture::ResumeRecord>("resumeRecord"));
   methods.push_back(Method<&Capture::SetVolume>("setVolume"));

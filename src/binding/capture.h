@@ -65,6 +65,7 @@ class Capture final : public Napi::ObjectWrap<Capture> {
   Napi::Value GetSupportVideoCodec(Info info);
   Napi::Value OnEvent(Info info);
   Napi::Value SetPlayableThroughout(Info info);
+  Napi::Value SetAudioCodec(Info info);
   Napi::Value PauseRecord(Info info);
   Napi::Value ResumeRecord(Info info);
   Napi::Value SetVolume(Info info);

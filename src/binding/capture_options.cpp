@@ -1,6 +1,8 @@
 // What a recorder's process asks of the class beyond its 26 methods.
 
 #include <memory>
+#include <optional>
+#include <string>
 #include <utility>
 
 #include "binding/arguments.h"
@@ -18,12 +20,36 @@ const char* NameOf(RecordingEvent event) {
   return "";
 }
 
+std::optional<SoundCodec> CodecNamed(const std::string& name) {
+  if (name == "mp3") {
+    return SoundCodec::kMp3;
+  }
+  if (name == "aac") {
+    return SoundCodec::kAac;
+  }
+  if (name == "opus") {
+    return SoundCodec::kOpus;
+  }
+  return std::nullopt;
+}
+
 }  // namespace
 
 Napi::Value Capture::SetPlayableThroughout(Info info) {
   RecordingOptions options = options_;
   options.playableThroughout =
       BooleanArgument(info, "Setting playable throughout requires a boolean parameter");
+  return SetOptions(info, options);
+}
+
+Napi::Value Capture::SetAudioCodec(Info info) {
+  constexpr const char* kNeeded = "Setting audio codec requires aac, mp3 or opus";
+  const auto codec = CodecNamed(StringArgument(info, kNeeded));
+  Require(info, codec.has_value(), kNeeded);
+  Require(info, info.Length() < 2 || info[1].IsUndefined() || info[1].IsNumber(),
+          "An audio codec's bit rate must be a number");
+  RecordingOptions options = options_;
+  options.sound = {*codec, info[1].IsNumber() ? info[1].As<Napi::Number>().Int32Value() : 0};
   return SetOptions(info, options);
 }
 

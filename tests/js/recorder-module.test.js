@@ -13,7 +13,7 @@ const { openPattern } = require('./support/desktop');
 const media = require('./support/media');
 
 const ENGINE = path.join(packageFolder, 'lib', 'process', 'engine.js');
-const MORE = ['onEvent', 'setPlayableThroughout', 'pauseRecord', 'resumeRecord', 'setVolume', 'setMuted', 'takeLevels'];
+const MORE = ['onEvent', 'setPlayableThroughout', 'setAudioCodec', 'pauseRecord', 'resumeRecord', 'setVolume', 'setMuted', 'takeLevels'];
 
 test('its class has the methods of the main entry in their order, and more', () => {
   const { Brisolte } = require(ENGINE);
@@ -27,6 +27,19 @@ test('what is no function cannot listen to events', () => {
   for (const words of [[], [undefined], ['diskFull'], [{}]]) {
     assert.throws(() => new Brisolte().onEvent(...words), { message: 'Listening to events requires a function' });
   }
+});
+
+test('what is no codec of sound, or no bit rate, is not taken', () => {
+  const { Brisolte } = require(ENGINE);
+  for (const words of [[], [undefined], [5], ['flac'], ['AAC'], [{}]]) {
+    assert.throws(() => new Brisolte().setAudioCodec(...words), { message: 'Setting audio codec requires aac, mp3 or opus' });
+  }
+  for (const bitRate of [null, '96000', {}]) {
+    assert.throws(() => new Brisolte().setAudioCodec('aac', bitRate), { message: "An audio codec's bit rate must be a number" });
+  }
+  const capture = new Brisolte();
+  capture.setLogLevel(5);
+  assert.deepEqual([capture.setAudioCodec('opus'), capture.setAudioCodec('mp3', undefined), capture.setAudioCodec('aac', 96_000)], [true, true, true]);
 });
 
 test('a disk that is nearly full is told, once, and the file is whole', async (t) => {

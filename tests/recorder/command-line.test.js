@@ -27,7 +27,7 @@ async function run(t, words, { cwd = folderOf(t), meanwhile } = {}) {
 }
 
 test('what is written becomes what a recorder takes', () => {
-  const words = ['record', '--region=-10,20,300,200', '--monitor', '1', '--fps', '15', '--audio', '--seconds', '1.5', '--bytes', '4e9'];
+  const words = ['record', '--region=-10,20,300,200', '--monitor', '1', '--fps', '15', '--audio', '--seconds', '1.5', '--bytes', '4e9', '--audio-codec', 'mp3', '--audio-bitrate', '96000'];
   const { command, json, verbose, options } = read([...words, '--speaker', 'x', '--segment-seconds', '60']);
   assert.deepEqual([command, json, verbose], ['record', false, false]);
   assert.deepEqual(JSON.parse(JSON.stringify(options)), {
@@ -39,6 +39,8 @@ test('what is written becomes what a recorder takes', () => {
     microphone: 'default',
     speaker: 'x',
     frameRate: 15,
+    audioCodec: 'mp3',
+    audioBitrate: 96_000,
     stopAfter: { seconds: 1.5, bytes: 4e9 },
     segments: { seconds: 60 },
   });

@@ -18,6 +18,7 @@ test('what is left out has its default', () => {
     stopAfter: {},
     segments: {},
     safeFile: true,
+    audioCodec: 'aac',
     logLevel: 'info',
   });
 });
@@ -45,6 +46,18 @@ test('each target is taken', () => {
   targets.forEach(([options, target]) => assert.deepEqual(recordingOf({ ...DIRECTORY, ...options }).target, target));
 });
 
+test('sound has the codec that everybody plays in the container, or one that is asked for and fits', () => {
+  const sound = { microphone: 'default' };
+  const codecs = (options, ...wanted) => [undefined, ...wanted].map((audioCodec) => recordingOf({ ...DIRECTORY, ...sound, ...options, audioCodec }).audioCodec);
+  assert.deepEqual(codecs({}, 'aac', 'mp3', 'opus'), ['aac', 'aac', 'mp3', 'opus']);
+  assert.deepEqual(codecs({ encoder: 'prores' }, 'mp3'), ['aac', 'mp3']);
+  assert.deepEqual(codecs({ encoder: 'libvpx-vp9' }, 'opus'), ['opus', 'opus']);
+  assert.deepEqual(codecs({ encoder: 'mjpeg' }, 'mp3'), ['mp3', 'mp3']);
+  assert.deepEqual(codecs({ picture: false }, 'mp3'), ['mp3', 'mp3']);
+  assert.deepEqual(codecs({ encoder: 'mf_h264' }, 'aac'), ['aac', 'aac']);
+  assert.deepEqual(codecs({ encoder: 'mf_h264', picture: false }, 'aac'), ['aac', 'aac']);
+});
+
 const WRONG = [
   [{ monitor: -1 }, /^monitor must be the index or the name of a monitor, and is -1$/],
   [{ window: {} }, /^window must be/],
@@ -62,6 +75,14 @@ const WRONG = [
   [{ frameRate: 29.97 }, /^frameRate /],
   [{ frameRate: '30' }, /^frameRate /],
   [{ bitrate: 99_999 }, /^bitrate must be a whole number from 100000 to 50000000/],
+  [{ audioCodec: 'flac' }, /^audioCodec must be one of aac, mp3 and opus in a \.mp4 of libx264, and is "flac"$/],
+  [{ audioCodec: null }, /^audioCodec must be one of aac, mp3 and opus in a \.mp4 of libx264, and is null$/],
+  [{ audioCodec: 'opus', encoder: 'prores' }, /^audioCodec must be one of aac and mp3 in a \.mov of prores, and is "opus"$/],
+  [{ audioCodec: 'aac', encoder: 'libvpx' }, /^audioCodec must be opus in a \.webm of libvpx, and is "aac"$/],
+  [{ audioCodec: 'mp3', encoder: 'vp9_qsv' }, /^audioCodec must be opus in a \.webm/],
+  [{ audioCodec: 'aac', encoder: 'mjpeg' }, /^audioCodec must be mp3 in a \.avi/],
+  [{ audioCodec: 'mp3', encoder: 'mf_h264' }, /^audioCodec must be aac in a \.mp4 of mf_h264/],
+  [{ audioCodec: 'aac', picture: false, speaker: 'default' }, /^audioCodec must be mp3 in a \.mp3, and is "aac"$/],
   [{ audioBitrate: -1 }, /^audioBitrate /],
   [{ encoder: '' }, /^encoder must be a text, and is ""$/],
   [{ microphone: { id: '' } }, /^microphone\.id must be a text, and is ""$/],

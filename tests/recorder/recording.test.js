@@ -52,7 +52,7 @@ test('all options reach the module', async (t) => {
   const { directory, ...settings } = settingsOf(named);
   assert.ok(fs.existsSync(directory));
   const numbers = { frameRate: 12, bitrate: 200_000, audioBitrate: 64_000 };
-  assert.deepEqual(settings, { window: 42, encoder: 'mjpeg', microphone: 'mic-2', speaker: '', throughout: false, ...numbers });
+  assert.deepEqual(settings, { window: 42, encoder: 'mjpeg', microphone: 'mic-2', speaker: '', throughout: false, sound: ['mp3', 64_000], ...numbers });
 });
 
 test('a region is recorded on the monitor that has most of it', async (t) => {

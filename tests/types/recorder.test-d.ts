@@ -22,6 +22,8 @@ const recorder = new Recorder({
   bitrate: 5_000_000,
   microphone: 'default',
   speaker: 'default',
+  audioCodec: 'opus',
+  audioBitrate: 96_000,
   file: 'C:\\Videos\\talk.mp4',
   stopAfter: { seconds: 3600, bytes: 4e9, freeBytes: 500e6 },
   segments: { seconds: 600 },
@@ -73,6 +75,7 @@ expectAssignable<RecorderOptions>({ source: { id: 'screen:0:0', display_id: '1' 
 
 expectError(new Recorder());
 expectError(new Recorder({ directory: '.', framerate: 30 }));
+expectError(new Recorder({ directory: '.', audioCodec: 'flac' }));
 expectError(new Recorder({ directory: '.', stopAfter: 5 }));
 expectError(recorder.on('progress', (progress: string) => progress));
 expectError(Recorder.screenshot({}));

@@ -37,7 +37,7 @@ const LONG = {
   windows: ['capture_tests.exe', 'video_tests.exe', 'encoder_tests.exe'],
 };
 const TIMED = [
-  ...['js/timing.test.js', 'js/sound.test.js', 'js/mediafoundation.test.js', 'faults/mediafoundation.test.js'],
+  ...['js/timing.test.js', 'js/sound.test.js', 'js/recorder-sound.test.js', 'js/mediafoundation.test.js', 'faults/mediafoundation.test.js'],
   ...['faults/clock.test.js', 'js/recorder-kills.test.js'],
 ];
 // Every file has a sandbox, a display, a sound server and a prefix of its own. More than two would wait for each other's frames.

@@ -99,6 +99,7 @@ class Brisolte {
   setBitrate = (rate) => this.#set('bitrate', rate);
   setAudioBitrate = (rate) => this.#set('audioBitrate', rate);
   setMicrophoneDevice = (id) => this.#set('microphone', id);
+  setAudioCodec = (codec, rate) => this.#set('sound', [codec, rate ?? null]);
   setPlayableThroughout = (throughout) => this.#set('throughout', throughout);
   setSpeakerDevice = (id) => this.#set('speaker', id);
 
