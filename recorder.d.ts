@@ -55,6 +55,10 @@ export interface RecorderOptions extends Target {
    * killed, the machine loses power or the disk is full; `true` unless given. Not of `mf_h264` and `mf_hevc`.
    */
   safeFile?: boolean;
+  /** `false` leaves the mouse pointer out, which needs Windows 10 version 2004; `true` unless given. */
+  cursor?: boolean;
+  /** `false` keeps Windows from drawing its border around what is recorded, which needs Windows 11; `true` unless given. */
+  border?: boolean;
   /** From which level on there are `log` events; `'info'` unless given. */
   logLevel?: LogLevel;
   /** Stops the recording, and keeps its file, when it is aborted. */
@@ -87,6 +91,13 @@ export interface Progress {
   file: string;
   /** How loud each sound that is recorded was since the progress before: its loudest sample, as it is recorded, from 0 to 1. */
   levels: { microphone?: number; speaker?: number };
+}
+
+/** Something that the system could not do as it was asked, and that the recording goes on without. */
+export interface RecorderWarning {
+  code: 'cursorStays' | 'borderStays';
+  /** Says what, and which Windows it needs. */
+  message: string;
 }
 
 /** One file of a recording that is split. */
@@ -123,6 +134,8 @@ export interface RecorderEvents {
   /** Each second, also while it is paused. */
   progress: [Progress];
   log: [LogEntry];
+  /** It records, though not quite as it was asked. May come before `start`. */
+  warning: [RecorderWarning];
   /** A file of a recording that is split is complete. */
   segment: [Segment];
   /** It has ended, for whatever reason. */

@@ -158,7 +158,7 @@ function place(options, ending) {
 const SIGNAL = 'signal';
 const RECORDING = [
   ...[...TARGETS, 'frameRate', 'encoder', 'bitrate', 'audioBitrate', 'microphone', 'speaker', 'file', 'directory'],
-  ...['overwrite', 'stopAfter', 'segments', 'safeFile', 'logLevel', SIGNAL],
+  ...['overwrite', 'stopAfter', 'segments', 'safeFile', 'cursor', 'border', 'logLevel', SIGNAL],
 ];
 
 /**
@@ -193,6 +193,8 @@ function recordingOf(options) {
     // Recordings are named by the second.
     segments: amounts(options, 'segments', { seconds: [1, MOST_SECONDS], bytes: [1, 2 ** 53] }),
     safeFile: truth(options, 'safeFile', true),
+    cursor: truth(options, 'cursor', true),
+    border: truth(options, 'border', true),
     logLevel,
   };
 }

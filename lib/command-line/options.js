@@ -30,6 +30,8 @@ for record:
   --free-bytes N         stops when the disk has less room
   --segment-seconds N    splits the recording into files of this length
   --segment-bytes N      splits the recording into files of this size
+  --no-cursor            leaves the mouse pointer out; Windows 10 version 2004
+  --no-border            leaves out the border that Windows draws; Windows 11
   --verbose              shows the log
 
   --json                 writes for programs: an object a line
@@ -44,7 +46,7 @@ const OPTIONS = {
   record: {
     ...{ ...TARGET, 'no-picture': flag, file: text, out: text, overwrite: flag, microphone: text, speaker: text, audio: flag },
     ...{ fps: text, encoder: text, bitrate: text, seconds: text, bytes: text, 'free-bytes': text, 'segment-seconds': text },
-    ...{ 'segment-bytes': text, pause: text, verbose: flag },
+    ...{ 'segment-bytes': text, pause: text, 'no-cursor': flag, 'no-border': flag, verbose: flag },
   },
 };
 
@@ -112,6 +114,8 @@ function recordingOf(values) {
     encoder: values.encoder,
     bitrate: numbers.bitrate,
     stopAfter: { seconds: numbers.seconds, bytes: numbers.bytes, freeBytes: numbers['free-bytes'] },
+    cursor: !values['no-cursor'],
+    border: !values['no-border'],
     segments: { seconds: numbers['segment-seconds'], bytes: numbers['segment-bytes'] },
   };
 }

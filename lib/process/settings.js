@@ -85,11 +85,13 @@ function deviceOf(instance, kind, wanted) {
 
 /** Sets all that a recording is asked to be. */
 function apply(instance, wanted) {
-  const { target, microphone, speaker, encoder, frameRate, bitrate, audioBitrate, directory, safeFile } = wanted;
+  const { target, microphone, speaker, encoder, frameRate, bitrate, audioBitrate, directory, safeFile, cursor, border } = wanted;
   chooseTarget(instance, target);
   set(instance, 'setEncoder', encoder);
   set(instance, 'setOutputDir', directory);
   set(instance, 'setPlayableThroughout', safeFile);
+  set(instance, 'setShowsCursor', cursor);
+  set(instance, 'setShowsBorder', border);
   set(instance, 'setMicrophoneDevice', microphone ? deviceOf(instance, 'microphone', microphone.id) : '');
   set(instance, 'setSpeakerDevice', speaker ? deviceOf(instance, 'speaker', speaker.id) : '');
   const numbers = { setFrameRate: frameRate, setBitrate: bitrate, setAudioBitrate: audioBitrate };

@@ -12,6 +12,10 @@ namespace {
 
 const char* NameOf(RecordingEvent event) {
   switch (event) {
+    case RecordingEvent::kCursorStays:
+      return "cursorStays";
+    case RecordingEvent::kBorderStays:
+      return "borderStays";
     case RecordingEvent::kDiskFull:
       return "diskFull";
   }
@@ -24,6 +28,18 @@ Napi::Value Capture::SetPlayableThroughout(Info info) {
   RecordingOptions options = options_;
   options.playableThroughout =
       BooleanArgument(info, "Setting playable throughout requires a boolean parameter");
+  return SetOptions(info, options);
+}
+
+Napi::Value Capture::SetShowsCursor(Info info) {
+  RecordingOptions options = options_;
+  options.showsCursor = BooleanArgument(info, "Setting the cursor requires a boolean parameter");
+  return SetOptions(info, options);
+}
+
+Napi::Value Capture::SetShowsBorder(Info info) {
+  RecordingOptions options = options_;
+  options.showsBorder = BooleanArgument(info, "Setting the border requires a boolean parameter");
   return SetOptions(info, options);
 }
 

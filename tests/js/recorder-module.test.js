@@ -13,7 +13,10 @@ const { openPattern } = require('./support/desktop');
 const media = require('./support/media');
 
 const ENGINE = path.join(packageFolder, 'lib', 'process', 'engine.js');
-const MORE = ['onEvent', 'setPlayableThroughout', 'pauseRecord', 'resumeRecord', 'setVolume', 'setMuted', 'takeLevels'];
+const MORE = [
+  ...['onEvent', 'setPlayableThroughout', 'pauseRecord', 'resumeRecord', 'setVolume', 'setMuted', 'takeLevels'],
+  ...['setShowsCursor', 'setShowsBorder'],
+];
 
 test('its class has the methods of the main entry in their order, and more', () => {
   const { Brisolte } = require(ENGINE);

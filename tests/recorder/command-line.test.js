@@ -28,7 +28,7 @@ async function run(t, words, { cwd = folderOf(t), meanwhile } = {}) {
 
 test('what is written becomes what a recorder takes', () => {
   const words = ['record', '--region=-10,20,300,200', '--monitor', '1', '--fps', '15', '--audio', '--seconds', '1.5', '--bytes', '4e9'];
-  const { command, json, verbose, options } = read([...words, '--speaker', 'x', '--segment-seconds', '60']);
+  const { command, json, verbose, options } = read([...words, '--speaker', 'x', '--segment-seconds', '60', '--no-cursor', '--no-border']);
   assert.deepEqual([command, json, verbose], ['record', false, false]);
   assert.deepEqual(JSON.parse(JSON.stringify(options)), {
     monitor: 1,
@@ -41,6 +41,8 @@ test('what is written becomes what a recorder takes', () => {
     frameRate: 15,
     stopAfter: { seconds: 1.5, bytes: 4e9 },
     segments: { seconds: 60 },
+    cursor: false,
+    border: false,
   });
   const { file, options: target } = read(['screenshot', 'a.png', '--window', 'Notes 2']);
   assert.deepEqual([file, target.window], ['a.png', 'Notes 2']);
@@ -114,6 +116,16 @@ test('programs get an object a line', async (t) => {
   const events = output.trimEnd().split('\n').map((line) => JSON.parse(line));
   assert.deepEqual(events.map(({ event }) => event).filter((event) => event !== 'progress'), ['start', 'segment', 'stop']);
   assert.deepEqual([events.at(-1).reason, events.at(-1).files.length], ['seconds', 2]);
+});
+
+test('what the system cannot leave out is said on standard error', async (t) => {
+  const words = ['record', '--encoder', 'stays', '--no-cursor', '--seconds', '1'];
+  const { code, errors } = await run(t, words);
+  assert.equal(code, 0);
+  assert.match(errors, /^The mouse pointer is in the recording: /m);
+  const json = await run(t, [...words, '--json']);
+  const events = json.output.trimEnd().split('\n').map((line) => JSON.parse(line));
+  assert.deepEqual(events.filter(({ event }) => event === 'warning').map(({ code: which }) => which), ['cursorStays', 'borderStays']);
 });
 
 test('what fails is told with its reason, and exit code 1', async (t) => {

@@ -18,6 +18,8 @@ test('what is left out has its default', () => {
     stopAfter: {},
     segments: {},
     safeFile: true,
+    cursor: true,
+    border: true,
     logLevel: 'info',
   });
 });
@@ -79,6 +81,8 @@ const WRONG = [
   [{ stopAfter: { seconds: NaN } }, /^stopAfter\.seconds /],
   [{ stopAfter: { minutes: 1 } }, /^stopAfter\.minutes is no option; there are seconds, bytes and freeBytes$/],
   [{ segments: { seconds: 0.5 } }, /^segments\.seconds must be a number from 1/],
+  [{ cursor: 'no' }, /^cursor must be true or false, and is "no"$/],
+  [{ border: 0 }, /^border must be true or false, and is 0$/],
   [{ logLevel: 'loud' }, /^logLevel must be one of debug, info, warning and error, and is "loud"$/],
   [{ signal: {} }, /^signal must be an AbortSignal, and is an object$/],
   [{ framerate: 30 }, /^framerate is no option; there are /],

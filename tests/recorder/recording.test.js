@@ -46,13 +46,24 @@ test('its log is told line by line', async (t) => {
 });
 
 test('all options reach the module', async (t) => {
-  const options = { window: 'Notes', encoder: 'mjpeg', frameRate: 12, bitrate: 200_000, audioBitrate: 64_000, microphone: 'default', safeFile: false };
+  const options = { window: 'Notes', encoder: 'mjpeg', frameRate: 12, bitrate: 200_000, audioBitrate: 64_000, microphone: 'default', safeFile: false, cursor: false, border: false };
   const { recorder, named } = recorderOf(t, options);
   await recorder.start();
   const { directory, ...settings } = settingsOf(named);
   assert.ok(fs.existsSync(directory));
   const numbers = { frameRate: 12, bitrate: 200_000, audioBitrate: 64_000 };
-  assert.deepEqual(settings, { window: 42, encoder: 'mjpeg', microphone: 'mic-2', speaker: '', throughout: false, ...numbers });
+  assert.deepEqual(settings, { window: 42, encoder: 'mjpeg', microphone: 'mic-2', speaker: '', throughout: false, cursor: false, border: false, ...numbers });
+});
+
+test('what the system cannot leave out is told once, however many segments find it so', async (t) => {
+  const { recorder, named } = recorderOf(t, { encoder: 'stays', cursor: false, border: false, segments: { seconds: 1 } });
+  await recorder.start();
+  await once(recorder, 'segment');
+  await recorder.stop();
+  const warnings = named('warning');
+  assert.deepEqual(warnings.map(({ code }) => code), ['cursorStays', 'borderStays']);
+  assert.match(warnings[0].message, /^The mouse pointer is in the recording: .* Windows 10 version 2004/);
+  assert.match(warnings[1].message, /^Windows may draw its border .* Windows 11/);
 });
 
 test('a region is recorded on the monitor that has most of it', async (t) => {

@@ -26,6 +26,8 @@ const recorder = new Recorder({
   stopAfter: { seconds: 3600, bytes: 4e9, freeBytes: 500e6 },
   segments: { seconds: 600 },
   safeFile: false,
+  cursor: false,
+  border: false,
 });
 
 expectType<Promise<void>>(recorder.start());
@@ -39,6 +41,10 @@ recorder.on('progress', (progress) => expectType<Progress>(progress));
 recorder.on('progress', ({ freeBytes }) => expectType<number | undefined>(freeBytes));
 recorder.on('log', (entry) => expectType<LogEntry>(entry));
 recorder.on('segment', (segment) => expectType<Segment>(segment));
+recorder.on('warning', ({ code, message }) => {
+  expectType<'cursorStays' | 'borderStays'>(code);
+  expectType<string>(message);
+});
 recorder.once('stop', ({ reason }) => expectType<StopReason>(reason));
 recorder.on('error', (error) => {
   expectType<RecorderError>(error);

@@ -63,6 +63,7 @@ const WHILE_RECORDING = {
       log('WARNING', 'FFmpegEncoder: The disk is nearly full, the recording ends here');
       tell('diskFull');
     }, 300),
+  stays: (tell) => ['cursorStays', 'borderStays', 'cursorStays'].forEach((event) => setTimeout(tell, 20, event)),
   // Fills a pipe in some seconds.
   floods: () => setInterval(() => log('ERROR', 'x'.repeat(1500)), 100),
 };
@@ -100,6 +101,8 @@ class Brisolte {
   setAudioBitrate = (rate) => this.#set('audioBitrate', rate);
   setMicrophoneDevice = (id) => this.#set('microphone', id);
   setPlayableThroughout = (throughout) => this.#set('throughout', throughout);
+  setShowsCursor = (shows) => this.#set('cursor', shows);
+  setShowsBorder = (shows) => this.#set('border', shows);
   setSpeakerDevice = (id) => this.#set('speaker', id);
 
   setVolume = (sound, volume) => this.#adjust(sound, { volume });
