@@ -59,6 +59,10 @@ export interface RecorderOptions extends Target {
   cursor?: boolean;
   /** `false` keeps Windows from drawing its border around what is recorded, which needs Windows 11; `true` unless given. */
   border?: boolean;
+  /** The size in which the picture has to fit: a larger one is made smaller, and keeps its ratio. Not with `mf_h264` and `mf_hevc`. */
+  scale?: { width: number; height: number };
+  /** Options of FFmpeg's for the encoder, as `{ crf: 20 }`; they come before what it is told otherwise. Not with `mf_h264` and `mf_hevc`. */
+  encoderOptions?: Record<string, number | string | boolean>;
   /** From which level on there are `log` events; `'info'` unless given. */
   logLevel?: LogLevel;
   /** Stops the recording, and keeps its file, when it is aborted. */

@@ -24,4 +24,4 @@ function playsWithoutEnd({ encoder, picture, safeFile }) {
   return ['webm', 'avi', 'mp3'].includes(ending) || (safeFile && ['mp4', 'mov'].includes(ending) && !MEDIA_FOUNDATION.includes(encoder));
 }
 
-module.exports = { containerOf, playsWithoutEnd };
+module.exports = { containerOf, MEDIA_FOUNDATION, playsWithoutEnd };

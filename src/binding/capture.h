@@ -72,6 +72,8 @@ class Capture final : public Napi::ObjectWrap<Capture> {
   Napi::Value TakeLevels(Info info);
   Napi::Value SetShowsCursor(Info info);
   Napi::Value SetShowsBorder(Info info);
+  Napi::Value SetLargestPicture(Info info);
+  Napi::Value SetEncoderOptions(Info info);
 
   static std::vector<PropertyDescriptor> Methods();
   SoundControl& SoundArgument(Info info);

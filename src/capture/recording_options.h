@@ -1,6 +1,10 @@
 #pragma once
 
+#include <cstdint>
 #include <functional>
+#include <optional>
+#include <string>
+#include <vector>
 
 namespace brisolte {
 
@@ -9,6 +13,20 @@ enum class RecordingEvent {
   kCursorStays,  ///< the pointer could not be left out of the picture
   kBorderStays,  ///< the system could not be kept from drawing its border
   kDiskFull,     ///< the volume is nearly full: the file was completed, nothing more goes into it
+};
+
+/// A size in pixels.
+struct PictureSize {
+  std::int32_t width = 0;
+  std::int32_t height = 0;
+
+  friend bool operator==(const PictureSize&, const PictureSize&) = default;
+};
+
+/// A name in FFmpeg's tables of options, and a value as FFmpeg reads it.
+struct EncoderOption {
+  std::string name;
+  std::string value;
 };
 
 /// What is asked of recordings beyond `CaptureSettings`. As it is made, it asks for nothing.
@@ -20,6 +38,11 @@ struct RecordingOptions {
   bool showsCursor = true;
   /// Whether the system may draw its border around what is recorded. The same.
   bool showsBorder = true;
+  /// FFmpeg's encoders get pictures that fit into this size: larger ones are made smaller and keep their
+  /// ratio.
+  std::optional<PictureSize> largestPicture;
+  /// What the encoder of FFmpeg's is told beyond what it is told anyway; the later of two of one name holds.
+  std::vector<EncoderOption> encoderOptions;
   /// Hears events, on whatever thread they happen; must not throw.
   std::function<void(RecordingEvent)> report = [](RecordingEvent /*event*/) {};
 };

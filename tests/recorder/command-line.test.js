@@ -28,7 +28,7 @@ async function run(t, words, { cwd = folderOf(t), meanwhile } = {}) {
 
 test('what is written becomes what a recorder takes', () => {
   const words = ['record', '--region=-10,20,300,200', '--monitor', '1', '--fps', '15', '--audio', '--seconds', '1.5', '--bytes', '4e9'];
-  const { command, json, verbose, options } = read([...words, '--speaker', 'x', '--segment-seconds', '60', '--no-cursor', '--no-border']);
+  const { command, json, verbose, options } = read([...words, '--speaker', 'x', '--segment-seconds', '60', '--no-cursor', '--no-border', '--scale', '640,360']);
   assert.deepEqual([command, json, verbose], ['record', false, false]);
   assert.deepEqual(JSON.parse(JSON.stringify(options)), {
     monitor: 1,
@@ -41,6 +41,7 @@ test('what is written becomes what a recorder takes', () => {
     frameRate: 15,
     stopAfter: { seconds: 1.5, bytes: 4e9 },
     segments: { seconds: 60 },
+    scale: { width: 640, height: 360 },
     cursor: false,
     border: false,
   });
@@ -67,6 +68,7 @@ test('what makes no sense is told, with exit code 2', async (t) => {
     [['record', '--region', '1,2,3'], /^--region 1,2,3 is not four whole numbers L,T,W,H$/m],
     [['record', '--pause', '3'], /^--pause 3 is not two numbers of seconds FROM,TO$/m],
     [['record', '--pause', '3,2'], /^--pause 3,2 is not two numbers of seconds FROM,TO$/m],
+    [['record', '--scale', '640'], /^--scale 640 is not two whole numbers W,H$/m],
     [['record', '--seconds', 'x'], /^--seconds x is not a number$/m],
     [['record', '--fps', '500'], /^frameRate must be a whole number from 1 to 120, and is 500$/m],
     [['record', '--file', 'a.avi'], /^file must be a name that ends in \.mp4/m],

@@ -47,12 +47,13 @@ test('its log is told line by line', async (t) => {
 
 test('all options reach the module', async (t) => {
   const options = { window: 'Notes', encoder: 'mjpeg', frameRate: 12, bitrate: 200_000, audioBitrate: 64_000, microphone: 'default', safeFile: false, cursor: false, border: false };
-  const { recorder, named } = recorderOf(t, options);
+  const more = { scale: { width: 640, height: 360 }, encoderOptions: { huffman: 'optimal' } };
+  const { recorder, named } = recorderOf(t, { ...options, ...more });
   await recorder.start();
   const { directory, ...settings } = settingsOf(named);
   assert.ok(fs.existsSync(directory));
   const numbers = { frameRate: 12, bitrate: 200_000, audioBitrate: 64_000 };
-  assert.deepEqual(settings, { window: 42, encoder: 'mjpeg', microphone: 'mic-2', speaker: '', throughout: false, cursor: false, border: false, ...numbers });
+  assert.deepEqual(settings, { window: 42, encoder: 'mjpeg', microphone: 'mic-2', speaker: '', throughout: false, cursor: false, border: false, largest: more.scale, encoderOptions: more.encoderOptions, ...numbers });
 });
 
 test('what the system cannot leave out is told once, however many segments find it so', async (t) => {

@@ -28,6 +28,8 @@ const recorder = new Recorder({
   safeFile: false,
   cursor: false,
   border: false,
+  scale: { width: 1280, height: 720 },
+  encoderOptions: { crf: 20, preset: 'fast', mbtree: false },
 });
 
 expectType<Promise<void>>(recorder.start());
@@ -68,6 +70,8 @@ expectAssignable<RecorderOptions>({ source: { id: 'screen:0:0', display_id: '1' 
 expectError(new Recorder());
 expectError(new Recorder({ directory: '.', framerate: 30 }));
 expectError(new Recorder({ directory: '.', stopAfter: 5 }));
+expectError(new Recorder({ directory: '.', scale: 0.5 }));
+expectError(new Recorder({ directory: '.', encoderOptions: { crf: [20] } }));
 expectError(recorder.on('progress', (progress: string) => progress));
 expectError(Recorder.screenshot({}));
 

@@ -103,6 +103,8 @@ class Brisolte {
   setPlayableThroughout = (throughout) => this.#set('throughout', throughout);
   setShowsCursor = (shows) => this.#set('cursor', shows);
   setShowsBorder = (shows) => this.#set('border', shows);
+  setLargestPicture = (size) => this.#set('largest', size);
+  setEncoderOptions = (options) => this.#set('encoderOptions', options);
   setSpeakerDevice = (id) => this.#set('speaker', id);
 
   setVolume = (sound, volume) => this.#adjust(sound, { volume });
