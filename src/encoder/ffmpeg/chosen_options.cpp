@@ -91,8 +91,14 @@ bool AddChosenOptions(const std::vector<EncoderOption>& chosen, const AVCodec& c
     }
     if (const int result = av_opt_set(trial.get(), name.c_str(), value.c_str(), AV_OPT_SEARCH_CHILDREN);
         result < 0) {
-      Logger::Error("Encoder " + std::string(codec.name) + " refuses " + name + "=" + value + ": " +
-                    ErrorText(result));
+      std::string failure = "Encoder " + std::string(codec.name);
+      failure.append(" refuses ")
+          .append(name)
+          .append("=")
+          .append(value)
+          .append(": ")
+          .append(ErrorText(result));
+      Logger::Error(failure);
       return false;
     }
     options.Set(name.c_str(), value.c_str());
