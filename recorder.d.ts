@@ -63,6 +63,14 @@ export interface RecorderOptions extends Target {
    * killed, the machine loses power or the disk is full; `true` unless given. Not of `mf_h264` and `mf_hevc`.
    */
   safeFile?: boolean;
+  /** `false` leaves the mouse pointer out, which needs Windows 10 version 2004; `true` unless given. */
+  cursor?: boolean;
+  /** `false` keeps Windows from drawing its border around what is recorded, which needs Windows 11; `true` unless given. */
+  border?: boolean;
+  /** The size in which the picture has to fit: a larger one is made smaller, and keeps its ratio. Not with `mf_h264` and `mf_hevc`. */
+  scale?: { width: number; height: number };
+  /** Options of FFmpeg's for the encoder, as `{ crf: 20 }`; they come before what it is told otherwise. Not with `mf_h264` and `mf_hevc`. */
+  encoderOptions?: Record<string, number | string | boolean>;
   /** From which level on there are `log` events; `'info'` unless given. */
   logLevel?: LogLevel;
   /** Stops the recording, and keeps its file, when it is aborted. */
@@ -95,6 +103,13 @@ export interface Progress {
   file: string;
   /** How loud each sound that is recorded was since the progress before: its loudest sample, as it is recorded, from 0 to 1. */
   levels: { microphone?: number; speaker?: number };
+}
+
+/** Something that the system could not do as it was asked, and that the recording goes on without. */
+export interface RecorderWarning {
+  code: 'cursorStays' | 'borderStays';
+  /** Says what, and which Windows it needs. */
+  message: string;
 }
 
 /** One file of a recording that is split. */
@@ -131,6 +146,8 @@ export interface RecorderEvents {
   /** Each second, also while it is paused. */
   progress: [Progress];
   log: [LogEntry];
+  /** It records, though not quite as it was asked. May come before `start`. */
+  warning: [RecorderWarning];
   /** A file of a recording that is split is complete. */
   segment: [Segment];
   /** It has ended, for whatever reason. */

@@ -32,4 +32,4 @@ function playsWithoutEnd({ encoder, picture, safeFile }) {
   return ['webm', 'avi', 'mp3'].includes(ending) || (safeFile && ['mp4', 'mov'].includes(ending) && !MEDIA_FOUNDATION.includes(encoder));
 }
 
-module.exports = { containerOf, soundsOf, playsWithoutEnd };
+module.exports = { containerOf, MEDIA_FOUNDATION, playsWithoutEnd, soundsOf };

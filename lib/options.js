@@ -3,7 +3,7 @@
 // What a caller asks for, as the process takes it: checked, with defaults and whole paths.
 
 const path = require('node:path');
-const { containerOf, soundsOf } = require('./containers');
+const { containerOf, MEDIA_FOUNDATION, soundsOf } = require('./containers');
 const { targetOfSource } = require('./electron');
 
 /** The levels of a log, from all of it to the least. */
@@ -112,6 +112,44 @@ function region(value) {
   return Object.fromEntries(REGION.map((name) => [name, value[name]]));
 }
 
+const LARGEST = 16_384;
+
+/** { width, height }, into which pictures must fit; undefined when it is left out. */
+function scale({ scale: value, encoder }) {
+  const names = ['width', 'height'];
+  if (value === undefined) {
+    return undefined;
+  }
+  if (value === null || typeof value !== 'object' || !names.every((name) => isWhole(value[name], 16, LARGEST))) {
+    fail('scale', `an object with the whole numbers ${listed(names)}, from 16 to ${LARGEST}`, value);
+  }
+  refuseUnknown(value, names, 'scale.');
+  refuseOfMediaFoundation('scale', encoder);
+  return { width: value.width, height: value.height };
+}
+
+/** Names and values as FFmpeg reads them. */
+function encoderOptions({ encoderOptions: value = {}, encoder }) {
+  if (value === null || typeof value !== 'object') {
+    fail('encoderOptions', "an object with names and values of FFmpeg's", value);
+  }
+  const entries = Object.entries(value);
+  const [wrong] = entries.filter(([, each]) => !Number.isFinite(each) && typeof each !== 'boolean' && !isText(each));
+  if (wrong) {
+    fail(`encoderOptions.${wrong[0]}`, 'a number, a text, true or false', wrong[1]);
+  }
+  if (entries.length > 0) {
+    refuseOfMediaFoundation('encoderOptions', encoder);
+  }
+  return Object.fromEntries(entries.map(([name, each]) => [name, String(typeof each === 'boolean' ? Number(each) : each)]));
+}
+
+function refuseOfMediaFoundation(name, encoder) {
+  if (MEDIA_FOUNDATION.includes(encoder)) {
+    throw new TypeError(`${name} is for encoders of FFmpeg's, and ${encoder} is none`);
+  }
+}
+
 const TARGETS = ['monitor', 'window', 'region', 'source', 'picture'];
 
 /** What is shown: { monitor }, { window }, { region, monitor }, { place } of a monitor, or nothing. */
@@ -170,7 +208,7 @@ function audioCodec(options, recording) {
 const SIGNAL = 'signal';
 const RECORDING = [
   ...[...TARGETS, 'frameRate', 'encoder', 'bitrate', 'audioCodec', 'audioBitrate', 'microphone', 'speaker', 'file', 'directory'],
-  ...['overwrite', 'stopAfter', 'segments', 'safeFile', 'logLevel', SIGNAL],
+  ...['overwrite', 'stopAfter', 'segments', 'safeFile', 'cursor', 'border', 'scale', 'encoderOptions', 'logLevel', SIGNAL],
 ];
 
 /**
@@ -207,6 +245,10 @@ function recordingOf(options) {
     // Recordings are named by the second.
     segments: amounts(options, 'segments', { seconds: [1, MOST_SECONDS], bytes: [1, 2 ** 53] }),
     safeFile: truth(options, 'safeFile', true),
+    cursor: truth(options, 'cursor', true),
+    border: truth(options, 'border', true),
+    scale: scale(options),
+    encoderOptions: encoderOptions(options),
     logLevel,
   };
 }

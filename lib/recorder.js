@@ -281,6 +281,7 @@ class Recorder extends EventEmitter {
       this.#recording?.done.push(segment.file);
       this.#tell('segment', segment);
     },
+    warning: (warning) => this.#tell('warning', warning),
     refused: (file) => this.#refused.push(file),
   };
 

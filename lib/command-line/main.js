@@ -36,9 +36,14 @@ async function record({ options, pause, json, verbose }) {
   const recorder = new Recorder({ ...options, logLevel: verbose ? 'debug' : 'error' });
   const status = new StatusLine(process.stderr);
   if (json) {
-    ['start', 'progress', 'pause', 'resume', 'segment'].forEach((event) => recorder.on(event, (given) => sayJson({ event, ...given })));
+    const events = ['start', 'progress', 'warning', 'pause', 'resume', 'segment'];
+    events.forEach((event) => recorder.on(event, (given) => sayJson({ event, ...given })));
   } else {
     recorder.on('progress', (progress) => status.show(progress));
+    recorder.on('warning', ({ message }) => {
+      status.end();
+      process.stderr.write(`${message}\n`);
+    });
   }
   if (verbose) {
     recorder.on('log', ({ level, source, text }) => {

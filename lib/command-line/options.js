@@ -32,6 +32,9 @@ for record:
   --free-bytes N         stops when the disk has less room
   --segment-seconds N    splits the recording into files of this length
   --segment-bytes N      splits the recording into files of this size
+  --scale W,H            makes the picture smaller until it fits into this size
+  --no-cursor            leaves the mouse pointer out; Windows 10 version 2004
+  --no-border            leaves out the border that Windows draws; Windows 11
   --verbose              shows the log
 
   --json                 writes for programs: an object a line
@@ -46,7 +49,8 @@ const OPTIONS = {
   record: {
     ...{ ...TARGET, 'no-picture': flag, file: text, out: text, overwrite: flag, microphone: text, speaker: text, audio: flag },
     ...{ fps: text, encoder: text, bitrate: text, seconds: text, bytes: text, 'free-bytes': text, 'segment-seconds': text },
-    ...{ 'segment-bytes': text, 'audio-codec': text, 'audio-bitrate': text, pause: text, verbose: flag },
+    ...{ 'segment-bytes': text, 'audio-codec': text, 'audio-bitrate': text, pause: text, scale: text, 'no-cursor': flag },
+    ...{ 'no-border': flag, verbose: flag },
   },
 };
 
@@ -67,15 +71,19 @@ function number(value, name) {
 
 const numberOrText = (value) => (/^\d+$/.test(value ?? '') ? Number(value) : value);
 
-function region(value) {
-  if (value === undefined) {
+function wholeNumbers(values, name, kind, count) {
+  const numbers = values[name].split(',').map(Number);
+  if (numbers.length !== count || !numbers.every(Number.isInteger)) {
+    throw new UsageError(`--${name} ${values[name]} is not ${kind}`);
+  }
+  return numbers;
+}
+
+function region(values) {
+  if (values.region === undefined) {
     return undefined;
   }
-  const numbers = value.split(',').map(Number);
-  if (numbers.length !== 4 || !numbers.every(Number.isInteger)) {
-    throw new UsageError(`--region ${value} is not four whole numbers L,T,W,H`);
-  }
-  const [left, top, width, height] = numbers;
+  const [left, top, width, height] = wholeNumbers(values, 'region', 'four whole numbers L,T,W,H', 4);
   return { left, top, width, height };
 }
 
@@ -91,10 +99,18 @@ function pauseOf(value) {
   return { from, to };
 }
 
+function scale(values) {
+  if (values.scale === undefined) {
+    return undefined;
+  }
+  const [width, height] = wholeNumbers(values, 'scale', 'two whole numbers W,H', 2);
+  return { width, height };
+}
+
 const targetOf = (values) => ({
   monitor: numberOrText(values.monitor),
   window: numberOrText(values.window),
-  region: region(values.region),
+  region: region(values),
 });
 
 function recordingOf(values) {
@@ -116,6 +132,9 @@ function recordingOf(values) {
     audioCodec: values['audio-codec'],
     audioBitrate: numbers['audio-bitrate'],
     stopAfter: { seconds: numbers.seconds, bytes: numbers.bytes, freeBytes: numbers['free-bytes'] },
+    scale: scale(values),
+    cursor: !values['no-cursor'],
+    border: !values['no-border'],
     segments: { seconds: numbers['segment-seconds'], bytes: numbers['segment-bytes'] },
   };
 }

@@ -7,6 +7,7 @@ const path = require('node:path');
 const { performance } = require('node:perf_hooks');
 const { setTimeout: delay } = require('node:timers/promises');
 const { RecorderError } = require('../errors');
+const { warningOf } = require('../warnings');
 const { isComplete } = require('./container');
 const { exists, putInPlace, segmentName } = require('./place');
 const { apply, LEVELS } = require('./settings');
@@ -38,11 +39,12 @@ class Recording {
   #toldAt;
   #nextTry = 0;
   #unheard = false;
+  #warned = new Set();
 
   /**
    * @param {Function} Brisolte the module's class
    * @param {object} wanted what options.js makes of a caller's options
-   * @param {{tell: Function, ask: Function}} host hears `progress`, `segment`, `ended`; `begins` and `completes`, with how many
+   * @param {{tell: Function, ask: Function}} host hears `progress`, `segment`, `warning`, `ended`; `begins` and `completes`, with how many
    *   bytes, before a file is; and `refused`, with the file of a start that failed
    */
   constructor(Brisolte, wanted, host) {
@@ -182,8 +184,18 @@ class Recording {
 
   // What an instance tells while it records.
   #heard = {
+    cursorStays: () => this.#warn('cursorStays'),
+    borderStays: () => this.#warn('borderStays'),
     diskFull: () => this.#alone(() => (this.#take && !this.#ending ? this.#endBy('freeBytes') : undefined)),
   };
+
+  /** Once, though each segment finds the same. */
+  #warn(code) {
+    if (!this.#warned.has(code)) {
+      this.#warned.add(code);
+      this.#host.tell('warning', warningOf(code));
+    }
+  }
 
   async #newTake(number) {
     const instance = this.#instance(number);

@@ -86,15 +86,19 @@ function deviceOf(instance, kind, wanted) {
 /** Sets all that a recording is asked to be. */
 function apply(instance, wanted) {
   const { target, microphone, speaker, encoder, frameRate, bitrate, audioCodec, audioBitrate, directory, safeFile } = wanted;
+  const { cursor, border, scale, encoderOptions } = wanted;
   chooseTarget(instance, target);
   set(instance, 'setEncoder', encoder);
   set(instance, 'setOutputDir', directory);
   set(instance, 'setPlayableThroughout', safeFile);
   set(instance, 'setAudioCodec', audioCodec, audioBitrate);
+  set(instance, 'setShowsCursor', cursor);
+  set(instance, 'setShowsBorder', border);
+  set(instance, 'setEncoderOptions', encoderOptions);
   set(instance, 'setMicrophoneDevice', microphone ? deviceOf(instance, 'microphone', microphone.id) : '');
   set(instance, 'setSpeakerDevice', speaker ? deviceOf(instance, 'speaker', speaker.id) : '');
-  const numbers = { setFrameRate: frameRate, setBitrate: bitrate, setAudioBitrate: audioBitrate };
-  Object.entries(numbers)
+  const given = { setFrameRate: frameRate, setBitrate: bitrate, setAudioBitrate: audioBitrate, setLargestPicture: scale };
+  Object.entries(given)
     .filter(([, value]) => value !== undefined)
     .forEach(([method, value]) => set(instance, method, value));
 }

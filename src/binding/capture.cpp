@@ -47,6 +47,10 @@ Napi::Function Capture::DefineForRecorder(Napi::Env env) {
   methods.push_back(Method<&Capture::SetVolume>("setVolume"));
   methods.push_back(Method<&Capture::SetMuted>("setMuted"));
   methods.push_back(Method<&Capture::TakeLevels>("takeLevels"));
+  methods.push_back(Method<&Capture::SetShowsCursor>("setShowsCursor"));
+  methods.push_back(Method<&Capture::SetShowsBorder>("setShowsBorder"));
+  methods.push_back(Method<&Capture::SetLargestPicture>("setLargestPicture"));
+  methods.push_back(Method<&Capture::SetEncoderOptions>("setEncoderOptions"));
   return DefineClass(env, "Capture", methods);
 }
 

@@ -71,6 +71,10 @@ class Capture final : public Napi::ObjectWrap<Capture> {
   Napi::Value SetVolume(Info info);
   Napi::Value SetMuted(Info info);
   Napi::Value TakeLevels(Info info);
+  Napi::Value SetShowsCursor(Info info);
+  Napi::Value SetShowsBorder(Info info);
+  Napi::Value SetLargestPicture(Info info);
+  Napi::Value SetEncoderOptions(Info info);
 
   static std::vector<PropertyDescriptor> Methods();
   SoundControl& SoundArgument(Info info);

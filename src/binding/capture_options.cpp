@@ -1,5 +1,6 @@
 // What a recorder's process asks of the class beyond its 26 methods.
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -14,6 +15,10 @@ namespace {
 
 const char* NameOf(RecordingEvent event) {
   switch (event) {
+    case RecordingEvent::kCursorStays:
+      return "cursorStays";
+    case RecordingEvent::kBorderStays:
+      return "borderStays";
     case RecordingEvent::kDiskFull:
       return "diskFull";
   }
@@ -50,6 +55,48 @@ Napi::Value Capture::SetAudioCodec(Info info) {
           "An audio codec's bit rate must be a number");
   RecordingOptions options = options_;
   options.sound = {*codec, info[1].IsNumber() ? info[1].As<Napi::Number>().Int32Value() : 0};
+  return SetOptions(info, options);
+}
+
+Napi::Value Capture::SetShowsCursor(Info info) {
+  RecordingOptions options = options_;
+  options.showsCursor = BooleanArgument(info, "Setting the cursor requires a boolean parameter");
+  return SetOptions(info, options);
+}
+
+Napi::Value Capture::SetShowsBorder(Info info) {
+  RecordingOptions options = options_;
+  options.showsBorder = BooleanArgument(info, "Setting the border requires a boolean parameter");
+  return SetOptions(info, options);
+}
+
+Napi::Value Capture::SetLargestPicture(Info info) {
+  constexpr const char* kText = "Setting the largest picture requires an object parameter {width, height}";
+  Require(info, info.Length() >= 1 && info[0].IsObject(), kText);
+  const auto given = info[0].As<Napi::Object>();
+  const Napi::Value width = given.Get("width");
+  const Napi::Value height = given.Get("height");
+  Require(info, width.IsNumber() && height.IsNumber(), kText);
+  const PictureSize size{width.As<Napi::Number>().Int32Value(), height.As<Napi::Number>().Int32Value()};
+  Require(info, size.width >= 2 && size.height >= 2, "The largest picture must be 2 by 2 or larger");
+  RecordingOptions options = options_;
+  options.largestPicture = size;
+  return SetOptions(info, options);
+}
+
+Napi::Value Capture::SetEncoderOptions(Info info) {
+  constexpr const char* kText = "Setting encoder options requires an object parameter with texts";
+  Require(info, info.Length() >= 1 && info[0].IsObject(), kText);
+  const auto given = info[0].As<Napi::Object>();
+  const Napi::Array names = given.GetPropertyNames();
+  RecordingOptions options = options_;
+  options.encoderOptions.clear();
+  for (std::uint32_t i = 0; i < names.Length(); ++i) {
+    const Napi::Value name = names[i];
+    const Napi::Value value = given.Get(name);
+    Require(info, value.IsString(), kText);
+    options.encoderOptions.push_back({name.ToString().Utf8Value(), value.As<Napi::String>().Utf8Value()});
+  }
   return SetOptions(info, options);
 }
 

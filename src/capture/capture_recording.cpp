@@ -61,7 +61,7 @@ bool CaptureController::BuildCaptures() {
   videoCapture_.reset();
   audioCapture_.reset();
   if (settings_.mode != CaptureMode::kNone) {
-    videoCapture_ = parts_->CreateVideoCapture(settings_, *encoders_.active(), clock_);
+    videoCapture_ = parts_->CreateVideoCapture(settings_, options_, *encoders_.active(), clock_);
     if (!IsUsable(videoCapture_)) {
       Logger::Error("Failed to create video capture");
       return false;

@@ -39,7 +39,8 @@ class RecordingParts {
                                                    const RecordingClock& clock) = 0;
 
   /// A capture borrows the encoder until it is destroyed or told to let go of it.
-  virtual std::unique_ptr<CaptureSource> CreateVideoCapture(const CaptureSettings& settings, Encoder& encoder,
+  virtual std::unique_ptr<CaptureSource> CreateVideoCapture(const CaptureSettings& settings,
+                                                            const RecordingOptions& options, Encoder& encoder,
                                                             const RecordingClock& clock) = 0;
   virtual std::unique_ptr<CaptureSource> CreateAudioCapture(
       const CaptureSettings& settings, Encoder& encoder, const std::shared_ptr<SoundControls>& controls) = 0;

@@ -39,9 +39,10 @@ class WindowsRecordingParts final : public RecordingParts {
     return encoder->initialized() ? std::move(encoder) : nullptr;
   }
 
-  std::unique_ptr<CaptureSource> CreateVideoCapture(const CaptureSettings& settings, Encoder& encoder,
+  std::unique_ptr<CaptureSource> CreateVideoCapture(const CaptureSettings& settings,
+                                                    const RecordingOptions& options, Encoder& encoder,
                                                     const RecordingClock& clock) override {
-    return brisolte::CreateVideoCapture(settings, encoder, *desktop_, clock);
+    return brisolte::CreateVideoCapture(settings, encoder, *desktop_, clock, options);
   }
 
   std::unique_ptr<CaptureSource> CreateAudioCapture(const CaptureSettings& settings, Encoder& encoder,

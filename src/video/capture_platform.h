@@ -119,6 +119,13 @@ class CapturePlatform {
   /// is for the log. `work` owns all that it uses.
   virtual bool Perform(const char* name, const std::function<void()>& work) = 0;
 
+  /// Asks the session to leave the pointer out of its pictures. Systems before Windows 10 version 2004
+  /// cannot.
+  virtual std::int32_t LeaveOutCursor() = 0;
+  /// Asks the session to draw no border around what it captures. Systems before Windows 11 cannot, and others
+  /// may refuse.
+  virtual std::int32_t LeaveOutBorder() = 0;
+
   /// Raises.
   virtual void StartCapture() = 0;
   /// Ends delivery and releases the session. Raises, but not when the service does not come back: then there

@@ -31,6 +31,27 @@ HRESULT GetFactory(const wchar_t* className, ComPtr<Interface>& factory) {
                      factory);
 }
 
+/// Sets a property of the session's to false, through a later interface that it may not have. E_ACCESSDENIED
+/// when it takes that and stays as it is, as the system may for programs without the capability.
+template <typename Interface>
+HRESULT SwitchOff(abi::IGraphicsCaptureSession* session,
+                  HRESULT (STDMETHODCALLTYPE Interface::*put)(boolean value),
+                  HRESULT (STDMETHODCALLTYPE Interface::*get)(boolean* value)) {
+  if (session == nullptr) {
+    return kClosed;
+  }
+  ComPtr<Interface> later;
+  if (const HRESULT found = Given(QueryByIid(session, later), later); FAILED(found)) {
+    return found;
+  }
+  if (const HRESULT set = (later.Get()->*put)(0); FAILED(set)) {
+    return set;
+  }
+  boolean value = 0;
+  const HRESULT got = (later.Get()->*get)(&value);
+  return SUCCEEDED(got) && value != 0 ? E_ACCESSDENIED : S_OK;
+}
+
 }  // namespace
 
 HRESULT CloseWinRt(IUnknown* object) {
@@ -93,6 +114,16 @@ void CaptureService::Subscribe(PoolHandler handler) {
 
 HRESULT CaptureService::CreateSession() {
   return pool_->CreateCaptureSession(item_.Get(), session_.ReleaseAndGetAddressOf());
+}
+
+HRESULT CaptureService::LeaveOutCursor() {
+  return SwitchOff(session_.Get(), &abi::IGraphicsCaptureSession2::put_IsCursorCaptureEnabled,
+                   &abi::IGraphicsCaptureSession2::get_IsCursorCaptureEnabled);
+}
+
+HRESULT CaptureService::LeaveOutBorder() {
+  return SwitchOff(session_.Get(), &abi::IGraphicsCaptureSession3::put_IsBorderRequired,
+                   &abi::IGraphicsCaptureSession3::get_IsBorderRequired);
 }
 
 void CaptureService::StartCapture() {

@@ -42,6 +42,10 @@ class CaptureService {
   HRESULT CreateSession();
   bool HasSession() const { return session_ != nullptr; }
 
+  /// Keeps the pointer out of the session's pictures.
+  HRESULT LeaveOutCursor();
+  /// Keeps the system from drawing a border around the target.
+  HRESULT LeaveOutBorder();
   /// Raises HResultError, also when there is no session.
   void StartCapture();
   /// Ends delivery and releases the session; nothing when there is none. Raises HResultError.

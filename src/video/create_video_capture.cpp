@@ -9,9 +9,10 @@ namespace brisolte {
 
 std::unique_ptr<CaptureSource> CreateVideoCapture(const CaptureSettings& settings, Encoder& encoder,
                                                   Desktop& desktop,
-                                                  std::shared_ptr<const PausableClock> clock) {
+                                                  std::shared_ptr<const PausableClock> clock,
+                                                  const RecordingOptions& options) {
   return std::make_unique<VideoCapture>(settings, encoder, desktop, std::move(clock),
-                                        CreateWindowsCapturePlatform());
+                                        CreateWindowsCapturePlatform(), options);
 }
 
 }  // namespace brisolte

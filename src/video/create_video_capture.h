@@ -3,6 +3,7 @@
 #include <memory>
 
 #include "capture/capture_settings.h"
+#include "capture/recording_options.h"
 #include "common/pausable_clock.h"
 #include "desktop/desktop.h"
 #include "encoder/capture_source.h"
@@ -16,6 +17,7 @@ namespace brisolte {
 /// initialized; platform failures without an answer of their own raise HResultError. Windows only.
 std::unique_ptr<CaptureSource> CreateVideoCapture(const CaptureSettings& settings, Encoder& encoder,
                                                   Desktop& desktop,
-                                                  std::shared_ptr<const PausableClock> clock);
+                                                  std::shared_ptr<const PausableClock> clock,
+                                                  const RecordingOptions& options = {});
 
 }  // namespace brisolte

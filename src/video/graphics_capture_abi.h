@@ -140,6 +140,20 @@ struct IGraphicsCaptureSession : IInspectable {
   virtual HRESULT STDMETHODCALLTYPE StartCapture() = 0;
 };
 
+/// The session's from Windows 10 version 2004 on.
+struct IGraphicsCaptureSession2 : IInspectable {
+  static constexpr IID kIid{0x2C39AE40, 0x7D2E, 0x5044, {0x80, 0x4E, 0x8B, 0x67, 0x99, 0xD4, 0xCF, 0x9E}};
+  virtual HRESULT STDMETHODCALLTYPE get_IsCursorCaptureEnabled(boolean* enabled) = 0;
+  virtual HRESULT STDMETHODCALLTYPE put_IsCursorCaptureEnabled(boolean enabled) = 0;
+};
+
+/// The session's from Windows 11 on.
+struct IGraphicsCaptureSession3 : IInspectable {
+  static constexpr IID kIid{0xF2CDD966, 0x22AE, 0x5EA1, {0x95, 0x96, 0x3A, 0x28, 0x93, 0x44, 0xC3, 0xBE}};
+  virtual HRESULT STDMETHODCALLTYPE get_IsBorderRequired(boolean* required) = 0;
+  virtual HRESULT STDMETHODCALLTYPE put_IsBorderRequired(boolean required) = 0;
+};
+
 // NOLINTEND(readability-identifier-naming, modernize-avoid-c-arrays)
 
 }  // namespace brisolte::abi

@@ -5,13 +5,15 @@
 #include <utility>
 
 #include "common/logger.h"
+#include "common/text.h"
 
 namespace brisolte {
 
 VideoCapture::VideoCapture(CaptureSettings settings, Encoder& encoder, Desktop& desktop,
                            std::shared_ptr<const PausableClock> clock,
-                           std::unique_ptr<CapturePlatform> platform)
+                           std::unique_ptr<CapturePlatform> platform, RecordingOptions options)
     : settings_(std::move(settings)),
+      options_(std::move(options)),
       desktop_(desktop),
       platform_(std::move(platform)),
       delivery_(std::make_shared<FrameDelivery>(encoder, settings_.frameRate, std::move(clock))) {
@@ -34,6 +36,7 @@ bool VideoCapture::Start() {
   Logger::Info("+++++++ Starting videoCapture +++++++");
   delivery_->Start();
   running_ = true;
+  LeaveOutMarks();
   platform_->StartCapture();
   return true;
 }
@@ -49,6 +52,21 @@ void VideoCapture::Resume() {
 
 void VideoCapture::SettleKeptFrame() {
   platform_->Perform("the frame kept in a pause", [delivery = delivery_] { delivery->DeliverKept(); });
+}
+
+void VideoCapture::LeaveOutMarks() {
+  const auto check = [this](std::int32_t result, const char* failure, RecordingEvent stays) {
+    if (result < 0) {
+      Logger::Warning(failure + HResultText(result));
+      options_.report(stays);
+    }
+  };
+  if (!options_.showsCursor) {
+    check(platform_->LeaveOutCursor(), "The cursor cannot be left out: ", RecordingEvent::kCursorStays);
+  }
+  if (!options_.showsBorder) {
+    check(platform_->LeaveOutBorder(), "The border cannot be left out: ", RecordingEvent::kBorderStays);
+  }
 }
 
 void VideoCapture::Stop() {

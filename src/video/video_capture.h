@@ -4,6 +4,7 @@
 #include <memory>
 
 #include "capture/capture_settings.h"
+#include "capture/recording_options.h"
 #include "desktop/desktop.h"
 #include "encoder/capture_source.h"
 #include "encoder/encoder.h"
@@ -23,7 +24,8 @@ class VideoCapture final : public CaptureSource {
   /// The desktop is borrowed until the object goes.
   /// Failures that no step answers for are raised as HResultError.
   VideoCapture(CaptureSettings settings, Encoder& encoder, Desktop& desktop,
-               std::shared_ptr<const PausableClock> clock, std::unique_ptr<CapturePlatform> platform);
+               std::shared_ptr<const PausableClock> clock, std::unique_ptr<CapturePlatform> platform,
+               RecordingOptions options = {});
   VideoCapture(const VideoCapture&) = delete;
   VideoCapture& operator=(const VideoCapture&) = delete;
   ~VideoCapture() override;
@@ -52,11 +54,13 @@ class VideoCapture final : public CaptureSource {
   bool CreateVideoProcessor();
   bool ConfigureVideoStream(Encoder& encoder);
   void SettleKeptFrame();
+  void LeaveOutMarks();
   void EndDelivery();
 
   bool initialized_ = false;
   bool running_ = false;
   const CaptureSettings settings_;
+  const RecordingOptions options_;
   Desktop& desktop_;
   const std::unique_ptr<CapturePlatform> platform_;
   CaptureGeometry geometry_;

@@ -139,6 +139,14 @@ class WindowsCapturePlatform final : public CapturePlatform {
   bool Perform(const char* name, const std::function<void()>& work) override {
     return service_.Try(name, [work](CaptureService& /*service*/) { work(); }).has_value();
   }
+
+  std::int32_t LeaveOutCursor() override {
+    return service_.Ask("IsCursorCaptureEnabled", &CaptureService::LeaveOutCursor);
+  }
+  std::int32_t LeaveOutBorder() override {
+    return service_.Ask("IsBorderRequired", &CaptureService::LeaveOutBorder);
+  }
+
   void StartCapture() override { service_.Demand("StartCapture", &CaptureService::StartCapture); }
   void CloseSession() override {
     service_.Try("GraphicsCaptureSession.Close", &CaptureService::CloseSession);

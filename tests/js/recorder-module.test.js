@@ -13,7 +13,10 @@ const { openPattern } = require('./support/desktop');
 const media = require('./support/media');
 
 const ENGINE = path.join(packageFolder, 'lib', 'process', 'engine.js');
-const MORE = ['onEvent', 'setPlayableThroughout', 'setAudioCodec', 'pauseRecord', 'resumeRecord', 'setVolume', 'setMuted', 'takeLevels'];
+const MORE = [
+  ...['onEvent', 'setPlayableThroughout', 'setAudioCodec', 'pauseRecord', 'resumeRecord', 'setVolume', 'setMuted', 'takeLevels'],
+  ...['setShowsCursor', 'setShowsBorder', 'setLargestPicture', 'setEncoderOptions'],
+];
 
 test('its class has the methods of the main entry in their order, and more', () => {
   const { Brisolte } = require(ENGINE);
@@ -40,6 +43,20 @@ test('what is no codec of sound, or no bit rate, is not taken', () => {
   const capture = new Brisolte();
   capture.setLogLevel(5);
   assert.deepEqual([capture.setAudioCodec('opus'), capture.setAudioCodec('mp3', undefined), capture.setAudioCodec('aac', 96_000)], [true, true, true]);
+});
+
+test('what is no size or has no texts is refused as an option', () => {
+  const { Brisolte } = require(ENGINE);
+  const capture = new Brisolte();
+  for (const words of [[], [5], [{}], [{ width: 640 }], [{ width: '640', height: 360 }], [{ width: 1, height: 360 }], [{ width: NaN, height: 2 }]]) {
+    assert.throws(() => capture.setLargestPicture(...words), { message: /largest picture/ });
+  }
+  for (const words of [[], ['crf=20'], [{ crf: 20 }], [{ crf: undefined }]]) {
+    assert.throws(() => capture.setEncoderOptions(...words), { message: 'Setting encoder options requires an object parameter with texts' });
+  }
+  const throws = { get crf() { throw new RangeError('own'); } }; // prettier-ignore
+  assert.throws(() => capture.setEncoderOptions(throws), RangeError);
+  assert.deepEqual([capture.setLargestPicture({ width: 64, height: 48 }), capture.setEncoderOptions({})], [true, true]);
 });
 
 test('a disk that is nearly full is told, once, and the file is whole', async (t) => {

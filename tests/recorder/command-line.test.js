@@ -27,8 +27,9 @@ async function run(t, words, { cwd = folderOf(t), meanwhile } = {}) {
 }
 
 test('what is written becomes what a recorder takes', () => {
-  const words = ['record', '--region=-10,20,300,200', '--monitor', '1', '--fps', '15', '--audio', '--seconds', '1.5', '--bytes', '4e9', '--audio-codec', 'mp3', '--audio-bitrate', '96000'];
-  const { command, json, verbose, options } = read([...words, '--speaker', 'x', '--segment-seconds', '60']);
+  const picture = ['record', '--region=-10,20,300,200', '--monitor', '1', '--fps', '15', '--scale', '640,360', '--no-cursor', '--no-border'];
+  const sound = ['--audio', '--speaker', 'x', '--audio-codec', 'mp3', '--audio-bitrate', '96000'];
+  const { command, json, verbose, options } = read([...picture, ...sound, '--seconds', '1.5', '--bytes', '4e9', '--segment-seconds', '60']);
   assert.deepEqual([command, json, verbose], ['record', false, false]);
   assert.deepEqual(JSON.parse(JSON.stringify(options)), {
     monitor: 1,
@@ -43,6 +44,9 @@ test('what is written becomes what a recorder takes', () => {
     audioBitrate: 96_000,
     stopAfter: { seconds: 1.5, bytes: 4e9 },
     segments: { seconds: 60 },
+    scale: { width: 640, height: 360 },
+    cursor: false,
+    border: false,
   });
   const { file, options: target } = read(['screenshot', 'a.png', '--window', 'Notes 2']);
   assert.deepEqual([file, target.window], ['a.png', 'Notes 2']);
@@ -67,6 +71,7 @@ test('what makes no sense is told, with exit code 2', async (t) => {
     [['record', '--region', '1,2,3'], /^--region 1,2,3 is not four whole numbers L,T,W,H$/m],
     [['record', '--pause', '3'], /^--pause 3 is not two numbers of seconds FROM,TO$/m],
     [['record', '--pause', '3,2'], /^--pause 3,2 is not two numbers of seconds FROM,TO$/m],
+    [['record', '--scale', '640'], /^--scale 640 is not two whole numbers W,H$/m],
     [['record', '--seconds', 'x'], /^--seconds x is not a number$/m],
     [['record', '--fps', '500'], /^frameRate must be a whole number from 1 to 120, and is 500$/m],
     [['record', '--file', 'a.avi'], /^file must be a name that ends in \.mp4/m],
@@ -116,6 +121,16 @@ test('programs get an object a line', async (t) => {
   const events = output.trimEnd().split('\n').map((line) => JSON.parse(line));
   assert.deepEqual(events.map(({ event }) => event).filter((event) => event !== 'progress'), ['start', 'segment', 'stop']);
   assert.deepEqual([events.at(-1).reason, events.at(-1).files.length], ['seconds', 2]);
+});
+
+test('what the system cannot leave out is said on standard error', async (t) => {
+  const words = ['record', '--encoder', 'stays', '--no-cursor', '--seconds', '1'];
+  const { code, errors } = await run(t, words);
+  assert.equal(code, 0);
+  assert.match(errors, /^The mouse pointer is in the recording: /m);
+  const json = await run(t, [...words, '--json']);
+  const events = json.output.trimEnd().split('\n').map((line) => JSON.parse(line));
+  assert.deepEqual(events.filter(({ event }) => event === 'warning').map(({ code: which }) => which), ['cursorStays', 'borderStays']);
 });
 
 test('what fails is told with its reason, and exit code 1', async (t) => {

@@ -19,6 +19,9 @@ test('what is left out has its default', () => {
     segments: {},
     safeFile: true,
     audioCodec: 'aac',
+    cursor: true,
+    border: true,
+    encoderOptions: {},
     logLevel: 'info',
   });
 });
@@ -28,6 +31,11 @@ test('a file is taken as a folder and a name, from the folder in which the appli
   assert.deepEqual([directory, name], [path.resolve('talks'), 'one.MP4']);
   assert.equal(recordingOf({ file: 'a.webm', encoder: 'libvpx' }).name, 'a.webm');
   assert.equal(recordingOf({ file: 'a.mp3', picture: false, speaker: 'default' }).name, 'a.mp3');
+});
+
+test('options of the encoder become texts', () => {
+  const given = { crf: 20.5, preset: 'fast', mbtree: false, aud: true };
+  assert.deepEqual(recordingOf({ ...DIRECTORY, encoderOptions: given }).encoderOptions, { crf: '20.5', preset: 'fast', mbtree: '0', aud: '1' });
 });
 
 test('each target is taken', () => {
@@ -100,6 +108,18 @@ const WRONG = [
   [{ stopAfter: { seconds: NaN } }, /^stopAfter\.seconds /],
   [{ stopAfter: { minutes: 1 } }, /^stopAfter\.minutes is no option; there are seconds, bytes and freeBytes$/],
   [{ segments: { seconds: 0.5 } }, /^segments\.seconds must be a number from 1/],
+  [{ cursor: 'no' }, /^cursor must be true or false, and is "no"$/],
+  [{ scale: { width: 640 } }, /^scale must be an object with the whole numbers width and height, from 16 to 16384, and is an object$/],
+  [{ scale: { width: 640, height: 8 } }, /^scale must be/],
+  [{ scale: 0.5 }, /^scale must be .*, and is 0\.5$/],
+  [{ scale: { width: 640, height: 360, ratio: 1 } }, /^scale\.ratio is no option; there are width and height$/],
+  [{ scale: { width: 640, height: 360 }, encoder: 'mf_hevc' }, /^scale is for encoders of FFmpeg's, and mf_hevc is none$/],
+  [{ encoderOptions: 'crf=20' }, /^encoderOptions must be an object with names and values of FFmpeg's, and is "crf=20"$/],
+  [{ encoderOptions: { crf: NaN } }, /^encoderOptions\.crf must be a number, a text, true or false, and is NaN$/],
+  [{ encoderOptions: { crf: [20] } }, /^encoderOptions\.crf must be/],
+  [{ encoderOptions: { tune: 'a\0b' } }, /^encoderOptions\.tune must be/],
+  [{ encoderOptions: { crf: 20 }, encoder: 'mf_h264' }, /^encoderOptions is for encoders of FFmpeg's, and mf_h264 is none$/],
+  [{ border: 0 }, /^border must be true or false, and is 0$/],
   [{ logLevel: 'loud' }, /^logLevel must be one of debug, info, warning and error, and is "loud"$/],
   [{ signal: {} }, /^signal must be an AbortSignal, and is an object$/],
   [{ framerate: 30 }, /^framerate is no option; there are /],

@@ -46,13 +46,25 @@ test('its log is told line by line', async (t) => {
 });
 
 test('all options reach the module', async (t) => {
-  const options = { window: 'Notes', encoder: 'mjpeg', frameRate: 12, bitrate: 200_000, audioBitrate: 64_000, microphone: 'default', safeFile: false };
-  const { recorder, named } = recorderOf(t, options);
+  const options = { window: 'Notes', encoder: 'mjpeg', frameRate: 12, bitrate: 200_000, audioBitrate: 64_000, microphone: 'default', safeFile: false, cursor: false, border: false };
+  const more = { scale: { width: 640, height: 360 }, encoderOptions: { huffman: 'optimal' } };
+  const { recorder, named } = recorderOf(t, { ...options, ...more });
   await recorder.start();
   const { directory, ...settings } = settingsOf(named);
   assert.ok(fs.existsSync(directory));
   const numbers = { frameRate: 12, bitrate: 200_000, audioBitrate: 64_000 };
-  assert.deepEqual(settings, { window: 42, encoder: 'mjpeg', microphone: 'mic-2', speaker: '', throughout: false, sound: ['mp3', 64_000], ...numbers });
+  assert.deepEqual(settings, { window: 42, encoder: 'mjpeg', microphone: 'mic-2', speaker: '', throughout: false, sound: ['mp3', 64_000], cursor: false, border: false, largest: more.scale, encoderOptions: more.encoderOptions, ...numbers });
+});
+
+test('what the system cannot leave out is told once, however many segments find it so', async (t) => {
+  const { recorder, named } = recorderOf(t, { encoder: 'stays', cursor: false, border: false, segments: { seconds: 1 } });
+  await recorder.start();
+  await once(recorder, 'segment');
+  await recorder.stop();
+  const warnings = named('warning');
+  assert.deepEqual(warnings.map(({ code }) => code), ['cursorStays', 'borderStays']);
+  assert.match(warnings[0].message, /^The mouse pointer is in the recording: .* Windows 10 version 2004/);
+  assert.match(warnings[1].message, /^Windows may draw its border .* Windows 11/);
 });
 
 test('a region is recorded on the monitor that has most of it', async (t) => {

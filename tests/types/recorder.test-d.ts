@@ -28,6 +28,10 @@ const recorder = new Recorder({
   stopAfter: { seconds: 3600, bytes: 4e9, freeBytes: 500e6 },
   segments: { seconds: 600 },
   safeFile: false,
+  cursor: false,
+  border: false,
+  scale: { width: 1280, height: 720 },
+  encoderOptions: { crf: 20, preset: 'fast', mbtree: false },
 });
 
 expectType<Promise<void>>(recorder.start());
@@ -52,6 +56,10 @@ recorder.on('pause', ({ file, seconds }) => expectType<[string, number]>([file, 
 recorder.on('resume', ({ file, seconds }) => expectType<[string, number]>([file, seconds]));
 recorder.on('log', (entry) => expectType<LogEntry>(entry));
 recorder.on('segment', (segment) => expectType<Segment>(segment));
+recorder.on('warning', ({ code, message }) => {
+  expectType<'cursorStays' | 'borderStays'>(code);
+  expectType<string>(message);
+});
 recorder.once('stop', ({ reason }) => expectType<StopReason>(reason));
 recorder.on('error', (error) => {
   expectType<RecorderError>(error);
@@ -77,6 +85,8 @@ expectError(new Recorder());
 expectError(new Recorder({ directory: '.', framerate: 30 }));
 expectError(new Recorder({ directory: '.', audioCodec: 'flac' }));
 expectError(new Recorder({ directory: '.', stopAfter: 5 }));
+expectError(new Recorder({ directory: '.', scale: 0.5 }));
+expectError(new Recorder({ directory: '.', encoderOptions: { crf: [20] } }));
 expectError(recorder.on('progress', (progress: string) => progress));
 expectError(Recorder.screenshot({}));
 

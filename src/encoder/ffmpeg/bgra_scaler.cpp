@@ -17,6 +17,13 @@ int RowsWithinOverread(int stride, int height) {
   return std::min((kOverread - 1) / stride + 1, height);
 }
 
+/// Where a picture is made smaller, each pixel has to be of all that it stands for, or thin lines and letters
+/// come and go. A last row that is too much is not worth that time.
+int MethodFor(PictureSize source, PictureSize target) {
+  const bool keepsSize = target.width == source.width && target.height >= source.height - 1;
+  return keepsSize ? SWS_FAST_BILINEAR : SWS_BICUBIC;
+}
+
 void SetColours(SwsContext& scaler, AVPixelFormat format) {
   constexpr int kFullRange = 1;
   constexpr int kUnchanged = 1 << 16;
@@ -31,11 +38,10 @@ void SetColours(SwsContext& scaler, AVPixelFormat format) {
 
 }  // namespace
 
-BgraScaler::BgraScaler(int width, int height, int targetHeight, AVPixelFormat format)
-    : width_(width),
-      height_(height),
-      scaler_(sws_getContext(width, height, AV_PIX_FMT_BGRA, width, targetHeight, format, SWS_FAST_BILINEAR,
-                             nullptr, nullptr, nullptr)) {
+BgraScaler::BgraScaler(PictureSize source, PictureSize target, AVPixelFormat format)
+    : source_(source),
+      scaler_(sws_getContext(source.width, source.height, AV_PIX_FMT_BGRA, target.width, target.height,
+                             format, MethodFor(source, target), nullptr, nullptr, nullptr)) {
   if (scaler_) {
     SetColours(*scaler_, format);
   }
@@ -49,8 +55,8 @@ int BgraScaler::ConvertRows(const std::uint8_t* data, int stride, int firstRow, 
 
 bool BgraScaler::Convert(const MappedPixels& pixels, AVFrame& frame) {
   const int stride = static_cast<int>(pixels.rowPitch);
-  const int tail = RowsWithinOverread(stride, height_);
-  const int head = height_ - tail;
+  const int tail = RowsWithinOverread(stride, source_.height);
+  const int head = source_.height - tail;
   const int writtenFromHead = head > 0 ? ConvertRows(pixels.data, stride, 0, head, frame) : 0;
   if (writtenFromHead < 0) {
     return false;

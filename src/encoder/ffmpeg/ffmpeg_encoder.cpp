@@ -142,7 +142,7 @@ bool FFmpegEncoder::InitializeVideoEncoder(std::uint32_t width, std::uint32_t he
                                            ID3D11Device* /*device*/) {
   const std::scoped_lock locks(lifecycleMutex_, videoMutex_);
   return Guarded("FFmpegEncoder: ", "during video encoder initialization",
-                 [&] { return video_.Initialize(file_, settings_, width, height); });
+                 [&] { return video_.Initialize(file_, settings_, options_, width, height); });
 }
 
 bool FFmpegEncoder::GetPixelFormat() {

@@ -5,9 +5,11 @@
 #include <limits>
 
 #include "common/logger.h"
+#include "encoder/ffmpeg/chosen_options.h"
 #include "encoder/ffmpeg/container_limits.h"
 #include "encoder/ffmpeg/encoder_options.h"
 #include "encoder/ffmpeg/ffmpeg_log.h"
+#include "encoder/ffmpeg/picture_fit.h"
 #include "encoder/ffmpeg/pixel_formats.h"
 #include "encoder/ffmpeg/planes.h"
 
@@ -25,6 +27,10 @@ bool IsNv12Like(AVPixelFormat format) {
   return format == AV_PIX_FMT_NV12 || format == AV_PIX_FMT_YUV420P;
 }
 
+std::string SizeText(PictureSize size) {
+  return std::to_string(size.width) + "x" + std::to_string(size.height);
+}
+
 int EvenHeight(int height) {
   const int even = height - height % 2;
   if (even != height) {
@@ -32,6 +38,12 @@ int EvenHeight(int height) {
                  std::to_string(even));
   }
   return even;
+}
+
+/// The size that is left when a picture is made smaller.
+PictureSize SmallerSize(PictureSize source, PictureSize fitting) {
+  Logger::Info("FFmpegEncoder: Making the picture smaller: " + SizeText(source) + " -> " + SizeText(fitting));
+  return fitting;
 }
 
 /// Rows that end before their neighbour begins, with a distance that FFmpeg can express.
@@ -62,16 +74,18 @@ void MakeBlack(AVFrame& frame) {
 
 }  // namespace
 
-bool VideoStream::Initialize(OutputFile& file, const CaptureSettings& settings, std::uint32_t width,
-                             std::uint32_t height) {
+bool VideoStream::Initialize(OutputFile& file, const CaptureSettings& settings,
+                             const RecordingOptions& options, std::uint32_t width, std::uint32_t height) {
   if (width < 1 || height < 1 || width > kLargestInt || height > kLargestInt) {
     Logger::Error("FFmpegEncoder: Invalid video dimensions: " + std::to_string(width) + "x" +
                   std::to_string(height));
     return false;
   }
-  const int sourceWidth = static_cast<int>(width);
-  const int sourceHeight = static_cast<int>(height);
-  const int encodedHeight = EvenHeight(sourceHeight);
+  const PictureSize source{static_cast<int>(width), static_cast<int>(height)};
+  const PictureSize fitting = FitInto(source, options.largestPicture.value_or(source));
+  const bool fits = fitting == source;
+  const PictureSize encoded =
+      fits ? PictureSize{source.width, EvenHeight(source.height)} : SmallerSize(source, fitting);
   // A muxer cannot be rid of a stream again, so a second attempt uses the first one's.
   if (stream_ == nullptr) {
     stream_ = file.AddStream();
@@ -86,12 +100,13 @@ bool VideoStream::Initialize(OutputFile& file, const CaptureSettings& settings, 
     return false;
   }
   Release();
-  if (!OpenEncoder(file.container(), settings, *codec, sourceWidth, encodedHeight) ||
+  makesSmaller_ = !fits;
+  if (!OpenEncoder(file.container(), settings, options, *codec, encoded) ||
       !DescribeStream(file.container())) {
     Release();
     return false;
   }
-  scaler_.emplace(sourceWidth, sourceHeight, encodedHeight, context_->pix_fmt);
+  scaler_.emplace(source, encoded, context_->pix_fmt);
   packet_.reset(av_packet_alloc());
   if (!packet_) {
     Logger::Error("Failed to allocate video packet");
@@ -105,7 +120,7 @@ bool VideoStream::Initialize(OutputFile& file, const CaptureSettings& settings, 
 }
 
 bool VideoStream::OpenEncoder(const AVOutputFormat& container, const CaptureSettings& settings,
-                              const AVCodec& codec, int width, int height) {
+                              const RecordingOptions& options, const AVCodec& codec, PictureSize size) {
   context_.reset(avcodec_alloc_context3(&codec));
   if (!context_) {
     Logger::Error("FFmpegEncoder: Failed to allocate codec context");
@@ -113,8 +128,8 @@ bool VideoStream::OpenEncoder(const AVOutputFormat& container, const CaptureSett
   }
   context_->codec_id = codec.id;
   context_->codec_type = AVMEDIA_TYPE_VIDEO;
-  context_->width = width;
-  context_->height = height;
+  context_->width = size.width;
+  context_->height = size.height;
   context_->time_base = kVideoTimeBase;
   context_->framerate = {settings.frameRate, 1};
   context_->gop_size = settings.frameRate;
@@ -132,10 +147,13 @@ bool VideoStream::OpenEncoder(const AVOutputFormat& container, const CaptureSett
   if (!CreateFrame()) {
     return false;
   }
-  OptionDictionary options;
-  ApplyEncoderOptions(settings.encoderName, settings.frameRate, *context_, options);
-  AddLogOption(settings.encoderName, options);
-  if (const int result = avcodec_open2(context_.get(), &codec, options.address()); result < 0) {
+  OptionDictionary entries;
+  ApplyEncoderOptions(settings.encoderName, settings.frameRate, *context_, entries);
+  AddLogOption(settings.encoderName, entries);
+  if (!AddChosenOptions(options.encoderOptions, codec, entries)) {
+    return false;
+  }
+  if (const int result = avcodec_open2(context_.get(), &codec, entries.address()); result < 0) {
     Logger::Error("Failed to open encoder: " + ErrorText(result));
     return false;
   }
@@ -192,7 +210,11 @@ bool VideoStream::GetPixelFormat() const {
     Logger::Error("FFmpegEncoder: Video codec context is null, cannot get pixel format");
     return false;
   }
-  return IsNv12Like(context_->pix_fmt);
+  return TakesNv12();
+}
+
+bool VideoStream::TakesNv12() const {
+  return IsNv12Like(context_->pix_fmt) && !makesSmaller_;
 }
 
 bool VideoStream::FillVideoFrame(const VideoFrame& frame) {
@@ -205,7 +227,7 @@ bool VideoStream::FillVideoFrame(const VideoFrame& frame) {
     Logger::Error("Failed to make video frame writable: " + ErrorText(result));
     return false;
   }
-  return IsNv12Like(context_->pix_fmt) ? FillFromNv12(frame.pixels) : FillFromBgra(frame.pixels);
+  return TakesNv12() ? FillFromNv12(frame.pixels) : FillFromBgra(frame.pixels);
 }
 
 bool VideoStream::FillFromNv12(const MappedPixels& pixels) {

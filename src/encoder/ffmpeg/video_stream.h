@@ -6,6 +6,7 @@
 #include <string>
 
 #include "capture/capture_settings.h"
+#include "capture/recording_options.h"
 #include "encoder/ffmpeg/bgra_scaler.h"
 #include "encoder/ffmpeg/ffmpeg_types.h"
 #include "encoder/ffmpeg/output_file.h"
@@ -22,10 +23,11 @@ class VideoStream {
   using Enqueue = std::function<bool(const AVPacket&)>;
 
   /// Sets the stream up for pictures of `width` by `height` pixels; an odd height loses its last row to
-  /// scaling. A later call replaces the encoder of an earlier one and keeps its stream. A call that fails
-  /// before it has found the encoder changes nothing; one that fails afterwards leaves none.
-  bool Initialize(OutputFile& file, const CaptureSettings& settings, std::uint32_t width,
-                  std::uint32_t height);
+  /// scaling, and what is larger than the options allow is made smaller. A later call replaces the encoder of
+  /// an earlier one and keeps its stream. A call that fails before it has found the encoder changes nothing;
+  /// one that fails afterwards leaves none.
+  bool Initialize(OutputFile& file, const CaptureSettings& settings, const RecordingOptions& options,
+                  std::uint32_t width, std::uint32_t height);
 
   /// Whether pictures are wanted as NV12. False, with an ERROR line, without an encoder.
   bool GetPixelFormat() const;
@@ -46,11 +48,13 @@ class VideoStream {
   void Release();
 
  private:
-  bool OpenEncoder(const AVOutputFormat& container, const CaptureSettings& settings, const AVCodec& codec,
-                   int width, int height);
+  bool OpenEncoder(const AVOutputFormat& container, const CaptureSettings& settings,
+                   const RecordingOptions& options, const AVCodec& codec, PictureSize size);
   bool CreateFrame();
   bool DescribeStream(const AVOutputFormat& container);
 
+  /// Whether pictures come as the encoder takes them, or nearly.
+  bool TakesNv12() const;
   bool FillVideoFrame(const VideoFrame& frame);
   bool FillFromNv12(const MappedPixels& pixels);
   bool FillFromBgra(const MappedPixels& pixels);
@@ -61,6 +65,7 @@ class VideoStream {
   AVStream* stream_ = nullptr;  ///< the file's; kept when the encoder is replaced
   CodecContextPtr context_;
   std::optional<BgraScaler> scaler_;
+  bool makesSmaller_ = false;
   PacketPtr packet_;
   FramePtr frame_;
   VideoTimestamps timestamps_;

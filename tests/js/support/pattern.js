@@ -241,6 +241,7 @@ function assertAdvances(numbers) {
 module.exports = {
   Picture,
   BLACK,
+  WHITE,
   GREY,
   NUMBERS,
   QUARTERS,

@@ -63,6 +63,7 @@ const WHILE_RECORDING = {
       log('WARNING', 'FFmpegEncoder: The disk is nearly full, the recording ends here');
       tell('diskFull');
     }, 300),
+  stays: (tell) => ['cursorStays', 'borderStays', 'cursorStays'].forEach((event) => setTimeout(tell, 20, event)),
   // Fills a pipe in some seconds.
   floods: () => setInterval(() => log('ERROR', 'x'.repeat(1500)), 100),
 };
@@ -101,6 +102,10 @@ class Brisolte {
   setMicrophoneDevice = (id) => this.#set('microphone', id);
   setAudioCodec = (codec, rate) => this.#set('sound', [codec, rate ?? null]);
   setPlayableThroughout = (throughout) => this.#set('throughout', throughout);
+  setShowsCursor = (shows) => this.#set('cursor', shows);
+  setShowsBorder = (shows) => this.#set('border', shows);
+  setLargestPicture = (size) => this.#set('largest', size);
+  setEncoderOptions = (options) => this.#set('encoderOptions', options);
   setSpeakerDevice = (id) => this.#set('speaker', id);
 
   setVolume = (sound, volume) => this.#adjust(sound, { volume });

@@ -20,7 +20,8 @@ function recorderOf(t, options, { limits } = {}) {
   const recorder = new Recorder({ directory: folderOf(t), ...options }, { launcher: launcherOfStandIn, limits });
   t.after(() => recorder.close());
   const events = [];
-  ['start', 'segment', 'pause', 'resume', 'stop', 'error', 'progress', 'log'].forEach((name) => recorder.on(name, (given) => events.push([name, given])));
+  const names = ['start', 'segment', 'pause', 'resume', 'stop', 'error', 'progress', 'warning', 'log'];
+  names.forEach((name) => recorder.on(name, (given) => events.push([name, given])));
   const named = (name) => events.filter(([event]) => event === name).map(([, given]) => given);
   return { recorder, events, named };
 }

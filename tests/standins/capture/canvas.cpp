@@ -32,6 +32,14 @@ bool Canvas::Draw(const CaptureTarget& target, abi::SizeInt32 content) {
   return drawn;
 }
 
+void Canvas::Fill(const RECT& place, std::uint32_t colour) {
+  const LONG left = std::clamp<LONG>(place.left, 0, content_.Width);
+  const LONG right = std::clamp<LONG>(place.right, left, content_.Width);
+  for (LONG row = std::max<LONG>(place.top, 0); row < std::min<LONG>(place.bottom, content_.Height); ++row) {
+    std::fill_n(pixels_ + static_cast<std::ptrdiff_t>(row) * size_.Width + left, right - left, colour);
+  }
+}
+
 bool Canvas::FinishAndCompare(const Canvas& other) {
   std::uint32_t difference = 0;
   for (std::size_t i = 0, count = PixelCount(); i < count; ++i) {

@@ -28,6 +28,11 @@ class Canvas {
   /// be read.
   bool Draw(const CaptureTarget& target, abi::SizeInt32 content);
 
+  /// Colours a rectangle of the picture, as far as the target reaches.
+  void Fill(const RECT& place, std::uint32_t colour);
+  /// What of the target it shows.
+  abi::SizeInt32 content() const { return content_; }
+
   /// Makes every pixel opaque and tells whether the picture differs from that of `other`, which has the same
   /// size.
   bool FinishAndCompare(const Canvas& other);

@@ -62,6 +62,7 @@ CaptureLoop::CaptureLoop(ComPtr<IOwnItem> item, std::shared_ptr<FrameBuffers> bu
       firstTick_(Clock::now()) {}
 
 bool CaptureLoop::Start() {
+  marks_.Arm();
   const auto self = shared_from_this();
   if (StartServiceThread([self] { self->TakePictures(); }) &&
       StartServiceThread([self] { self->TellOfPictures(); })) {
@@ -109,6 +110,7 @@ bool CaptureLoop::TakePicture() {
   if (!current_->Draw(item_->target(), content)) {
     return false;
   }
+  marks_.DrawOn(*current_);
   const bool differs =
       current_->FinishAndCompare(*delivered_) || told.Width != told_.Width || told.Height != told_.Height;
   if (!differs && anyDelivered_) {

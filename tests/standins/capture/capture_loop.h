@@ -10,6 +10,7 @@
 #include "capture/capture_item.h"
 #include "capture/frame_buffers.h"
 #include "capture/frame_pool.h"
+#include "capture/session_marks.h"
 
 namespace brisolte::standins {
 
@@ -19,6 +20,8 @@ class CaptureLoop : public std::enable_shared_from_this<CaptureLoop> {
  public:
   CaptureLoop(ComPtr<IOwnItem> item, std::shared_ptr<FrameBuffers> buffers,
               std::shared_ptr<FramePool::Anchor> pool);
+
+  SessionMarks& marks() { return marks_; }
 
   /// False when the threads cannot be had.
   bool Start();
@@ -41,6 +44,7 @@ class CaptureLoop : public std::enable_shared_from_this<CaptureLoop> {
   const std::shared_ptr<FrameBuffers> buffers_;
   const std::shared_ptr<FramePool::Anchor> pool_;
   const Clock::time_point firstTick_;
+  SessionMarks marks_;
 
   std::mutex mutex_;
   std::condition_variable changed_;

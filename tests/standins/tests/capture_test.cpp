@@ -364,6 +364,32 @@ TEST(CaptureService, ReleasesEverything) {
   EXPECT_TRUE(Eventually([] { return LiveObjects(L"d3d11.dll") == 0; }));
 }
 
+TEST(CaptureSession, DrawsThePointerAndTheBorderUntilItIsToldNotTo) {
+  const TestWindow window(kPlace, kRed);
+  const Faults faults("DrawCursor 1\nDrawBorder 1\n");
+  const auto capture = MakeCapture(ItemFor(window.handle()), kSize);
+  ComPtr<abi::IGraphicsCaptureSession2> cursor;
+  ComPtr<abi::IGraphicsCaptureSession3> border;
+  ASSERT_EQ(capture.session->QueryInterface(abi::IGraphicsCaptureSession2::kIid, Out(cursor)), S_OK);
+  ASSERT_EQ(capture.session->QueryInterface(abi::IGraphicsCaptureSession3::kIid, Out(border)), S_OK);
+  ASSERT_EQ(capture.session->StartCapture(), S_OK);
+  constexpr int kMiddleX = kSize.Width / 2;
+  constexpr int kMiddleY = kSize.Height / 2;
+  EXPECT_TRUE(capture.AwaitColor(kMiddleX, kMiddleY, 0xFF00FF));
+  boolean drawn = 0;
+  EXPECT_EQ(cursor->get_IsCursorCaptureEnabled(&drawn), S_OK);
+  EXPECT_EQ(drawn, 1);
+  EXPECT_EQ(cursor->put_IsCursorCaptureEnabled(0), S_OK);
+  EXPECT_TRUE(capture.AwaitColor(kMiddleX, kMiddleY, Rgb(kRed)));
+  EXPECT_EQ(border->put_IsBorderRequired(0), S_OK);
+  EXPECT_TRUE(Eventually([&] {
+    const auto frame = capture.Next();
+    return frame != nullptr && Read(capture.device, frame.Get()).Rgb(2, kMiddleY) != 0xFFFF00;
+  }));
+  EXPECT_EQ(Close(capture.session.Get()), S_OK);
+  EXPECT_EQ(border->get_IsBorderRequired(&drawn), kClosed);
+}
+
 TEST(CaptureService, FailsWhatItIsToldToFail) {
   const TestWindow window(kPlace, kRed);
   const auto item = ItemFor(window.handle());

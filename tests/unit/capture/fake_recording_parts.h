@@ -18,7 +18,7 @@ struct Stage {
 
   std::vector<std::string> events;
   std::vector<CaptureSettings> settings;  ///< what each created encoder or capture was given
-  std::vector<RecordingOptions> options;  ///< what each created FFmpeg encoder was given
+  std::vector<RecordingOptions> options;  ///< what each FFmpeg encoder and video capture was given
   RecordingParts::RecordingClock clock;   ///< of the encoder created last
   FakeDesktop desktop;
 
@@ -145,8 +145,10 @@ class FakeRecordingParts : public RecordingParts {
     stage_.clock = clock;
     return CreateEncoder(settings, "mf");
   }
-  std::unique_ptr<CaptureSource> CreateVideoCapture(const CaptureSettings& settings, Encoder& /*encoder*/,
+  std::unique_ptr<CaptureSource> CreateVideoCapture(const CaptureSettings& settings,
+                                                    const RecordingOptions& options, Encoder& /*encoder*/,
                                                     const RecordingClock& /*clock*/) override {
+    stage_.options.push_back(options);
     stage_.createVideo();
     return CreateCapture(settings, stage_.hasVideo,
                          {"video", stage_.videoInitialized, stage_.startVideo, stage_.stopVideo});

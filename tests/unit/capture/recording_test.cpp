@@ -105,16 +105,17 @@ TEST_F(RecordingTest, GivesEachPartACopyOfTheSettings) {
   }
 }
 
-TEST_F(RecordingTest, GivesTheEncoderTheOptionsOfItsStart) {
+TEST_F(RecordingTest, GivesTheEncoderAndTheVideoCaptureTheOptionsOfItsStart) {
   std::vector<RecordingEvent> heard;
   RecordingOptions options;
   options.report = [&heard](RecordingEvent event) { heard.push_back(event); };
   EXPECT_TRUE(controller_->setOptions(options));
   ASSERT_TRUE(controller_->startRecord());
   EXPECT_FALSE(controller_->setOptions({}));
-  ASSERT_EQ(stage_.options.size(), 1U);
+  ASSERT_EQ(stage_.options.size(), 2U);
   stage_.options.front().report(RecordingEvent::kDiskFull);
-  EXPECT_THAT(heard, ElementsAre(RecordingEvent::kDiskFull));
+  stage_.options.back().report(RecordingEvent::kCursorStays);
+  EXPECT_THAT(heard, ElementsAre(RecordingEvent::kDiskFull, RecordingEvent::kCursorStays));
 }
 
 TEST_F(RecordingTest, LogsAndKeepsThePathOfTheFile) {

@@ -96,9 +96,31 @@ TEST(GuardedPicture, OfBgraIsReadToItsEndAndNoFurther) {
         for (const int padding : {0, 12}) {
           const int pitch = 4 * width + padding;
           const GuardedMemory memory(static_cast<std::size_t>(pitch * (height - 1) + 4 * width));
-          BgraScaler scaler(width, height, frame->height, format);
+          BgraScaler scaler({width, height}, {frame->width, frame->height}, format);
           ASSERT_TRUE(scaler.usable());
           EXPECT_TRUE(scaler.Convert(FrameOf(memory, static_cast<std::uint32_t>(pitch)).pixels, *frame));
+        }
+      }
+    }
+  }
+}
+
+TEST(GuardedPicture, ThatIsMadeSmallerIsReadToItsEndAndNoFurther) {
+  for (const AVPixelFormat format : {AV_PIX_FMT_NV12, AV_PIX_FMT_YUV420P, AV_PIX_FMT_YUVJ422P}) {
+    for (int width = 4; width < 200; width += 7) {
+      for (const int height : {4, 33, 150}) {
+        for (const auto& [targetWidth, targetHeight] :
+             {std::pair(width / 2, height / 2), std::pair(width / 7, height / 7),
+              std::pair(width - 1, height - 1)}) {
+          const FramePtr frame(av_frame_alloc());
+          frame->format = format;
+          frame->width = std::max(targetWidth - targetWidth % 2, 2);
+          frame->height = std::max(targetHeight - targetHeight % 2, 2);
+          ASSERT_EQ(av_frame_get_buffer(frame.get(), 32), 0);
+          const GuardedMemory memory(static_cast<std::size_t>(4 * width * height));
+          BgraScaler scaler({width, height}, {frame->width, frame->height}, format);
+          ASSERT_TRUE(scaler.usable());
+          EXPECT_TRUE(scaler.Convert(FrameOf(memory, static_cast<std::uint32_t>(4 * width)).pixels, *frame));
         }
       }
     }

@@ -145,6 +145,34 @@ TEST_P(Recording, LosesTheLastRowOfAnOddHeight) {
   ExpectFourColours(video, GetParam().rule);
 }
 
+TEST_P(Recording, IsMadeSmallerWhereItWouldBeLargerThanItMayBe) {
+  const CapturedLog log(LogLevel::kError);
+  RecordingOptions options;
+  options.largestPicture = PictureSize{160, 1000};
+  FFmpegEncoder encoder(Settings(), clock_.now(), options);
+  ASSERT_TRUE(encoder.InitializeVideoEncoder(481, 361, nullptr));
+  EXPECT_FALSE(encoder.GetPixelFormat()) << "which is made smaller from packed pixels";
+  ASSERT_TRUE(encoder.Start());
+  const Picture picture = FourColours(Picture::Layout::kBgra, 481, 361);
+  encoder.ProcessFrameAsync(picture.Frame(0));
+  encoder.ProcessFrameAsync(picture.Frame(40));
+  EXPECT_TRUE(encoder.Stop());
+  const DecodedVideo video = Read();
+  EXPECT_EQ(std::pair(video.width, video.height), std::pair(160, 120));
+  EXPECT_THAT(video.frames, SizeIs(2));
+  ExpectFourColours(video, GetParam().rule);
+  ExpectLabels(video, GetParam().rule);
+  EXPECT_EQ(log.text(), "");
+}
+
+TEST_P(Recording, StaysAsItIsWhereItMayBeLarger) {
+  RecordingOptions options;
+  options.largestPicture = PictureSize{160, 120};
+  FFmpegEncoder encoder(Settings(), clock_.now(), options);
+  ASSERT_TRUE(encoder.InitializeVideoEncoder(160, 120, nullptr));
+  EXPECT_EQ(encoder.GetPixelFormat(), GetParam().layout == Picture::Layout::kNv12);
+}
+
 TEST_P(Recording, HasRisingTimesAndAKeyFrameEachSecond) {
   const DecodedVideo video = Record(64, 48, 70, [](int i) {
     return Picture(GetParam().layout, 64, 48, {20.0 + 3 * i, 20.0 + 3 * i, 20.0 + 3 * i});

@@ -245,6 +245,9 @@ class FakeCapturePlatform : public CapturePlatform {
     work();
     return true;
   }
+  std::int32_t LeaveOutCursor() override { return system_->Answer("LeaveOutCursor"); }
+  std::int32_t LeaveOutBorder() override { return system_->Answer("LeaveOutBorder"); }
+
   void StartCapture() override { system_->Answer("StartCapture"); }
   void CloseSession() override { system_->Answer("CloseSession"); }
   void ReleaseTarget() override { system_->Answer("ReleaseTarget"); }

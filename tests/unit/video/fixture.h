@@ -25,7 +25,7 @@ class VideoCaptureTest : public ::testing::Test {
 
   std::unique_ptr<VideoCapture> Construct() {
     return std::make_unique<VideoCapture>(settings_, encoder_, system_->desktop, clock_,
-                                          std::make_unique<FakeCapturePlatform>(system_));
+                                          std::make_unique<FakeCapturePlatform>(system_), options_);
   }
 
   std::unique_ptr<VideoCapture> Running() {
@@ -46,6 +46,7 @@ class VideoCaptureTest : public ::testing::Test {
   std::vector<std::string> calls() const { return system_->journal.entries(); }
 
   CaptureSettings settings_;
+  RecordingOptions options_;
   std::shared_ptr<FakeSystem> system_ = std::make_shared<FakeSystem>();
   FakeEncoder encoder_{system_->journal};
   std::shared_ptr<PausableClock> clock_ = std::make_shared<PausableClock>();

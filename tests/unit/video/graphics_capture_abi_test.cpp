@@ -79,6 +79,8 @@ TEST(CaptureAbi, HasThePlatformsIdentifiers) {
   EXPECT_EQ(IdentifierText(abi::IDirect3D11CaptureFramePool::kIid), "{24EB6D22-1975-422E-82E7-780DBD8DDF24}");
   EXPECT_EQ(IdentifierText(abi::IDirect3D11CaptureFrame::kIid), "{FA50C623-38DA-4B32-ACF3-FA9734AD800E}");
   EXPECT_EQ(IdentifierText(abi::IGraphicsCaptureSession::kIid), "{814E42A9-F70F-4AD7-939B-FDDCC6EB880D}");
+  EXPECT_EQ(IdentifierText(abi::IGraphicsCaptureSession2::kIid), "{2C39AE40-7D2E-5044-804E-8B6799D4CF9E}");
+  EXPECT_EQ(IdentifierText(abi::IGraphicsCaptureSession3::kIid), "{F2CDD966-22AE-5EA1-9596-3A289344C3BE}");
   EXPECT_EQ(IdentifierText(abi::IFrameArrivedHandler::kIid), "{51A947F7-79CF-5A3E-A3A5-1289CFA6DFE8}");
   EXPECT_EQ(IdentifierText(abi::IDirect3DDevice::kIid), "{A37624AB-8D5F-4650-9D3E-9EAE3D9BC670}");
   EXPECT_EQ(IdentifierText(abi::IDirect3DSurface::kIid), "{0BF4A146-13C1-4694-BEE3-7ABF15EAF586}");
@@ -95,6 +97,7 @@ TEST(CaptureAbi, HasThePlatformsNamesAndNumbers) {
   EXPECT_EQ(sizeof(abi::SizeInt32), 8U);
   EXPECT_EQ(sizeof(abi::TimeSpan), 8U);
   EXPECT_EQ(sizeof(abi::EventRegistrationToken), 8U);
+  EXPECT_EQ(sizeof(boolean), 1U);
   EXPECT_EQ(sizeof(abi::Direct3DSurfaceDescription), 20U);
 }
 
@@ -134,6 +137,13 @@ TEST(CaptureAbi, HasTheOtherObjectsSlots) {
   EXPECT_SLOT(8U, frame->get_ContentSize(nullptr));
   Recorder<abi::IGraphicsCaptureSession> session;
   EXPECT_SLOT(6U, session->StartCapture());
+  Recorder<abi::IGraphicsCaptureSession2> session2;
+  EXPECT_SLOT(6U, session2->get_IsCursorCaptureEnabled(nullptr));
+  EXPECT_SLOT(7U, session2->put_IsCursorCaptureEnabled(1));
+  EXPECT_EQ(lastCall.arguments[0] & 0xFFU, 1U);
+  Recorder<abi::IGraphicsCaptureSession3> session3;
+  EXPECT_SLOT(6U, session3->get_IsBorderRequired(nullptr));
+  EXPECT_SLOT(7U, session3->put_IsBorderRequired(1));
   Recorder<abi::IFrameArrivedHandler> handler;
   EXPECT_SLOT(3U, handler->Invoke(nullptr, nullptr));
   Recorder<abi::IDirect3DDevice> device;

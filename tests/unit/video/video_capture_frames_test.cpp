@@ -5,6 +5,7 @@ namespace {
 
 using ::testing::Contains;
 using ::testing::ElementsAre;
+using ::testing::HasSubstr;
 using ::testing::IsEmpty;
 using ::testing::StartsWith;
 
@@ -134,6 +135,35 @@ TEST_F(VideoCaptureLifecycle, StartsTheSession) {
   EXPECT_TRUE(capture->Start());
   EXPECT_THAT(calls(), ElementsAre("StartCapture"));
   EXPECT_THAT(log.lines(), ElementsAre("[INFO] +++++++ Starting videoCapture +++++++"));
+}
+
+TEST_F(VideoCaptureLifecycle, LeavesOutWhatShallNotBeShownBeforeItStarts) {
+  std::vector<RecordingEvent> heard;
+  options_.report = [&heard](RecordingEvent event) { heard.push_back(event); };
+  options_.showsCursor = false;
+  options_.showsBorder = false;
+  const auto capture = Construct();
+  system_->journal.Clear();
+  const CapturedLog log(LogLevel::kWarn);
+  EXPECT_TRUE(capture->Start());
+  EXPECT_THAT(calls(), ElementsAre("LeaveOutCursor", "LeaveOutBorder", "StartCapture"));
+  EXPECT_THAT(heard, IsEmpty());
+  EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(VideoCaptureLifecycle, TellsWhatCannotBeLeftOutAndStarts) {
+  std::vector<RecordingEvent> heard;
+  options_.report = [&heard](RecordingEvent event) { heard.push_back(event); };
+  options_.showsCursor = false;
+  options_.showsBorder = false;
+  system_->results = {{"LeaveOutCursor", kFailure}, {"LeaveOutBorder", kFailure}};
+  const auto capture = Construct();
+  const CapturedLog log(LogLevel::kWarn);
+  EXPECT_TRUE(capture->Start());
+  EXPECT_THAT(calls().back(), "StartCapture");
+  EXPECT_THAT(heard, ElementsAre(RecordingEvent::kCursorStays, RecordingEvent::kBorderStays));
+  EXPECT_THAT(log.text(), HasSubstr("[WARNING] The cursor cannot be left out: " + FailureText()));
+  EXPECT_THAT(log.text(), HasSubstr("[WARNING] The border cannot be left out: " + FailureText()));
 }
 
 TEST_F(VideoCaptureLifecycle, DoesNotStartTwice) {

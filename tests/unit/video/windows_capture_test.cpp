@@ -345,6 +345,68 @@ TEST_F(WindowsCapture, RefusesARegionOutside) {
   EXPECT_TRUE(log.has("[ERROR] Region lies outside the monitor"));
 }
 
+/// Recordings by a service that draws a pointer and a border.
+class WindowsCaptureMarks : public WindowsCapture {
+ protected:
+  /// What a recording of a green window shows in its middle and at its edge.
+  std::pair<std::uint32_t, std::uint32_t> Shown(const std::string& rules = "") {
+    const StandinFault faults("DrawCursor 1\nDrawBorder 1\n" + rules);
+    PaintedWindow window({100, 80, 300, 200});
+    window.Paint(RGB(0, 255, 0));
+    AimAt(window);
+    KeepingEncoder encoder(false);
+    options_.report = [this](RecordingEvent event) { heard_.push_back(event); };
+    const auto capture = CreateVideoCapture(settings_, encoder, *desktop_, clock_, options_);
+    EXPECT_TRUE(capture->initialized() && capture->Start());
+    const Picture picture = encoder.WaitFor([](const Picture& frame) { return frame.Rgb(30, 30) == kGreen; });
+    capture->Stop();
+    return picture.width == 0 ? std::pair(kBlack, kBlack)
+                              : std::pair(picture.Rgb(100, 60), picture.Rgb(2, 60));
+  }
+
+  static constexpr std::uint32_t kCursorColour = 0xFF00FF;
+  static constexpr std::uint32_t kBorderColour = 0xFFFF00;
+  RecordingOptions options_;
+  std::vector<RecordingEvent> heard_;
+};
+
+TEST_F(WindowsCaptureMarks, AreShownUnlessTheyShallBeLeftOut) {
+  EXPECT_EQ(Shown(), std::pair(kCursorColour, kBorderColour));
+  options_.showsCursor = false;
+  EXPECT_EQ(Shown(), std::pair(kGreen, kBorderColour));
+  options_.showsBorder = false;
+  EXPECT_EQ(Shown(), std::pair(kGreen, kGreen));
+  options_.showsCursor = true;
+  EXPECT_EQ(Shown(), std::pair(kCursorColour, kGreen));
+  EXPECT_TRUE(heard_.empty());
+  EXPECT_TRUE(ServiceBecomesEmpty());
+}
+
+TEST_F(WindowsCaptureMarks, StayWhereTheSystemHasNoWayOrRefuses) {
+  const CapturedLog log(LogLevel::kError);
+  options_.showsCursor = false;
+  options_.showsBorder = false;
+  const std::vector<std::string> refusals{
+      "QuerySession2 0x80004002\nQuerySession3 0x80004002",
+      "QuerySession2 0\nQuerySession3 0",
+      "put_IsCursorCaptureEnabled 0x80070005\nput_IsBorderRequired 0x80070005",
+      "put_IsCursorCaptureEnabled 0\nput_IsBorderRequired 0",
+  };
+  for (const std::string& refusal : refusals) {
+    heard_.clear();
+    EXPECT_EQ(Shown(refusal), std::pair(kCursorColour, kBorderColour)) << refusal;
+    EXPECT_THAT(heard_, ::testing::ElementsAre(RecordingEvent::kCursorStays, RecordingEvent::kBorderStays))
+        << refusal;
+  }
+  EXPECT_TRUE(log.lines().empty()) << log.text();
+  EXPECT_TRUE(ServiceBecomesEmpty());
+}
+
+TEST_F(WindowsCaptureMarks, AreNotAskedAboutOtherwise) {
+  EXPECT_EQ(Shown("QuerySession2 hang\nQuerySession3 hang"), std::pair(kCursorColour, kBorderColour));
+  EXPECT_TRUE(heard_.empty());
+}
+
 class WindowsCaptureFaults : public WindowsCapture {};
 
 TEST_F(WindowsCaptureFaults, OfAServiceThatDoesNotEndTheSessionEndTheCaptureAllTheSame) {
@@ -385,6 +447,16 @@ TEST_F(WindowsCaptureFaults, OfAServiceThatDoesNotAnswerAreNamed) {
     const CapturedLog log(LogLevel::kWarn);
     EXPECT_THROW(capture->Start(), HResultError);
     EXPECT_TRUE(log.has("[ERROR] Capture service does not answer, left behind: StartCapture"));
+  }
+  {
+    KeepingEncoder encoder(true);
+    RecordingOptions options;
+    options.showsCursor = false;
+    const auto capture = CreateVideoCapture(settings_, encoder, *desktop_, clock_, options);
+    const StandinFault fault("put_IsCursorCaptureEnabled hang");
+    const CapturedLog log(LogLevel::kWarn);
+    EXPECT_THROW(capture->Start(), HResultError);
+    EXPECT_TRUE(log.has("[ERROR] Capture service does not answer, left behind: IsCursorCaptureEnabled"));
   }
   EXPECT_TRUE(ServiceBecomesEmpty()) << "when it answers after all";
 }
