@@ -38,7 +38,7 @@ const LONG = {
 };
 const TIMED = [
   ...['js/timing.test.js', 'js/sound.test.js', 'js/recorder-sound.test.js', 'js/mediafoundation.test.js', 'faults/mediafoundation.test.js'],
-  ...['faults/clock.test.js', 'js/recorder-kills.test.js'],
+  ...['faults/clock.test.js', 'js/recorder-kills.test.js', 'js/recorder-pause.test.js', 'js/recorder-volumes.test.js'],
 ];
 // Every file has a sandbox, a display, a sound server and a prefix of its own. More than two would wait for each other's frames.
 const LANES = Math.min(2, cpus().length);

@@ -100,14 +100,13 @@ function assertTone({ samples, rate }, { frequency }, other) {
   // In pieces, because a player that gets no time on a busy machine leaves holes in its tone, and the edges of a hole have
   // something of every frequency.
   const parts = pieces(inside, rate / 20);
-  const strengthOf = (wanted) => median(parts.map((part) => strengthAt(wanted, part, rate)));
-  const decibels = 20 * Math.log10(strengthOf(frequency) / LEVEL);
+  const strengthsOf = (wanted) => parts.map((part) => strengthAt(wanted, part, rate)).sort((a, b) => b - a);
+  // A machine may be busy for longer than half of a recording.
+  const decibels = 20 * Math.log10(strengthsOf(frequency)[Math.floor(parts.length / 4)] / LEVEL);
   assert.ok(Math.abs(decibels) <= 1, `${frequency} Hz is off by ${decibels} dB`);
-  const strange = strengthOf(other.frequency) / LEVEL;
+  const strange = strengthsOf(other.frequency)[Math.floor(parts.length / 2)] / LEVEL;
   assert.ok(strange < 0.01, `${other.frequency} Hz is heard at ${strange} of its level`);
 }
-
-const median = (numbers) => numbers.sort((a, b) => a - b)[Math.floor(numbers.length / 2)];
 
 module.exports = {
   IN_THE_ROOM,
