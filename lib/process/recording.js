@@ -246,10 +246,10 @@ class Recording {
     // A disk that does not tell has no limit.
     const disk = await fs.statfs(this.#wanted.directory).catch(() => undefined);
     const freeBytes = disk && disk.bavail * disk.bsize;
-    return { seconds: this.#recorded.seconds, paused: this.#paused, bytes: await this.bytes(), freeBytes, file: this.#take.file, levels: this.#levels };
+    return { seconds: this.#recorded.seconds, paused: this.#paused, bytes: await this.bytes(), freeBytes, file: this.#take.file };
   }
 
-  /** How loud the sounds that are recorded were since the last time. */
+  /** How loud the sounds that are recorded were since this was asked before. */
   get #levels() {
     const levels = this.#take.takeLevels();
     return Object.fromEntries(Object.keys(this.#sounds).map((sound) => [sound, levels[sound]]));
@@ -314,7 +314,7 @@ class Recording {
     this.#unheard = true;
     const silence = setTimeout(() => this.#setLogLevel('nothing'), HEARD_MS);
     this.#host
-      .ask('progress', progress, Infinity)
+      .ask('progress', { ...progress, levels: this.#levels }, Infinity)
       .then(() => this.#setLogLevel(this.#wanted.logLevel))
       .finally(() => {
         clearTimeout(silence);

@@ -17,6 +17,16 @@ async function levelsWhen(recorder, holds) {
   }
 }
 
+test('a level is that of all the time since the progress before', async (t) => {
+  const { recorder, named } = recorderOf(t, { microphone: 'default' });
+  await recorder.start();
+  await once(recorder, 'progress');
+  await once(recorder, 'progress');
+  await recorder.stop();
+  const taken = named('log').filter(({ text }) => text === 'levels taken').length;
+  assert.equal(taken, named('progress').length, 'what is asked in between is lost');
+});
+
 // The stand-in for the module hears a tenth of the full scale.
 test('the levels of the sounds that are recorded are told', async (t) => {
   const { recorder } = recorderOf(t, { microphone: { id: 'mic-1', volume: 4 } });

@@ -118,6 +118,7 @@ class Brisolte {
   }
 
   takeLevels() {
+    log('INFO', 'levels taken');
     const level = ({ volume = 1, muted = false } = {}) => (muted ? 0 : volume / 10);
     return { microphone: level(this.#factors.microphone), speaker: level(this.#factors.speaker) };
   }
