@@ -131,7 +131,8 @@ test('the scripts may lie in an asar archive, and their processes do not stand i
   // Electron reads archives in each of its processes; the program that is started is this one here.
   const program = path.join(folder, 'application');
   const words = ['--require', path.join(__dirname, 'support', 'asar.js'), '--preserve-symlinks-main'];
-  fs.writeFileSync(program, `#!/bin/sh\nexec '${process.execPath}' ${words.join(' ')} "$@"\n`, { mode: 0o755 });
+  const quoted = [process.execPath, ...words].map((word) => `'${word}'`).join(' ');
+  fs.writeFileSync(program, `#!/bin/sh\nexec ${quoted} "$@"\n`, { mode: 0o755 });
   const host = path.join(folder, 'host.js');
   fs.writeFileSync(host, `process.execPath = ${JSON.stringify(program)}; require('./app.asar/main.js');`);
   const { stdout, stderr } = spawnSync(program, [host], { encoding: 'utf8' });
