@@ -123,7 +123,7 @@ const PROGRAMS = {
       assertUnpacksNatives([unpack]);
     },
   ],
-  'docs/recorder.md': [records(PICTURE_AND_SOUND), records(PICTURE)],
+  'docs/recorder.md': [records(PICTURE_AND_SOUND), records(PICTURE), records(PICTURE_AND_SOUND)],
   'docs/screenshots.md': [
     async (page, n) => assert.deepEqual(pngSize(path.join((await runProgram(page, n)).cwd, 'now.png')), [1280, 720]),
   ],

@@ -5,16 +5,20 @@
 // show it. That a file ran again is said each time.
 const FAILURE = 'GLXBadWindow';
 
-/** Runs something, and once more when it failed on a display that failed. `output` as in runThrough. */
+// It has been seen twice in a row.
+const RUNS = 3;
+
+/** Runs something, and again, up to three times in all, while it fails on a display that fails. `output` as in runThrough. */
 export async function unlessDisplayFails(output, run) {
   const { stdout = process.stdout, stderr = process.stderr } = output ?? {};
-  const errors = new WatchedOutput(stderr);
-  const result = await run({ ...output, stderr: errors });
-  if ((result.failed === 0 && result.code === 0) || !errors.found) {
-    return result;
+  for (let runs = 1; ; runs += 1) {
+    const errors = new WatchedOutput(stderr);
+    const result = await run({ ...output, stderr: errors });
+    if ((result.failed === 0 && result.code === 0) || !errors.found || runs === RUNS) {
+      return result;
+    }
+    stdout.write(Buffer.from(`    the display failed (${FAILURE}); this runs again\n`));
   }
-  stdout.write(Buffer.from(`    the display failed (${FAILURE}); this runs once more\n`));
-  return run(output);
 }
 
 /** Passes on what is written, and finds the failure in it. */
