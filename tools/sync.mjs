@@ -103,7 +103,7 @@ function pairs(flashes, clicks) {
 function behindPauses(beats, pausedAt, median) {
   return pausedAt.map((from, i) => {
     const between = beats.filter(({ click }) => click >= from && click < (pausedAt[i + 1] ?? Infinity));
-    return summary(between.map(({ offset }) => offset)).median - median;
+    return between.length > 0 ? summary(between.map(({ offset }) => offset)).median - median : 'no beat';
   });
 }
 
